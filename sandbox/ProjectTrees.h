@@ -1,0 +1,23 @@
+#pragma once
+
+#include "sandbox/Identities.h"
+
+#include <QString>
+
+namespace sandbox {
+
+/// The login's home on the host.
+QString homeFolder(const QString& treeRoot, const HostedProject& project);
+
+/// What the directory names as the project's path.
+QString mountedFolder(const QString& treeRoot, const HostedProject& project);
+
+/// Lays a believable site where none is yet; what people changed in it stays. Throws std::runtime_error.
+void layTree(const QString& treeRoot, const HostedProject& project);
+
+/// The credentials that the site's configuration holds.
+QString databaseName(const HostedProject& project);
+QString databaseUser(const HostedProject& project);
+QString databasePassword(const HostedProject& project);
+
+} // namespace sandbox

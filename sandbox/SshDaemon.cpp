@@ -1,0 +1,111 @@
+#include "sandbox/SshDaemon.h"
+
+#include "sandbox/PrivateFile.h"
+
+#include <QFileInfo>
+#include <QHostAddress>
+#include <QTcpSocket>
+#include <QThread>
+
+#include <stdexcept>
+#include <unistd.h>
+
+namespace sandbox {
+
+namespace {
+const QString sshdProgram = QStringLiteral("/usr/sbin/sshd");
+constexpr int readinessProbes = 300;
+constexpr unsigned long probePause = 10; // milliseconds
+constexpr int patience = 5000;           // milliseconds
+
+// A shell holds sshd, because its standard input ends with us however we end. Each line it reads is a signal
+// for sshd and its sessions. They leave sshd's process group, and lose it as parent when somebody else kills
+// it, but all of them hold the log open. The second pass meets the session that began during the first.
+const QString watchScript = QStringLiteral(R"(
+log=$1
+shift
+each() {
+    for pass in 1 2; do
+        for file in /proc/[0-9]*/fd/*; do
+            [ "$file" -ef "$log" ] || continue
+            process=${file#/proc/}
+            kill -s "$1" "${process%%/*}"
+        done
+    done
+}
+trap 'each KILL; wait' EXIT
+trap exit HUP INT TERM
+"$@" -E "$log" </dev/null >/dev/null 2>&1 &
+exec 2>/dev/null
+while read -r signal; do
+    each "$signal"
+    echo
+done
+)");
+
+QString wrapperLibrary() {
+    for (const char* folder :
+         {"/usr/lib/x86_64-linux-gnu", "/usr/lib/aarch64-linux-gnu", "/usr/lib64", "/usr/lib"}) {
+        const QString path = QString::fromLatin1(folder) + QStringLiteral("/libnss_wrapper.so");
+        if (QFileInfo::exists(path))
+            return path;
+    }
+    return {};
+}
+} // namespace
+
+bool SshDaemon::available() {
+    return QFileInfo(sshdProgram).isExecutable() && !wrapperLibrary().isEmpty();
+}
+
+SshDaemon::SshDaemon(const QString& folder, const QString& configuration, int port) {
+    const QString log = folder + QStringLiteral("/sshd.log");
+    writePrivateFile(log, {});
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("LD_PRELOAD"), wrapperLibrary());
+    environment.insert(QStringLiteral("NSS_WRAPPER_PASSWD"), folder + QStringLiteral("/passwd"));
+    environment.insert(QStringLiteral("NSS_WRAPPER_GROUP"), folder + QStringLiteral("/group"));
+    m_watch.setProcessEnvironment(environment);
+    m_watch.setChildProcessModifier([] { ::setsid(); }); // the terminal's interrupt key is meant for us
+    m_watch.start(QStringLiteral("/bin/sh"),
+                  {QStringLiteral("-c"), watchScript, QStringLiteral("sshd-watch"), log, sshdProgram,
+                   QStringLiteral("-D"), QStringLiteral("-f"), configuration});
+    if (!m_watch.waitForStarted(patience))
+        throw std::runtime_error("sshd does not start");
+    awaitListening(port, log);
+}
+
+SshDaemon::~SshDaemon() {
+    end();
+}
+
+void SshDaemon::end() {
+    m_watch.closeWriteChannel();
+    m_watch.waitForFinished(patience);
+}
+
+void SshDaemon::awaitListening(int port, const QString& log) {
+    for (int i = 0; i < readinessProbes; ++i) {
+        // Its word comes first: somebody else could listen on this port.
+        if (contentOf(log).contains("Server listening on")) {
+            QTcpSocket probe;
+            probe.connectToHost(QHostAddress::LocalHost, static_cast<quint16>(port));
+            if (probe.waitForConnected(patience))
+                return;
+        }
+        QThread::msleep(probePause);
+    }
+    end();
+    throw std::runtime_error("sshd does not listen: " + contentOf(log).trimmed().toStdString());
+}
+
+void SshDaemon::signalAll(const QByteArray& signal) {
+    m_watch.write(signal + '\n');
+    while (!m_watch.canReadLine()) {
+        if (!m_watch.waitForReadyRead(patience))
+            throw std::runtime_error("sshd's watch does not answer");
+    }
+    m_watch.readLine();
+}
+
+} // namespace sandbox

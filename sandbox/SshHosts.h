@@ -1,0 +1,61 @@
+#pragma once
+
+#include "sandbox/Identities.h"
+#include "sandbox/SshDaemon.h"
+
+#include <QList>
+#include <QString>
+
+#include <memory>
+#include <optional>
+
+namespace sandbox {
+
+/// One sshd, run without root, that serves every project's login on 127.0.0.1. Clients reach it under the
+/// projects' own domains through `binFolder()`, which belongs first on the search path. One thread. What
+/// changes something throws std::runtime_error.
+class SshHosts {
+  public:
+    /// `folder`: for keys and configuration; `treeRoot`: for the project trees. Nothing is made or started
+    /// yet.
+    SshHosts(QString folder, QString treeRoot);
+    Q_DISABLE_COPY_MOVE(SshHosts)
+
+    /// Makes the trees and logins of `projects`, the keys where there are none, and the client's files.
+    void prepare(const QList<HostedProject>& projects);
+
+    /// Starts sshd on the prepared port; returns when it listens.
+    void start();
+
+    /// Ends sshd and all its sessions at once. Nothing happens when it does not run.
+    void stop() { m_daemon.reset(); }
+
+    /// Stops the clock for sshd and all its sessions: connections stand, nothing answers.
+    void freeze();
+    void thaw();
+
+    /// Whether logins with the client's key are accepted. Running sessions go on.
+    void acceptKey(bool accept);
+    /// Gives the host another key, with a restart.
+    void replaceHostKey();
+
+    [[nodiscard]] int port() const { return m_port; }
+
+    [[nodiscard]] QString configFile() const { return m_folder + QStringLiteral("/ssh_config"); }
+
+    /// Holds an `ssh` that reaches these hosts.
+    [[nodiscard]] QString binFolder() const { return m_folder + QStringLiteral("/bin"); }
+
+  private:
+    void choosePort();
+    void makeKey(const QString& name) const;
+    void writeServerFiles(const QList<HostedProject>& projects) const;
+    void writeClientFiles() const;
+
+    const QString m_folder;
+    const QString m_treeRoot;
+    int m_port = 0;
+    std::optional<SshDaemon> m_daemon;
+};
+
+} // namespace sandbox

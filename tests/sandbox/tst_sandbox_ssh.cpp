@@ -1,0 +1,256 @@
+#include "sandbox/ProjectTrees.h"
+#include "sandbox/Sandbox.h"
+
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QTcpSocket>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <algorithm>
+#include <csignal>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+constexpr int soon = 10000; // milliseconds
+
+struct Outcome {
+    int exitCode = -1;
+    QString output;
+    QString error;
+};
+
+bool listens(int port) {
+    QTcpSocket socket;
+    socket.connectToHost(QHostAddress::LocalHost, static_cast<quint16>(port));
+    return socket.waitForConnected(1000);
+}
+
+/// Starts `command` for a login, through the sandbox's own ssh.
+void startLogin(QProcess& process, const QString& binFolder, const QString& login, const QString& command) {
+    process.start(binFolder + u"/ssh"_s, {u"-o"_s, u"StrictHostKeyChecking=accept-new"_s, u"-o"_s,
+                                          u"BatchMode=yes"_s, login, command});
+}
+} // namespace
+
+/// Real logins on a real sshd, and the program that runs it all.
+class TestSandboxSsh : public QObject {
+    Q_OBJECT
+
+    QTemporaryDir m_folder{QDir::tempPath() + u"/it's 100% a sandbox XXXXXX"_s};
+    std::unique_ptr<sandbox::Sandbox> m_platform;
+
+    [[nodiscard]] QString login(int index) const {
+        const sandbox::HostedProject project = m_platform->people().first().projects.at(index);
+        return u"ssh%1@%2"_s.arg(project.webspaceID).arg(project.domain);
+    }
+
+    Outcome run(int index, const QString& command) {
+        QProcess ssh;
+        startLogin(ssh, m_platform->ssh().binFolder(), login(index), command);
+        ssh.waitForFinished(soon);
+        return {ssh.exitCode(), QString::fromUtf8(ssh.readAllStandardOutput()),
+                QString::fromUtf8(ssh.readAllStandardError())};
+    }
+
+    static bool answers(QProcess& session) {
+        session.readAll();
+        session.write("ping\n");
+        return session.waitForReadyRead(1000);
+    }
+
+    [[nodiscard]] qsizetype processesOnTheHosts() const {
+        const QStringList processes = QDir(u"/proc"_s).entryList(QDir::Dirs);
+        return std::count_if(processes.begin(), processes.end(), [this](const QString& process) {
+            return QFile::symLinkTarget(u"/proc/%1/cwd"_s.arg(process)).startsWith(m_platform->treeRoot());
+        });
+    }
+
+  private Q_SLOTS:
+
+    void initTestCase() {
+        m_platform = std::make_unique<sandbox::Sandbox>(sandbox::Options{m_folder.path()});
+        QVERIFY(m_platform->hasSsh());
+    }
+
+    void cleanupTestCase() { m_platform.reset(); }
+
+    void loginFindsItsSite_data() {
+        QTest::addColumn<bool>("isSshType");
+        QTest::addColumn<QString>("file");
+        QTest::addColumn<QString>("pattern");
+        QTest::newRow("ssh") << true << u"web/.env"_s << u"DB_PASSWORD=\"%1\""_s;
+        QTest::newRow("own") << false << u"../../web/config/system/settings.php"_s << u"'password' => '%1'"_s;
+    }
+
+    void loginFindsItsSite() {
+        QFETCH(bool, isSshType);
+        QFETCH(QString, file);
+        QFETCH(QString, pattern);
+        const QList<sandbox::HostedProject>& projects = m_platform->people().first().projects;
+        for (int i = 0; i < projects.size(); ++i) {
+            const sandbox::HostedProject& project = projects.at(i);
+            if (project.isSshType != isSshType)
+                continue;
+            const Outcome outcome = run(i, u"cat "_s + file);
+            QVERIFY2(outcome.exitCode == 0, qPrintable(outcome.error));
+            QVERIFY(outcome.output.contains(pattern.arg(sandbox::databasePassword(project))));
+            const QString content = isSshType ? u"/web/index.php"_s : u"/public/fileadmin"_s;
+            QVERIFY(QFileInfo::exists(sandbox::mountedFolder(m_platform->treeRoot(), project) + content));
+        }
+    }
+
+    void unknownLoginIsRefused() {
+        QProcess ssh;
+        startLogin(ssh, m_platform->ssh().binFolder(), u"ssh99999@www.alpenhof.sandbox.test"_s, u"true"_s);
+        QVERIFY(ssh.waitForFinished(soon));
+        QCOMPARE(ssh.exitCode(), 255);
+    }
+
+    void keysAreTheOwnersAlone() {
+        for (const char* name : {"client_key", "host_key", "passwd"}) {
+            const QString file = m_folder.filePath(u"ssh/"_s + QLatin1String(name));
+            QCOMPARE(QFile::permissions(file) & (QFile::ReadGroup | QFile::ReadOther), QFile::Permissions());
+        }
+    }
+
+    void refusedKeyEndsTheLogin() {
+        m_platform->ssh().acceptKey(false);
+        const Outcome refused = run(0, u"true"_s);
+        QCOMPARE(refused.exitCode, 255);
+        QVERIFY(refused.error.contains(u"Permission denied (publickey)"_s));
+        m_platform->ssh().acceptKey(true);
+        QCOMPARE(run(0, u"true"_s).exitCode, 0);
+    }
+
+    void replacedHostKeyIsNoticed() {
+        QCOMPARE(run(0, u"true"_s).exitCode, 0);
+        m_platform->ssh().acceptKey(false);
+        m_platform->ssh().replaceHostKey();
+        QVERIFY(run(0, u"true"_s).error.contains(u"Host key verification failed"_s));
+        QVERIFY(QFile::remove(m_folder.filePath(u"ssh/known_hosts"_s)));
+        QVERIFY(run(0, u"true"_s).error.contains(u"Permission denied"_s)); // one fault does not end the other
+        m_platform->ssh().acceptKey(true);
+        QCOMPARE(run(0, u"true"_s).exitCode, 0);
+    }
+
+    void frozenSessionsStandStillAndGoOn() {
+        QProcess session;
+        startLogin(session, m_platform->ssh().binFolder(), login(0), u"cat"_s);
+        QVERIFY(session.waitForStarted());
+        QTRY_VERIFY(answers(session));
+        m_platform->ssh().freeze();
+        QVERIFY(!answers(session));
+        QCOMPARE(session.state(), QProcess::Running);
+        QVERIFY(listens(m_platform->ssh().port())); // connections stand
+        m_platform->ssh().thaw();
+        QVERIFY(session.waitForReadyRead(soon));
+        QCOMPARE(session.readAll(), QByteArray("ping\n"));
+        session.closeWriteChannel();
+        QVERIFY(session.waitForFinished(soon));
+    }
+
+    void clientThatDiesMeanwhileLeavesNothing() {
+        QProcess session;
+        startLogin(session, m_platform->ssh().binFolder(), login(0), u"cat"_s);
+        QTRY_VERIFY(answers(session));
+        QVERIFY(processesOnTheHosts() > 0);
+        m_platform->ssh().freeze();
+        session.kill();
+        QVERIFY(session.waitForFinished(soon));
+        m_platform->ssh().thaw();
+        QTRY_COMPARE(processesOnTheHosts(), 0);
+    }
+
+    void stopEndsSessionsEvenFrozenOnes() {
+        const int port = m_platform->ssh().port();
+        QProcess session;
+        startLogin(session, m_platform->ssh().binFolder(), login(0), u"cat"_s);
+        QTRY_VERIFY(answers(session));
+        m_platform->ssh().freeze();
+        m_platform->ssh().stop();
+        QVERIFY(session.waitForFinished(soon));
+        QCOMPARE(session.exitCode(), 255);
+        QVERIFY(!listens(port));
+        m_platform->ssh().start();
+        QCOMPARE(m_platform->ssh().port(), port);
+        QCOMPARE(run(1, u"true"_s).exitCode, 0);
+    }
+
+    void sessionsOfAKilledDaemonEndToo() {
+        QProcess session;
+        startLogin(session, m_platform->ssh().binFolder(), login(0), u"cat"_s);
+        QTRY_VERIFY(answers(session));
+        QFile pidFile(m_folder.filePath(u"ssh/sshd.pid"_s));
+        QVERIFY(pidFile.open(QIODevice::ReadOnly));
+        QCOMPARE(::kill(pidFile.readAll().trimmed().toInt(), SIGKILL), 0);
+        QTRY_VERIFY(!listens(m_platform->ssh().port()));
+        QVERIFY(answers(session));
+        m_platform->ssh().stop();
+        QVERIFY(session.waitForFinished(soon));
+        m_platform->ssh().start();
+    }
+
+    void programEndsWithItsParentAndTakesAllAlong_data() {
+        QTest::addColumn<int>("signal");
+        QTest::newRow("end of input") << 0;
+        QTest::newRow("SIGTERM") << SIGTERM;
+        QTest::newRow("SIGINT") << SIGINT;
+        QTest::newRow("SIGKILL") << SIGKILL;
+    }
+
+    void programEndsWithItsParentAndTakesAllAlong() {
+        QFETCH(int, signal);
+        const QTemporaryDir folder;
+        QProcess program;
+        program.start(QStringLiteral(SANDBOX_PROGRAM),
+                      {u"--folder"_s, folder.path(), u"--projects"_s, u"10000"_s});
+        while (!program.canReadLine())
+            QVERIFY2(program.waitForReadyRead(soon), program.readAllStandardError().constData());
+        const QJsonObject ready = QJsonDocument::fromJson(program.readLine()).object();
+        const int port = ready.value(u"ssh_port"_s).toInt();
+        QVERIFY(listens(port));
+        QVERIFY(listens(QUrl(ready.value(u"server"_s).toString()).port()));
+        QProcess session;
+        startLogin(session, ready.value(u"bin"_s).toString(), u"ssh4711@www.projekt-00000.sandbox.test"_s,
+                   u"cat"_s);
+        QTRY_VERIFY(answers(session));
+
+        if (signal == 0)
+            program.closeWriteChannel();
+        else
+            ::kill(static_cast<pid_t>(program.processId()), signal);
+        QVERIFY(program.waitForFinished(soon));
+        QCOMPARE(program.exitStatus(), signal == SIGKILL ? QProcess::CrashExit : QProcess::NormalExit);
+        QVERIFY(signal == SIGKILL || program.exitCode() == 0);
+        QVERIFY(program.readAllStandardOutput().isEmpty());
+        QVERIFY(session.waitForFinished(soon));
+        QTRY_VERIFY(!listens(port));
+    }
+
+    void programSaysWhatIsWrong_data() {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QString>("message");
+        QTest::newRow("no folder") << QStringList{} << u"--folder"_s;
+        QTest::newRow("no number") << QStringList{u"--folder"_s, m_folder.path(), u"--projects"_s, u"many"_s}
+                                   << u"--projects"_s;
+        QTest::newRow("no place") << QStringList{u"--folder"_s, u"/dev/null/x"_s} << u"/dev/null/x"_s;
+        QTest::newRow("in use") << QStringList{u"--folder"_s, m_folder.path()} << u"in use"_s;
+    }
+
+    void programSaysWhatIsWrong() {
+        QFETCH(QStringList, arguments);
+        QFETCH(QString, message);
+        QProcess program;
+        program.start(QStringLiteral(SANDBOX_PROGRAM), arguments);
+        QVERIFY(program.waitForFinished(soon));
+        QCOMPARE(program.exitCode(), 1);
+        QVERIFY(program.readAllStandardError().contains(message.toUtf8()));
+        QVERIFY(program.readAllStandardOutput().isEmpty());
+    }
+};
+
+QTEST_GUILESS_MAIN(TestSandboxSsh)
+#include "tst_sandbox_ssh.moc"
