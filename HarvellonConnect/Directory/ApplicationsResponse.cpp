@@ -1,0 +1,93 @@
+#include "Directory/ApplicationsResponse.h"
+
+#include "Directory/Json.h"
+
+namespace {
+constexpr QLatin1StringView nameKey("name");
+constexpr QLatin1StringView resellerKey("reseller");
+constexpr QLatin1StringView coderKey("coder");
+constexpr QLatin1StringView databaseKey("allow_database_connect");
+constexpr QLatin1StringView userKey("user");
+constexpr QLatin1StringView projectsKey("projects");
+constexpr QLatin1StringView secondIdentifierKey("ispconfig_webspace");
+
+/// What the server may get wrong without harm.
+std::optional<QString> lenientText(const QJsonObject& object, QLatin1StringView key) {
+    const QJsonValue value = object.value(key);
+    return value.isString() ? std::optional(value.toString()) : std::nullopt;
+}
+
+QString normalisedPath(const QString& text) {
+    const QString trimmed = text.trimmed();
+    return trimmed.startsWith(QLatin1Char('/')) ? trimmed : QLatin1Char('/') + trimmed;
+}
+
+Project decodeProject(const QJsonValue& value) {
+    const QJsonObject object = Json::object(value, projectsKey);
+    Project project;
+    project.domain = Json::requiredText(object, QLatin1StringView("domain"));
+    project.name = lenientText(object, nameKey);
+    std::optional<qint64> webspace = Json::integer(object.value(QLatin1StringView("webspace_id")));
+    if (!webspace)
+        webspace = Json::integer(object.value(secondIdentifierKey));
+    if (!webspace)
+        throw DecodingError(secondIdentifierKey, QStringLiteral("Webspace-ID fehlt"));
+    project.webspaceID = QString::number(*webspace);
+    project.path = normalisedPath(lenientText(object, QLatin1StringView("path")).value_or(QString()));
+    const QString type =
+        lenientText(object, QLatin1StringView("type")).value_or(QString()).trimmed().toLower();
+    project.type = type == rawValue(ProjectType::ssh) ? ProjectType::ssh : ProjectType::harvellon;
+    return project;
+}
+
+UserProfile decodeUser(const QJsonValue& value) {
+    const QJsonObject object = Json::object(value, userKey);
+    return {Json::requiredText(object, nameKey), Json::optionalText(object, resellerKey),
+            Json::optionalBoolean(object, coderKey), Json::optionalBoolean(object, databaseKey)};
+}
+
+QByteArray encodeUser(const UserProfile& user) {
+    QList<std::pair<QLatin1StringView, QByteArray>> members{{nameKey, Json::scalar(user.name)}};
+    if (user.reseller)
+        members.append({resellerKey, Json::scalar(*user.reseller)});
+    if (user.coder)
+        members.append({coderKey, Json::scalar(*user.coder)});
+    if (user.allowDatabaseConnect)
+        members.append({databaseKey, Json::scalar(*user.allowDatabaseConnect)});
+    return Json::ordered(members);
+}
+} // namespace
+
+size_t qHash(const UserProfile& profile, size_t seed) {
+    return qHashMulti(seed, profile.name, profile.reseller.has_value(), profile.reseller.value_or(QString()),
+                      profile.coder.has_value(), profile.coder.value_or(false),
+                      profile.allowDatabaseConnect.has_value(), profile.allowDatabaseConnect.value_or(false));
+}
+
+ApplicationsResponse ApplicationsResponse::decode(const QByteArray& json) {
+    const QJsonDocument document = Json::parsed(json);
+    if (!document.isObject())
+        throw DecodingError(QString(), QStringLiteral("Objekt erwartet"));
+    const QJsonObject object = document.object();
+    ApplicationsResponse response;
+    response.user = decodeUser(object.value(userKey));
+    const QJsonValue projects = object.value(projectsKey);
+    if (!projects.isArray())
+        throw DecodingError(projectsKey, QStringLiteral("Liste erwartet"));
+    const QJsonArray array = projects.toArray();
+    response.projects.reserve(array.size());
+    for (const QJsonValue project : array)
+        response.projects.append(decodeProject(project));
+    return response;
+}
+
+QByteArray encodeApplications(const ApplicationsResponse& response) {
+    QByteArray projects("[");
+    for (const Project& project : response.projects) {
+        if (projects.size() > 1)
+            projects.append(',');
+        projects.append(encodeProject(project));
+    }
+    projects.append(']');
+    return Json::ordered({{userKey, encodeUser(response.user)}, {projectsKey, projects}});
+}

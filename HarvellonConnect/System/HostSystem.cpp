@@ -1,0 +1,61 @@
+#include "System/HostSystem.h"
+
+#include <QDir>
+
+namespace {
+const QStringList sshfsPaths{QStringLiteral("/usr/local/bin/sshfs"),
+                             QStringLiteral("/opt/homebrew/bin/sshfs"), QStringLiteral("/usr/bin/sshfs")};
+const QString sshClient = QStringLiteral("/usr/bin/ssh");
+} // namespace
+
+HostSystem HostSystem::macOS(const QString& homeFolder) {
+    HostSystem host;
+    host.homeFolder = homeFolder;
+    host.privateFolder = homeFolder + QStringLiteral("/Library/Application Support/HarvellonConnect");
+    host.temporaryFolder = QDir::tempPath();
+    host.sshfsCandidates = sshfsPaths;
+    host.platformMountOptions = {QStringLiteral("defer_permissions"), QStringLiteral("noappledouble")};
+    host.volumeNameOption = QStringLiteral("volname");
+    const QString umount = QStringLiteral("/sbin/umount");
+    host.forcedUnmount = {umount, {QStringLiteral("-f")}};
+    host.unmountCommands = {{QStringLiteral("/usr/sbin/diskutil"), {QStringLiteral("unmount")}},
+                            {umount, {}},
+                            host.forcedUnmount};
+    host.opener = {QStringLiteral("/usr/bin/open"), {}};
+    host.editorLaunchers = {
+        QStringLiteral("/Applications/Visual Studio Code.app/Contents/Resources/app/bin/code"),
+        QStringLiteral("/Applications/Visual Studio Code - Insiders.app/Contents/Resources/app/bin/code")};
+    host.editorOpen = {QStringLiteral("/usr/bin/open"),
+                       {QStringLiteral("-a"), QStringLiteral("Visual Studio Code")}};
+    host.terminal = {QStringLiteral("/usr/bin/open"),
+                     {QStringLiteral("/System/Applications/Utilities/Terminal.app")}};
+    host.ssh = sshClient;
+    host.browserQuery = {
+        QStringLiteral("/usr/bin/osascript"),
+        {QStringLiteral("-e"),
+         QStringLiteral("tell application \"Google Chrome\" to get URL of active tab of front window")}};
+    host.setupGuidance = setupGuidanceMacOS();
+    host.repairGuidance = repairGuidanceMacOS();
+    return host;
+}
+
+HostSystem HostSystem::linuxDesktop(const QString& homeFolder, const QString& osRelease) {
+    HostSystem host;
+    host.homeFolder = homeFolder;
+    host.privateFolder = homeFolder + QStringLiteral("/.local/share/HarvellonConnect");
+    host.temporaryFolder = QDir::tempPath();
+    host.sshfsCandidates = sshfsPaths;
+    host.volumeNameOption = QStringLiteral("fsname");
+    const QString fusermount = QStringLiteral("/usr/bin/fusermount3");
+    host.forcedUnmount = {fusermount, {QStringLiteral("-u"), QStringLiteral("-z")}};
+    host.unmountCommands = {
+        {fusermount, {QStringLiteral("-u")}}, {QStringLiteral("/usr/bin/umount"), {}}, host.forcedUnmount};
+    host.opener = {QStringLiteral("/usr/bin/xdg-open"), {}};
+    host.editorLaunchers = {QStringLiteral("/usr/bin/code"), QStringLiteral("/snap/bin/code"),
+                            QStringLiteral("/var/lib/flatpak/exports/bin/com.visualstudio.code"),
+                            QStringLiteral("/usr/bin/code-insiders"), QStringLiteral("/usr/bin/codium")};
+    host.ssh = sshClient;
+    host.setupGuidance = setupGuidanceLinux(osRelease);
+    host.repairGuidance = repairGuidanceLinux(osRelease);
+    return host;
+}

@@ -1,0 +1,58 @@
+#pragma once
+
+#include "System/Guidance.h"
+
+#include <QList>
+#include <QString>
+#include <QStringList>
+
+/// A program of the desktop by its absolute path, with the arguments that come before ours.
+struct ExternalCommand {
+    QString executable;
+    QStringList arguments;
+
+    /// The whole argument list for a call that names `target` last.
+    [[nodiscard]] QStringList argumentsFor(const QString& target) const {
+        return arguments + QStringList{target};
+    }
+
+    bool operator==(const ExternalCommand&) const = default;
+};
+
+/// What differs between the two desktops, as values. Both are made and tested everywhere; code asks this
+/// record and never the preprocessor.
+struct HostSystem {
+    QString homeFolder;
+    QString privateFolder;   ///< the folder of this program inside the user's data folder
+    QString temporaryFolder; ///< for generated files that nobody misses
+    QString preferencesFile; ///< empty: where the desktop keeps preferences by itself
+    bool usesKeyring = true; ///< otherwise secrets are kept in a file of the private folder
+
+    QStringList sshfsCandidates;            ///< in order of preference
+    QStringList platformMountOptions;       ///< options that only this desktop's sshfs knows
+    QString volumeNameOption;               ///< the option that carries the volume's name
+    QList<ExternalCommand> unmountCommands; ///< gentle first; the mount point follows the arguments
+    ExternalCommand forcedUnmount;          ///< for a stale mount
+
+    ExternalCommand opener;      ///< opens an address or a folder with the user's own program
+    QStringList editorLaunchers; ///< where the editor's `code` command is when the search path has none
+    ExternalCommand editorOpen;  ///< opens a target in the editor when no launcher is found; empty where
+                                 ///< the desktop would hand the file to any program at all
+
+    QString ssh;                  ///< the user's own client
+    ExternalCommand browserQuery; ///< prints the address of the browser's active tab
+    ExternalCommand terminal;     ///< opens an empty terminal window; empty when one has to be looked for
+    Guidance setupGuidance;       ///< sshfs is missing
+    Guidance repairGuidance;      ///< sshfs does not start
+
+    [[nodiscard]] QString mountRoot() const { return homeFolder + QStringLiteral("/Harvellon"); }
+
+    [[nodiscard]] QString knownHostsFile() const { return privateFolder + QStringLiteral("/known_hosts"); }
+
+    /// The desktop that this program was built for, with the user's own folders. The environment variable
+    /// HARVELLON_HOME takes the place of the home folder, the preferences and the keyring, and HARVELLON_SSH
+    /// beside it that of the ssh client (development).
+    static HostSystem current();
+    static HostSystem macOS(const QString& homeFolder);
+    static HostSystem linuxDesktop(const QString& homeFolder, const QString& osRelease = {});
+};

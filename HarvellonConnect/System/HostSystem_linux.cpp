@@ -1,0 +1,25 @@
+#include "System/HostSystem.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QStandardPaths>
+
+HostSystem HostSystem::current() {
+    const QString development = qEnvironmentVariable("HARVELLON_HOME");
+    QFile release(QStringLiteral("/etc/os-release"));
+    const QString osRelease =
+        release.open(QIODevice::ReadOnly) ? QString::fromUtf8(release.readAll()) : QString();
+    HostSystem host = linuxDesktop(development.isEmpty() ? QDir::homePath() : development, osRelease);
+    if (development.isEmpty()) {
+        host.privateFolder = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) +
+                             QStringLiteral("/HarvellonConnect");
+    } else {
+        host.preferencesFile = development + QStringLiteral("/preferences.ini");
+        host.usesKeyring = false;
+        host.ssh = qEnvironmentVariable("HARVELLON_SSH", host.ssh);
+    }
+    host.browserQuery = {QCoreApplication::applicationDirPath() + QStringLiteral("/harvellon-browser-tab"),
+                         {}};
+    return host;
+}

@@ -1,0 +1,14 @@
+#include "System/HostSystem.h"
+
+#include <QDir>
+
+HostSystem HostSystem::current() {
+    const QString development = qEnvironmentVariable("HARVELLON_HOME");
+    HostSystem host = macOS(development.isEmpty() ? QDir::homePath() : development);
+    if (!development.isEmpty()) {
+        host.preferencesFile = development + QStringLiteral("/preferences.ini");
+        host.usesKeyring = false;
+        host.ssh = qEnvironmentVariable("HARVELLON_SSH", host.ssh);
+    }
+    return host;
+}

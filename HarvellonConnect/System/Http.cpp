@@ -1,0 +1,49 @@
+#include "System/Http.h"
+
+#include <QCoroNetworkReply>
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
+#include <QScopedPointer>
+#include <QTimer>
+
+QCoro::Task<HttpAnswer> Http::exchange(QNetworkAccessManager& network, QNetworkRequest request,
+                                       QByteArray method, QByteArray body, std::chrono::milliseconds limit,
+                                       qint64 largestBody) {
+    request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::ManualRedirectPolicy);
+    // Compressed answers would be unpacked without a bound; ask for none.
+    request.setRawHeader("Accept-Encoding", "identity");
+
+    const std::unique_ptr<QNetworkReply, QScopedPointerDeleteLater> reply(
+        network.sendCustomRequest(request, method, body));
+    bool late = false;
+    bool tooLarge = false;
+    // A time-out of the request itself counts silence only; an answer in drips would go on for ever.
+    QTimer::singleShot(limit, Qt::PreciseTimer, reply.get(), [&late, reply = reply.get()] {
+        late = true;
+        reply->abort();
+    });
+    QObject::connect(reply.get(), &QNetworkReply::readyRead, reply.get(),
+                     [&tooLarge, largestBody, reply = reply.get()] {
+                         if (reply->bytesAvailable() <= largestBody)
+                             return;
+                         tooLarge = true;
+                         reply->abort();
+                     });
+    if (!reply->isFinished())
+        co_await reply.get();
+
+    if (late)
+        throw NetworkError(
+            QStringLiteral("Zeitüberschreitung: Der Server hat nicht rechtzeitig geantwortet."));
+    if (tooLarge)
+        throw NetworkError(QStringLiteral("Die Antwort des Servers ist zu groß."));
+    const QVariant status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
+    // With a status the server has spoken: an error then only repeats it, unless the body broke off.
+    const bool brokenOff = reply->error() == QNetworkReply::RemoteHostClosedError ||
+                           reply->error() == QNetworkReply::OperationCanceledError ||
+                           reply->error() == QNetworkReply::TemporaryNetworkFailureError ||
+                           reply->error() == QNetworkReply::UnknownNetworkError;
+    if (reply->error() != QNetworkReply::NoError && (!status.isValid() || brokenOff))
+        throw NetworkError(reply->errorString());
+    co_return HttpAnswer{status.toInt(), reply->readAll()};
+}

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <QByteArray>
+#include <QCoroTask>
+#include <QNetworkRequest>
+#include <QString>
+
+#include <chrono>
+#include <exception>
+
+class QNetworkAccessManager;
+
+/// No answer came: no connection, no time left, or a broken transfer. The description is the system's own.
+class NetworkError : public std::exception {
+  public:
+    explicit NetworkError(QString description) : m_description(std::move(description)) {}
+
+    [[nodiscard]] QString description() const { return m_description; }
+
+    [[nodiscard]] const char* what() const noexcept override { return "NetworkError"; }
+
+  private:
+    QString m_description;
+};
+
+/// What a server said, whatever its status.
+struct HttpAnswer {
+    int status = 0; ///< 0: not an HTTP answer
+    QByteArray body;
+};
+
+namespace Http {
+
+/// Sends one request and waits for the whole answer, at most `limit` in all. Redirects are answers, they are
+/// not followed. A body beyond `largestBody` bytes ends the transfer. Throws NetworkError. Main thread.
+QCoro::Task<HttpAnswer> exchange(QNetworkAccessManager& network, QNetworkRequest request, QByteArray method,
+                                 QByteArray body, std::chrono::milliseconds limit, qint64 largestBody);
+
+} // namespace Http

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QByteArray>
+#include <QSettings>
+#include <QString>
+
+#include <optional>
+
+/// The user's preferences of this program: a few typed values under fixed keys. A value of another type
+/// counts as absent. Main thread; each change is written at once.
+class Preferences {
+  public:
+    /// `file`: an INI file that takes the place of the desktop's own store; empty for that store.
+    explicit Preferences(const QString& file);
+
+    [[nodiscard]] std::optional<bool> boolean(const QString& key) const;
+    [[nodiscard]] std::optional<QString> text(const QString& key) const;
+    [[nodiscard]] std::optional<QByteArray> data(const QString& key) const;
+
+    /// Stores `value` and says whether it has reached the store (a full disk keeps the old one).
+    bool set(const QString& key, const QVariant& value);
+    bool remove(const QString& key);
+
+  private:
+    bool write();
+    QSettings m_settings;
+};

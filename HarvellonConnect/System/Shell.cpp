@@ -1,0 +1,100 @@
+#include "System/Shell.h"
+
+#include <QCoroFuture>
+#include <QFuture>
+#include <QPointer>
+#include <QProcess>
+#include <QPromise>
+#include <QStringDecoder>
+#include <QTimer>
+
+namespace {
+constexpr qsizetype largestOutput = 16 * 1024 * 1024; // far more than any command of ours has reason to print
+
+/// One command under way. Deletes itself when the child has ended; a child that outlives its time is left to
+/// end on its own, because destroying a running QProcess would wait for it.
+class Run : public QObject {
+  public:
+    using Outcome = std::optional<ShellResult>; ///< nothing: it could not be started
+
+    QFuture<Outcome> start(const QString& executable, const QStringList& arguments,
+                           std::chrono::milliseconds limit) {
+        connect(&m_process, &QProcess::readyReadStandardOutput, this, [this] { drain(); });
+        connect(&m_process, &QProcess::readyReadStandardError, this, [this] { drain(); });
+        connect(&m_process, &QProcess::errorOccurred, this, [this](QProcess::ProcessError error) {
+            if (error == QProcess::FailedToStart) {
+                finish(std::nullopt);
+                deleteLater();
+            }
+        });
+        connect(&m_process, &QProcess::finished, this, [this](int code, QProcess::ExitStatus status) {
+            drain();
+            // A child ended by a signal has no exit code of its own; any non-zero one says "not well".
+            finish(ShellResult{status == QProcess::NormalExit ? code : code + 128, decoded(m_out),
+                               decoded(m_err)});
+            deleteLater();
+        });
+        if (limit != Shell::noLimit)
+            QTimer::singleShot(limit, this, [this] {
+                finish(ShellResult{Shell::timedOut, {}, QStringLiteral("Zeitüberschreitung")});
+                m_process.kill();
+            });
+        m_promise.start();
+        QFuture<Outcome> future = m_promise.future();
+        m_process.setInputChannelMode(QProcess::ForwardedInputChannel);
+        m_process.start(executable, arguments);
+        return future;
+    }
+
+  private:
+    /// Takes what has arrived, so that a talkative child never fills its pipe.
+    void drain() {
+        const auto take = [](QByteArray& into, const QByteArray& arrived) {
+            into.append(arrived.constData(), std::min(arrived.size(), largestOutput - into.size()));
+        };
+        take(m_out, m_process.readAllStandardOutput());
+        take(m_err, m_process.readAllStandardError());
+    }
+
+    static QString decoded(const QByteArray& bytes) {
+        QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
+        const QString text = decoder.decode(bytes);
+        return decoder.hasError() ? QString() : text;
+    }
+
+    void finish(Outcome outcome) {
+        if (m_promise.future().isFinished())
+            return;
+        m_promise.addResult(std::move(outcome));
+        m_promise.finish();
+    }
+
+    QProcess m_process;
+    QPromise<Outcome> m_promise;
+    QByteArray m_out;
+    QByteArray m_err;
+};
+} // namespace
+
+ShellError ShellError::launchFailed(const QString& executable) {
+    return ShellError(
+        QStringLiteral("Start von %1 fehlgeschlagen. Ist es installiert und erreichbar?").arg(executable));
+}
+
+QCoro::Task<ShellResult> Shell::run(QString executable, QStringList arguments,
+                                    std::chrono::milliseconds limit) {
+    auto* run = new Run;
+    QFuture<Run::Outcome> ended = run->start(executable, arguments, limit);
+    const Run::Outcome outcome = co_await ended;
+    if (!outcome)
+        throw ShellError::launchFailed(executable);
+    co_return *outcome;
+}
+
+QCoro::Task<std::optional<QString>> Shell::which(QString name) {
+    const QStringList arguments{name};
+    const ShellResult result = co_await run(QStringLiteral("/usr/bin/which"), arguments, noLimit);
+    if (result.exitCode != 0)
+        co_return std::nullopt;
+    co_return result.stdout.trimmed();
+}
