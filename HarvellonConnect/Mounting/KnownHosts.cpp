@@ -1,0 +1,37 @@
+#include "Mounting/KnownHosts.h"
+
+#include "Mounting/MounterError.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+#include <cerrno>
+#include <sys/stat.h>
+
+namespace {
+MounterError inaccessible(const QString& path, const QString& reason) {
+    return MounterError(MounterError::Case::mountFailed, QStringLiteral("%1: %2").arg(path, reason));
+}
+
+/// Makes `path` and what is missing above it.
+void makePrivateFolder(const QString& path) {
+    const QFileInfo folder(path);
+    if (folder.isDir())
+        return;
+    makePrivateFolder(folder.absolutePath());
+    if (::mkdir(QFile::encodeName(path).constData(), S_IRWXU) != 0 && errno != EEXIST)
+        throw inaccessible(path, qt_error_string(errno));
+}
+} // namespace
+
+void prepareKnownHosts(const HostSystem& host) {
+    if (host.privateFolder.isEmpty())
+        throw MounterError(MounterError::Case::mountFailed,
+                           QStringLiteral("Application Support Verzeichnis nicht zugänglich."));
+    makePrivateFolder(host.privateFolder);
+    QFile file(host.knownHostsFile());
+    if (file.exists())
+        return;
+    if (!file.open(QIODevice::WriteOnly | QIODevice::NewOnly, QFile::ReadOwner | QFile::WriteOwner))
+        throw inaccessible(file.fileName(), file.errorString());
+}

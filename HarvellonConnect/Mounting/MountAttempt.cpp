@@ -1,0 +1,116 @@
+#include "Mounting/MountAttempt.h"
+
+#include "Mounting/KnownHosts.h"
+#include "Mounting/MountOptions.h"
+#include "Mounting/MountPoint.h"
+#include "Mounting/MountQuestion.h"
+#include "Mounting/MounterError.h"
+#include "Mounting/SSHFSProcess.h"
+#include "Mounting/SSHFSReadiness.h"
+#include "System/Async.h"
+#include "System/Logging.h"
+
+#include <QDeadlineTimer>
+
+namespace {
+constexpr std::chrono::seconds mountLimit{15};
+constexpr std::chrono::milliseconds pollingStep{150};
+constexpr std::chrono::milliseconds tableStep{20}; // a look at the mount table costs next to nothing
+constexpr std::chrono::seconds staleLimit{2};
+} // namespace
+
+MountAttempt::MountAttempt(HostSystem host, Shell& shell, Project project)
+    : m_host(std::move(host)), m_shell(shell), m_project(std::move(project)),
+      m_process(std::make_shared<SSHFSProcess>()) {
+    m_over.start();
+}
+
+MountAttempt::~MountAttempt() = default;
+
+QString MountAttempt::mountPoint() const {
+    return m_host.mountRoot() + QLatin1Char('/') + m_project.domain;
+}
+
+QCoro::Task<std::shared_ptr<SSHFSProcess>> MountAttempt::run(std::shared_ptr<MountAttempt> attempt) {
+    std::exception_ptr failure;
+    try {
+        co_await start(attempt);
+        co_await waitUntilMounted(attempt);
+    } catch (const MounterError&) {
+        failure = std::current_exception();
+    }
+    if (!failure)
+        co_return attempt->m_process;
+    const QString mountPoint = attempt->mountPoint();
+    co_await clearLeftovers(attempt->m_host, attempt->m_shell, attempt->m_process, mountPoint,
+                            attempt->m_patience);
+    std::rethrow_exception(failure);
+}
+
+QCoro::Task<> MountAttempt::start(std::shared_ptr<MountAttempt> attempt) {
+    attempt->failWhenGivenUp();
+    const std::optional<QString> sshfs = sshfsPath(attempt->m_host);
+    if (!sshfs)
+        throw MounterError(MounterError::Case::sshfsNotFound);
+
+    const QString mountPoint = attempt->mountPoint();
+    // The table tells of live, silent and dead mounts alike, and asking it waits for no server.
+    if (isListed(mountPoint)) {
+        qCInfo(lcSSHFSMounter, "mount: stale mount at %s, forcing unmount", qUtf8Printable(mountPoint));
+        co_await forceUnmount(attempt->m_host, attempt->m_shell, mountPoint, staleLimit);
+        if (isListed(mountPoint))
+            throw MounterError(MounterError::Case::mountPointOccupied, mountPoint);
+        attempt->failWhenGivenUp();
+    }
+    makeMountPoint(mountPoint);
+    prepareKnownHosts(attempt->m_host);
+    qCInfo(lcSSHFSMounter, "mount: spawning sshfs for %s", qUtf8Printable(attempt->m_project.domain));
+    attempt->m_process->start(*sshfs, sshfsArguments(attempt->m_host, attempt->m_project, mountPoint));
+}
+
+QCoro::Task<> MountAttempt::waitUntilMounted(std::shared_ptr<MountAttempt> attempt) {
+    const QString domain = attempt->m_project.domain;
+    const QString mountPoint = attempt->mountPoint();
+    const SSHFSProcess& process = *attempt->m_process;
+    const QDeadlineTimer deadline(mountLimit);
+    MountQuestion question(mountPoint);
+    bool mounted = false;
+    for (;;) {
+        attempt->failWhenGivenUp();
+        if (deadline.hasExpired()) {
+            qCInfo(lcSSHFSMounter, "mount: timeout for %s", qUtf8Printable(domain));
+            throw MounterError(MounterError::Case::mountTimeout);
+        }
+        if (!process.startFailure().isEmpty())
+            throw MounterError(MounterError::Case::mountFailed, process.startFailure());
+        if (!process.isRunning())
+            throw MounterError::fromSSHFS(process.errorText(), domain);
+        if (mounted)
+            co_return;
+
+        if (!isListed(mountPoint)) { // nobody there to be asked
+            co_await Async::sleep(tableStep);
+            continue;
+        }
+        // The server's answer ends the pause early.
+        const std::optional<bool> answer = co_await question.answer(pollingStep);
+        mounted = answer.value_or(false);
+        if (answer && !mounted)
+            co_await Async::sleep(pollingStep);
+    }
+}
+
+void MountAttempt::failWhenGivenUp() const {
+    if (m_givenUp)
+        throw MounterError(MounterError::Case::mountFailed, QStringLiteral("Der Vorgang wurde abgebrochen."));
+}
+
+void MountAttempt::giveUp(Patience patience) {
+    m_givenUp = true;
+    m_patience = patience;
+    m_process->hangUp();
+}
+
+void MountAttempt::kill() {
+    m_process->kill();
+}

@@ -1,0 +1,49 @@
+#include "Mounting/MountOptions.h"
+
+#include <algorithm>
+
+namespace {
+/// A path as ssh reads it from one of its options: blanks separate there, and a percent sign begins a token.
+QString sshPath(const QString& path) {
+    QString text = path;
+    text.replace(QLatin1Char('%'), QStringLiteral("%%"));
+    const bool needsQuotes = std::any_of(text.begin(), text.end(), [](QChar character) {
+        return character.isSpace() || character == QLatin1Char('"') || character == QLatin1Char('\'') ||
+               character == QLatin1Char('\\') || character == QLatin1Char('#');
+    });
+    if (!needsQuotes)
+        return text;
+    text.replace(QLatin1Char('\\'), QStringLiteral("\\\\")).replace(QLatin1Char('"'), QStringLiteral("\\\""));
+    return QLatin1Char('"') + text + QLatin1Char('"');
+}
+
+/// A zero would end the option text there and then.
+QString withoutControls(QString text) {
+    std::replace_if(
+        text.begin(), text.end(),
+        [](QChar character) { return character.category() == QChar::Other_Control; }, QLatin1Char(' '));
+    return text;
+}
+} // namespace
+
+QString optionValue(const QString& value) {
+    QString text = value;
+    return text.replace(QLatin1Char('\\'), QStringLiteral("\\\\"))
+        .replace(QLatin1Char(','), QStringLiteral("\\,"));
+}
+
+QString mountOptions(const HostSystem& host, const Project& project) {
+    QStringList options{QStringLiteral("reconnect"), QStringLiteral("ServerAliveInterval=15"),
+                        QStringLiteral("ServerAliveCountMax=3")};
+    options += host.platformMountOptions;
+    options += host.volumeNameOption + QStringLiteral("=HV ") + optionValue(withoutControls(project.title()));
+    options += QStringLiteral("StrictHostKeyChecking=accept-new");
+    options += QStringLiteral("UserKnownHostsFile=") + optionValue(sshPath(host.knownHostsFile()));
+    return options.join(QLatin1Char(','));
+}
+
+QStringList sshfsArguments(const HostSystem& host, const Project& project, const QString& mountPoint) {
+    const QString remote =
+        project.sshUser() + QLatin1Char('@') + project.domain + QLatin1Char(':') + project.path;
+    return {remote, mountPoint, QStringLiteral("-o"), mountOptions(host, project), QStringLiteral("-f")};
+}

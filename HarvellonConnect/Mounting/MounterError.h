@@ -1,0 +1,34 @@
+#pragma once
+
+#include <QString>
+
+#include <exception>
+
+/// Why a project could not be mounted or unmounted. The description is the sentence shown to the user.
+class MounterError : public std::exception {
+  public:
+    enum class Case {
+        mountPointOccupied,
+        mountFailed,
+        authenticationFailed,
+        unmountFailed,
+        sshfsNotFound,
+        mountTimeout
+    };
+
+    /// `text`: the path, the reason or the host that the case speaks of.
+    explicit MounterError(Case error, QString text = {}) : m_case(error), m_text(std::move(text)) {}
+
+    /// The failure of an sshfs that ended by itself after writing `errors`, trimmed, to standard error.
+    static MounterError fromSSHFS(const QString& errors, const QString& host);
+
+    [[nodiscard]] Case error() const { return m_case; }
+
+    [[nodiscard]] QString description() const;
+
+    [[nodiscard]] const char* what() const noexcept override { return "MounterError"; }
+
+  private:
+    Case m_case;
+    QString m_text;
+};
