@@ -1,0 +1,17 @@
+#include "Actions/SiteAddresses.h"
+
+namespace {
+const QString scheme = QStringLiteral("https://");
+}
+
+QString siteAddress(const Project& project, bool backEnd) {
+    return scheme + project.domain + (backEnd ? QStringLiteral("/admin") : QString());
+}
+
+QString shellAddress(const Project& project) {
+    return QStringLiteral("ssh://") + project.sshUser() + QLatin1Char('@') + project.domain;
+}
+
+QString cacheAddress(const Project& project) {
+    return scheme + project.domain + QStringLiteral("/?type=5820917364");
+}

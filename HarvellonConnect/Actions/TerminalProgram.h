@@ -1,0 +1,13 @@
+#pragma once
+
+#include "System/HostSystem.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+
+/// The user's terminal program, found the way desktops do: xdg-terminal-exec, the TERMINAL variable, the
+/// alternatives system's choice, then the known ones. `searchPath`: folders in order. Nothing when there is
+/// none.
+std::optional<ExternalCommand> terminalProgram(const QStringList& searchPath, const QString& preferred);

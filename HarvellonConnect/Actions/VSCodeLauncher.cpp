@@ -1,0 +1,90 @@
+#include "Actions/VSCodeLauncher.h"
+
+#include <QDir>
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QSaveFile>
+
+namespace {
+const QString never = QStringLiteral("never");
+
+bool isPlain(QChar character) {
+    const char16_t unit = character.unicode();
+    return (unit >= 'a' && unit <= 'z') || (unit >= 'A' && unit <= 'Z') || (unit >= '0' && unit <= '9') ||
+           unit == '.' || unit == '_' || unit == '-';
+}
+
+bool isEdge(QChar character) {
+    return character == QLatin1Char('-') || character == QLatin1Char('.');
+}
+} // namespace
+
+QString sanitizedFileName(const QString& text) {
+    QString name;
+    for (const QChar character : text) {
+        if (!character.isLowSurrogate()) // a pair is one character, and becomes one "-"
+            name.append(isPlain(character) ? character : QLatin1Char('-'));
+    }
+    while (!name.isEmpty() && isEdge(name.back()))
+        name.chop(1);
+    while (!name.isEmpty() && isEdge(name.front()))
+        name.remove(0, 1);
+    return name.isEmpty() ? QStringLiteral("project") : name;
+}
+
+QByteArray workspaceFor(const QString& folder) {
+    const QJsonObject bulky{{QStringLiteral("**/pdfs/**"), true}};
+    const QJsonObject settings{{QStringLiteral("editor.codeActionsOnSave"),
+                                QJsonObject{{QStringLiteral("source.fixAll"), never},
+                                            {QStringLiteral("source.organizeImports"), never}}},
+                               {QStringLiteral("editor.formatOnSave"), false},
+                               {QStringLiteral("files.watcherExclude"), bulky},
+                               {QStringLiteral("search.exclude"), bulky}};
+    const QJsonObject workspace{
+        {QStringLiteral("folders"), QJsonArray{QJsonObject{{QStringLiteral("path"), folder}}}},
+        {QStringLiteral("settings"), settings}};
+    return QJsonDocument(workspace).toJson(QJsonDocument::Indented);
+}
+
+QCoro::Task<> VSCodeLauncher::open(QString domain, QString folder) {
+    const QString target = writeWorkspace(domain, folder).value_or(folder);
+    try {
+        const std::optional<QString> code = co_await locateCodeCommand();
+        if (code) {
+            const QStringList arguments{QStringLiteral("--new-window"),
+                                        QStringLiteral("--disable-workspace-trust"), target};
+            co_await m_shell.run(*code, arguments);
+        } else if (!m_host.editorOpen.executable.isEmpty()) {
+            const QStringList arguments = m_host.editorOpen.argumentsFor(target);
+            co_await m_shell.run(m_host.editorOpen.executable, arguments);
+        }
+    } catch (const ShellError&) {
+        // An editor that does not start is plain to see; the mount is unharmed.
+    }
+}
+
+std::optional<QString> VSCodeLauncher::writeWorkspace(const QString& domain, const QString& folder) const {
+    const QString workspaces = m_host.temporaryFolder + QStringLiteral("/HarvellonConnect-VSCode");
+    if (!QDir().mkpath(workspaces))
+        return std::nullopt;
+    const QString path =
+        workspaces + QLatin1Char('/') + sanitizedFileName(domain) + QStringLiteral(".code-workspace");
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly))
+        return std::nullopt;
+    file.write(workspaceFor(folder));
+    return file.commit() ? std::optional(path) : std::nullopt;
+}
+
+QCoro::Task<std::optional<QString>> VSCodeLauncher::locateCodeCommand() {
+    const QString name = QStringLiteral("code");
+    if (std::optional<QString> found = co_await m_shell.which(name))
+        co_return found;
+    for (const QString& path : m_host.editorLaunchers) {
+        if (QFile::exists(path))
+            co_return path;
+    }
+    co_return std::nullopt;
+}

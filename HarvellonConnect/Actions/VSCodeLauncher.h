@@ -1,0 +1,35 @@
+#pragma once
+
+#include "System/HostSystem.h"
+#include "System/Shell.h"
+
+#include <QByteArray>
+#include <QCoroTask>
+#include <QString>
+
+#include <optional>
+
+/// Any text as a file name: letters, digits, ".", "_" and "-" stay, the rest becomes "-".
+QString sanitizedFileName(const QString& text);
+
+/// The workspace for `folder`, with settings for a folder that lives on a network: nothing is rewritten on
+/// save, and bulky folders are neither watched nor searched.
+QByteArray workspaceFor(const QString& folder);
+
+/// Opens folders in Visual Studio Code. Main thread.
+class VSCodeLauncher {
+  public:
+    /// `shell` must outlive this.
+    VSCodeLauncher(HostSystem host, Shell& shell) : m_host(std::move(host)), m_shell(shell) {}
+
+    /// Opens `folder` in a new window through a generated workspace file named after `domain`; where that
+    /// cannot be written, the folder itself. Never fails; returns when the launcher has ended.
+    QCoro::Task<> open(QString domain, QString folder);
+
+  private:
+    [[nodiscard]] std::optional<QString> writeWorkspace(const QString& domain, const QString& folder) const;
+    QCoro::Task<std::optional<QString>> locateCodeCommand();
+
+    HostSystem m_host;
+    Shell& m_shell;
+};
