@@ -1,0 +1,139 @@
+#include "State/AppState.h"
+
+#include "Mounting/LegacyKey.h"
+#include "System/Async.h"
+
+#include <QUrl>
+
+namespace {
+const QString globalHotkeyKey = QStringLiteral("GlobalHotkeyEnabled");
+}
+
+AppState::AppState(AppServices services, DesktopCommands desktop, QObject* parent)
+    : QObject(parent), m_host(std::move(services.host)), m_shell(services.shell),
+      m_preferences(services.preferences), m_network(services.network), m_desktop(std::move(desktop)),
+      m_oauth(services.server, services.network, services.keychain,
+              [this](const QUrl& address) { openAddress(address.toString(QUrl::FullyEncoded)); }),
+      m_globalHotkeyEnabled(m_preferences.boolean(globalHotkeyKey).value_or(true)),
+      m_api(services.server.at(QLatin1StringView("/api/json/applications")), services.network),
+      m_sshfsMounter(m_host, services.shell), m_editor(m_host, services.shell) {
+    QObject::connect(&m_oauth, &OAuthManager::isAuthenticatingChanged, this,
+                     &AppState::isAuthenticatingChanged);
+    loadAccountsRegistry();
+    removeLegacyKeyPair(m_host.homeFolder);
+    if (!services.server.problem.isEmpty())
+        log(services.server.problem, ActivityLogLevel::error);
+    startUp();
+    m_sshfsMounter.onUnexpectedTermination = [this](const QString& domain, qint32 exitCode) {
+        mountEnded(domain, exitCode);
+    };
+    m_hotkeyManager.onPress = [this] { m_desktop.togglePanel(); };
+    m_hotkeyManager.onRefused = [this](const QString& reason) {
+        m_hotkeyProblem = reason;
+        Q_EMIT hotkeyProblemChanged();
+        log(reason, ActivityLogLevel::warning);
+    };
+    applyHotkeySetting();
+}
+
+AppState::~AppState() = default;
+
+QCoro::Task<> AppState::startUp() {
+    // Not in the constructor's own time: whoever makes the state wants to show it first.
+    co_await Async::sleep(std::chrono::milliseconds(0));
+    co_await dropDuplicates();
+    if (m_accounts.isEmpty())
+        co_await migrateLegacyLoginIfNeeded();
+    co_await refresh();
+}
+
+void AppState::log(const QString& message, ActivityLogLevel level) {
+    m_activityLog.append(message, level);
+}
+
+void AppState::setGlobalHotkeyEnabled(bool enabled) {
+    if (enabled == m_globalHotkeyEnabled)
+        return;
+    m_globalHotkeyEnabled = enabled;
+    m_preferences.set(globalHotkeyKey, enabled);
+    applyHotkeySetting();
+    Q_EMIT globalHotkeyEnabledChanged();
+}
+
+void AppState::applyHotkeySetting() {
+    if (!m_hotkeyProblem.isEmpty()) {
+        m_hotkeyProblem.clear();
+        Q_EMIT hotkeyProblemChanged();
+    }
+    if (m_globalHotkeyEnabled)
+        m_hotkeyManager.registerKey();
+    else
+        m_hotkeyManager.unregisterKey();
+}
+
+void AppState::mountEnded(const QString& domain, qint32 exitCode) {
+    log(QStringLiteral("Mount %1 unerwartet beendet (Exit %2).").arg(domain).arg(exitCode),
+        ActivityLogLevel::error);
+    publishSessions();
+    if (m_desktop.tellMountEnded)
+        m_desktop.tellMountEnded(domain);
+}
+
+QCoro::Task<> AppState::shutDown() {
+    co_await m_sshfsMounter.unmountAll();
+    publishSessions();
+}
+
+std::optional<Project> AppState::project(const QString& domain) const {
+    const auto found = std::find_if(m_projects.begin(), m_projects.end(),
+                                    [&domain](const Project& project) { return project.domain == domain; });
+    return found == m_projects.end() ? std::nullopt : std::optional(*found);
+}
+
+void AppState::setSearchText(const QString& text) {
+    if (text == m_searchText)
+        return;
+    m_searchText = text;
+    m_visibleProjects.setSearchText(text);
+    Q_EMIT searchTextChanged();
+}
+
+void AppState::setLoading(int change) {
+    const bool before = isLoading();
+    m_loads += change;
+    if (isLoading() != before)
+        Q_EMIT isLoadingChanged();
+}
+
+void AppState::setLastError(std::optional<QString> error) {
+    if (m_lastError == error)
+        return;
+    m_lastError = std::move(error);
+    Q_EMIT lastErrorChanged();
+}
+
+void AppState::setConnectionStatus(ConnectionStatus::Case status, const QString& failure) {
+    m_connectionStatus = status;
+    m_connectionFailure = failure;
+    Q_EMIT connectionStatusChanged();
+}
+
+void AppState::setUserProfile(std::optional<UserProfile> profile) {
+    m_userProfile = std::move(profile);
+    m_visibleProjects.setUser(m_userProfile);
+    Q_EMIT userProfileChanged();
+}
+
+void AppState::setProjects(const QList<Project>& projects) {
+    m_projects = projects;
+    m_visibleProjects.setProjects(projects);
+    Q_EMIT projectsChanged();
+}
+
+void AppState::clearActivityLog() {
+    m_activityLog.clear();
+}
+
+void AppState::dismissLastError() {
+    setLastError(std::nullopt);
+}

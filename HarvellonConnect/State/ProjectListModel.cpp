@@ -1,0 +1,127 @@
+#include "State/ProjectListModel.h"
+
+#include "State/RowActions.h"
+#include "System/CaseFolding.h"
+
+QString searchKey(const QString& text) {
+    const QString decomposed = text.normalized(QString::NormalizationForm_KD);
+    QString key;
+    key.reserve(decomposed.size());
+    for (const QChar character : decomposed) {
+        if (character.category() != QChar::Mark_NonSpacing)
+            key.append(character);
+    }
+    return caseFolded(key);
+}
+
+void ProjectListModel::setProjects(const QList<Project>& projects) {
+    m_projects = projects;
+    m_keys.clear();
+    m_keys.reserve(projects.size());
+    for (const Project& project : projects)
+        m_keys.append(searchKey(project.name.value_or(QString()) + QLatin1Char('\n') + project.domain));
+    filter();
+}
+
+void ProjectListModel::setSearchText(const QString& text) {
+    if (text == m_searchText)
+        return;
+    m_searchText = text;
+    filter();
+}
+
+void ProjectListModel::filter() {
+    const QStringList words = searchKey(m_searchText).split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    QList<int> visible;
+    for (int i = 0; i < m_keys.size(); ++i) {
+        const QString& key = m_keys.at(i);
+        if (std::all_of(words.begin(), words.end(),
+                        [&key](const QString& word) { return key.contains(word); }))
+            visible.append(i);
+    }
+    // Rows that stay only show something else: making a row costs more than filling it.
+    const int before = count();
+    const int after = static_cast<int>(visible.size());
+    if (after < before) {
+        beginRemoveRows({}, after, before - 1);
+        m_visible = visible;
+        endRemoveRows();
+    } else if (after > before) {
+        beginInsertRows({}, before, after - 1);
+        m_visible = visible;
+        endInsertRows();
+    } else {
+        m_visible = visible;
+    }
+    if (const int kept = std::min(before, after); kept > 0)
+        Q_EMIT dataChanged(index(0), index(kept - 1));
+    Q_EMIT countChanged();
+}
+
+void ProjectListModel::setUser(const std::optional<UserProfile>& user) {
+    if (m_user == user)
+        return;
+    m_user = user;
+    if (count() > 0)
+        Q_EMIT dataChanged(index(0), index(count() - 1), {actionsRole});
+}
+
+void ProjectListModel::setConnectedDomains(const QSet<QString>& domains) {
+    const QSet<QString> changed = (m_connected - domains) + (domains - m_connected);
+    m_connected = domains;
+    for (const QString& domain : changed)
+        touch(domain);
+}
+
+void ProjectListModel::setConnecting(const QString& domain, bool connecting) {
+    if (connecting)
+        m_connecting.insert(domain, QDateTime::currentDateTime());
+    else
+        m_connecting.remove(domain);
+    touch(domain);
+}
+
+int ProjectListModel::rowOf(const QString& domain) const {
+    for (int row = 0; row < count(); ++row) {
+        if (m_projects.at(m_visible.at(row)).domain == domain)
+            return row;
+    }
+    return -1;
+}
+
+void ProjectListModel::touch(const QString& domain) {
+    if (const int row = rowOf(domain); row >= 0)
+        Q_EMIT dataChanged(index(row), index(row));
+}
+
+int ProjectListModel::rowCount(const QModelIndex& parent) const {
+    return parent.isValid() ? 0 : count();
+}
+
+QVariant ProjectListModel::data(const QModelIndex& index, int role) const {
+    if (!checkIndex(index, CheckIndexOption::IndexIsValid))
+        return {};
+    const Project& project = m_projects.at(m_visible.at(index.row()));
+    switch (role) {
+    case titleRole:
+        return project.title();
+    case domainRole:
+        return project.domain;
+    case connectedRole:
+        return m_connected.contains(project.domain);
+    case connectingRole:
+        return m_connecting.contains(project.domain);
+    case connectingSinceRole:
+        return m_connecting.value(project.domain);
+    case actionsRole:
+        return QVariant::fromValue(RowActions::of(m_user, m_connected.contains(project.domain)));
+    default:
+        return {};
+    }
+}
+
+QHash<int, QByteArray> ProjectListModel::roleNames() const {
+    return {{titleRole, "title"},         {domainRole, "domain"},
+            {connectedRole, "connected"}, {connectingRole, "connecting"},
+            {actionsRole, "actions"},     {connectingSinceRole, "connectingSince"}};
+}

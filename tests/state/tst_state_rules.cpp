@@ -1,0 +1,171 @@
+#include "State/AccountRules.h"
+#include "State/ActivityLog.h"
+#include "State/ProjectListModel.h"
+#include "State/ProjectOrder.h"
+#include "State/RowActions.h"
+
+#include <QAbstractItemModelTester>
+#include <QSignalSpy>
+#include <QTest>
+
+namespace {
+const std::optional<QString> none;
+
+Project projectAt(const QString& domain, const std::optional<QString>& name = none) {
+    return {domain, name, QStringLiteral("1"), QStringLiteral("/"), ProjectType::ssh};
+}
+
+Account accountWith(const char* id, const std::optional<QString>& email) {
+    return {QString::fromUtf8(id), email, QString::fromUtf8(id)};
+}
+
+QString idsOf(const QList<Account>& accounts) {
+    QString ids;
+    for (const Account& account : accounts)
+        ids += account.id;
+    return ids;
+}
+} // namespace
+
+class TestStateRules : public QObject {
+    Q_OBJECT
+
+  private Q_SLOTS:
+
+    void logKeepsTheNewest() {
+        ActivityLog log;
+        const QAbstractItemModelTester tester(&log);
+        for (int i = 0; i < 500; ++i)
+            log.append(QString::number(i), ActivityLogLevel(i % 4));
+        QCOMPARE(log.count(), 120);
+        QCOMPARE(log.entries().first().message, QStringLiteral("380"));
+        QCOMPARE(log.entries().last().message, QStringLiteral("499"));
+        const QModelIndex last = log.index(119);
+        QCOMPARE(log.data(last, ActivityLog::symbolRole).toString(), QStringLiteral("xmark.octagon.fill"));
+        QCOMPARE(log.data(last, ActivityLog::timeRole).toString().size(), 8);
+        log.clear();
+        QCOMPARE(log.count(), 0);
+    }
+
+    void projectsAreSortedAsPeopleDo() {
+        QLocale::setDefault(QLocale(QLocale::German));
+        Project second = projectAt(QStringLiteral("a.example"));
+        second.webspaceID = QStringLiteral("2");
+        const QList<Project> sorted = sortedByDomain(
+            {projectAt(QStringLiteral("b.example")), projectAt(QStringLiteral("A.example")), second,
+             projectAt(QStringLiteral("ä.example")), projectAt(QStringLiteral("c.example"))});
+        QStringList domains;
+        for (const Project& project : sorted)
+            domains.append(project.domain + project.webspaceID);
+        QCOMPARE(domains, (QStringList{QStringLiteral("A.example1"), QStringLiteral("a.example2"),
+                                       QStringLiteral("ä.example1"), QStringLiteral("b.example1"),
+                                       QStringLiteral("c.example1")}));
+    }
+
+    void search_data() {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<int>("hits");
+        QTest::newRow("nothing asked") << " " << 3;
+        QTest::newRow("case and diacritics") << "BACKEREI kornblume" << 1;
+        QTest::newRow("words in any order") << "example bäckerei" << 1;
+        QTest::newRow("name and domain") << "shop www" << 1;
+        QTest::newRow("no name") << "nackt" << 1;
+        QTest::newRow("sharp s") << "STRASSE" << 1;
+        QTest::newRow("across the border of name and domain") << "kornblumewww" << 0;
+        QTest::newRow("one word misses") << "shop kornblume" << 0;
+    }
+
+    void search() {
+        QFETCH(QString, text);
+        QFETCH(int, hits);
+        ProjectListModel model;
+        const QAbstractItemModelTester tester(&model);
+        model.setProjects(
+            {projectAt(QStringLiteral("www.kornblume.example"), QStringLiteral("Bäckerei Kornblume")),
+             projectAt(QStringLiteral("www.s.example"), QStringLiteral("Shop in der Straße")),
+             projectAt(QStringLiteral("nackt.example"))});
+        model.setSearchText(text);
+        QCOMPARE(model.count(), hits);
+    }
+
+    void rowsTellWhatChanges() {
+        ProjectListModel model;
+        model.setProjects({projectAt(QStringLiteral("a.example")), projectAt(QStringLiteral("b.example"))});
+        QSignalSpy changed(&model, &QAbstractItemModel::dataChanged);
+        model.setConnecting(QStringLiteral("b.example"), true);
+        QVERIFY(model.data(model.index(1), ProjectListModel::connectingSinceRole).toDateTime().isValid());
+        model.setConnecting(QStringLiteral("b.example"), false);
+        model.setConnectedDomains({QStringLiteral("b.example")});
+        QCOMPARE(changed.size(), 3);
+        QCOMPARE(changed.at(2).at(0).toModelIndex().row(), 1);
+        QVERIFY(model.data(model.index(1), ProjectListModel::connectedRole).toBool());
+        model.setSearchText(QStringLiteral("b.ex"));
+        QCOMPARE(model.rowOf(QStringLiteral("b.example")), 0);
+        QCOMPARE(model.rowOf(QStringLiteral("a.example")), -1);
+    }
+
+    void rowButtons_data() {
+        QTest::addColumn<int>("coder"); // -1: absent
+        QTest::addColumn<int>("database");
+        QTest::addColumn<bool>("connected");
+        QTest::addColumn<QString>("shown"); // connect, disconnect, vscode, finder, ssh, database
+        QTest::newRow("nobody") << -2 << -1 << true << "000000";
+        QTest::newRow("flag absent") << -1 << 1 << true << "000000";
+        QTest::newRow("editor") << 0 << 1 << false << "000000";
+        QTest::newRow("coder") << 1 << -1 << false << "100010";
+        QTest::newRow("coder, mounted") << 1 << 0 << true << "011110";
+        QTest::newRow("coder with database") << 1 << 1 << true << "011111";
+    }
+
+    void rowButtons() {
+        QFETCH(int, coder);
+        QFETCH(int, database);
+        QFETCH(bool, connected);
+        QFETCH(QString, shown);
+        const auto flag = [](int value) { return value < 0 ? std::nullopt : std::optional(value == 1); };
+        std::optional<UserProfile> user;
+        if (coder > -2)
+            user = UserProfile{QStringLiteral("E"), none, flag(coder), flag(database)};
+        const RowActions actions = RowActions::of(user, connected);
+        QString actual;
+        for (const bool button : {actions.connect, actions.disconnect, actions.vscode, actions.finder,
+                                  actions.ssh, actions.database})
+            actual += button ? QLatin1Char('1') : QLatin1Char('0');
+        QCOMPARE(actual, shown);
+        QVERIFY(actions.cache && actions.safari);
+    }
+
+    void accountsAreRecognised() {
+        const QList<Account> known{accountWith("1", QStringLiteral("a@x.example")), accountWith("2", none),
+                                   accountWith("3", QStringLiteral("STRASSE@x.example"))};
+        QCOMPARE(knownAccount(known, QStringLiteral("2"), QStringLiteral("a@x.example"))->id,
+                 QStringLiteral("2"));
+        QCOMPARE(knownAccount(known, QStringLiteral("9"), QStringLiteral("A@X.example"))->id,
+                 QStringLiteral("1"));
+        QCOMPARE(knownAccount(known, QStringLiteral("9"), QStringLiteral("straße@x.example"))->id,
+                 QStringLiteral("3"));
+        QCOMPARE(knownAccount(known, QStringLiteral("9"), none), std::nullopt);
+        QCOMPARE(knownAccount(known, QStringLiteral("9"), QString()), std::nullopt);
+    }
+
+    void duplicatesGoAndTheActiveOneStays() {
+        const QList<Account> accounts{accountWith("1", QStringLiteral("a@x.example")), accountWith("2", none),
+                                      accountWith("3", QStringLiteral("A@x.example")),
+                                      accountWith("4", QString()), accountWith("5", QString())};
+        QCOMPARE(idsOf(withoutDuplicates(accounts, QStringLiteral("2"))), QStringLiteral("1245"));
+        QCOMPARE(idsOf(withoutDuplicates(accounts, QStringLiteral("3"))), QStringLiteral("2345"));
+    }
+
+    void namesFallBack() {
+        const QString id = QStringLiteral("id");
+        const QString profile = QStringLiteral("P");
+        const QString email = QStringLiteral("e@x");
+        QCOMPARE(displayNameFor(QStringLiteral("N"), profile, email, id), QStringLiteral("N"));
+        QCOMPARE(displayNameFor(QString(), profile, email, id), profile);
+        QCOMPARE(displayNameFor(none, none, email, id), email);
+        QCOMPARE(displayNameFor(none, none, none, id), id);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestStateRules)
+#include "tst_state_rules.moc"
