@@ -1,0 +1,83 @@
+import QtQuick
+import Harvellon.Desktop
+import Harvellon.State
+
+/// Who uses the panel: the badge, or the way to sign in.
+Card {
+    id: card
+
+    required property AppState state
+    required property PanelContent content
+
+    function focusSignIn() {
+        signIn.forceActiveFocus(Qt.TabFocusReason);
+    }
+
+    Accessible.name: "Account"
+    Accessible.role: Accessible.Grouping
+
+    UserBadgeView {
+        anchors.fill: parent
+        loading: card.state.isLoading
+        name: card.content.personName
+        projectCount: card.content.firstLoad ? -1 : card.state.projectCount
+        showStatus: card.state.signedIn
+        visible: card.content.badgeShown
+    }
+
+    Item {
+        anchors.fill: parent
+        visible: !card.content.badgeShown
+
+        Rectangle {
+            color: Theme.bg
+            height: 28
+            radius: 14
+            width: 28
+            x: 11
+            y: 8
+
+            SymbolIcon {
+                anchors.centerIn: parent
+                color: Theme.secondary
+                size: Theme.smallIconSize
+                symbol: "person.fill"
+            }
+        }
+
+        Text {
+            Accessible.name: text
+            Accessible.role: Accessible.StaticText
+            anchors.verticalCenter: parent.verticalCenter
+            color: Theme.ink
+            font.pixelSize: Theme.bodySize
+            font.weight: Font.DemiBold
+            text: card.state.isAuthenticating ? "Warte auf Browser-Login..." : "Nicht angemeldet"
+            textFormat: Text.PlainText
+            x: 50
+        }
+
+        TextButton {
+            id: signIn
+
+            anchors.right: parent.right
+            anchors.rightMargin: 7
+            anchors.verticalCenter: parent.verticalCenter
+            primary: true
+            text: "Mit Harvellon anmelden"
+            visible: !card.state.isAuthenticating
+
+            onClicked: card.state.startAddAccount()
+        }
+
+        TextButton {
+            anchors.right: parent.right
+            anchors.rightMargin: 7
+            anchors.verticalCenter: parent.verticalCenter
+            text: "Abbrechen"
+            visible: card.state.isAuthenticating
+
+            onClicked: card.state.startCancelLogin()
+        }
+    }
+}

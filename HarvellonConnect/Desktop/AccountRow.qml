@@ -1,0 +1,83 @@
+import QtQuick
+import QtQuick.Templates as T
+import Harvellon.Desktop
+import Harvellon.State
+
+/// A login: choosing it makes it the active one.
+T.ItemDelegate {
+    id: row
+
+    required property AppState state
+    required property string accountID
+    required property string displayName
+    required property string email
+    required property bool active
+
+    Accessible.description: (active ? "Aktiver Account" : "Zu diesem Account wechseln") + (email ? ", " + email : "")
+    Accessible.name: displayName
+    Accessible.selected: active
+    Accessible.onPressAction: row.clicked()
+    focusPolicy: Qt.TabFocus
+    height: 48
+
+    Keys.onEnterPressed: clicked()
+    Keys.onReturnPressed: clicked()
+    onClicked: state.startSwitchAccount(accountID)
+
+    background: Rectangle {
+        border.color: row.visualFocus ? Theme.focus : "transparent"
+        border.width: row.visualFocus ? 2 : 0
+        color: row.hovered ? Theme.rowHover : Theme.card
+        radius: Theme.rowRadius
+        width: row.width - 12
+        x: 6
+    }
+
+    SymbolIcon {
+        color: row.active ? Theme.okInk : Theme.secondary
+        size: 24
+        symbol: row.active ? "person.crop.circle.badge.checkmark" : "person.crop.circle"
+        x: Theme.inset
+        y: 12
+    }
+
+    Text {
+        color: Theme.ink
+        elide: Text.ElideRight
+        font.pixelSize: Theme.bodySize
+        font.weight: row.active ? Font.DemiBold : Font.Medium
+        height: 17
+        text: row.displayName
+        textFormat: Text.PlainText
+        verticalAlignment: Text.AlignVCenter
+        width: remove.x - 12 - x
+        x: 50
+        y: row.email ? 7 : 15
+    }
+
+    Text {
+        color: Theme.secondary
+        elide: Text.ElideMiddle
+        font.pixelSize: Theme.captionSize
+        height: 14
+        text: row.email
+        textFormat: Text.PlainText
+        verticalAlignment: Text.AlignVCenter
+        width: remove.x - 12 - x
+        x: 50
+        y: 25
+    }
+
+    TextButton {
+        id: remove
+
+        Accessible.description: row.displayName
+        anchors.right: parent.right
+        anchors.rightMargin: 14
+        dangerous: true
+        text: "Account entfernen"
+        y: 9
+
+        onClicked: row.state.startRemoveAccount(row.accountID)
+    }
+}

@@ -1,0 +1,127 @@
+pragma ComponentBehavior: Bound
+import QtQuick
+import QtQuick.Templates as T
+import Harvellon.State
+
+/// The logins of this program, and the way to another one.
+Card {
+    id: card
+
+    required property AppState state
+
+    readonly property bool empty: state.accountList.count === 0
+
+    Accessible.name: "Accounts"
+    Accessible.role: Accessible.Grouping
+
+    ListView {
+        id: list
+
+        Accessible.name: "Accounts"
+        Accessible.role: Accessible.List
+        boundsBehavior: Flickable.StopAtBounds
+        clip: true
+        height: Math.min(contentHeight, card.height - y - 56)
+        interactive: count > 2
+        model: card.state.accountList
+        visible: !card.empty
+        width: parent.width
+        y: 4
+
+        T.ScrollBar.vertical: T.ScrollBar {
+            Accessible.ignored: true
+            implicitWidth: 6
+            policy: list.interactive ? T.ScrollBar.AlwaysOn : T.ScrollBar.AlwaysOff
+            rightPadding: 3
+            visible: policy === T.ScrollBar.AlwaysOn
+
+            contentItem: Rectangle {
+                color: Theme.outline
+                radius: 1.5
+            }
+        }
+        delegate: AccountRow {
+            state: card.state
+            width: list.width
+        }
+    }
+
+    TextButton {
+        text: "Account hinzufügen"
+        visible: !card.empty && !card.state.isAuthenticating
+        x: 50
+        y: list.y + list.height + 12
+
+        onClicked: card.state.startAddAccount()
+    }
+
+    Text {
+        id: waiting
+
+        Accessible.name: text
+        Accessible.role: Accessible.StaticText
+        color: Theme.ink
+        font.pixelSize: Theme.bodySize
+        font.weight: Font.Medium
+        text: "Warte auf Browser-Login..."
+        visible: card.state.isAuthenticating
+        x: card.empty ? (card.width - width) / 2 : 50
+        y: card.empty ? 96 : list.y + list.height + 19
+    }
+
+    TextButton {
+        anchors.right: parent.right
+        anchors.rightMargin: 14
+        anchors.verticalCenter: waiting.verticalCenter
+        text: "Abbrechen"
+        visible: card.state.isAuthenticating
+
+        onClicked: card.state.startCancelLogin()
+    }
+
+    Column {
+        anchors.horizontalCenter: parent.horizontalCenter
+        spacing: 4
+        visible: card.empty
+        width: parent.width - 2 * Theme.inset
+        y: 28
+
+        Text {
+            Accessible.name: text
+            Accessible.role: Accessible.StaticText
+            color: Theme.ink
+            font.pixelSize: Theme.bodySize
+            font.weight: Font.DemiBold
+            horizontalAlignment: Text.AlignHCenter
+            text: "Nicht angemeldet"
+            visible: !card.state.isAuthenticating
+            width: parent.width
+        }
+
+        Text {
+            Accessible.name: text
+            Accessible.role: Accessible.StaticText
+            color: Theme.secondary
+            font.pixelSize: Theme.labelSize
+            horizontalAlignment: Text.AlignHCenter
+            text: "Melde dich an, um deine Projekte zu verwalten."
+            visible: !card.state.isAuthenticating
+            width: parent.width
+        }
+
+        Item {
+            height: 8
+            width: 1
+        }
+
+        TextButton {
+            anchors.horizontalCenter: parent.horizontalCenter
+            primary: true
+            symbol: "arrow.right.circle.fill"
+            text: "Mit Harvellon anmelden"
+            visible: !card.state.isAuthenticating
+
+            onClicked: card.state.startAddAccount()
+        }
+    }
+}

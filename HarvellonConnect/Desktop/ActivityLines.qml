@@ -1,0 +1,37 @@
+pragma ComponentBehavior: Bound
+import QtQuick
+import QtQuick.Templates as T
+import Harvellon.State
+
+/// The lines of the activity log, the newest at the bottom and in view.
+ListView {
+    id: lines
+
+    required property ActivityLog log
+
+    Accessible.name: "Aktivitaet"
+    Accessible.role: Accessible.List
+    boundsBehavior: Flickable.StopAtBounds
+    clip: true
+    model: visible ? log : null
+    reuseItems: true
+
+    T.ScrollBar.vertical: T.ScrollBar {
+        Accessible.ignored: true
+        implicitWidth: 6
+        minimumSize: 0.1
+        policy: lines.contentHeight > lines.height ? T.ScrollBar.AlwaysOn : T.ScrollBar.AlwaysOff
+        rightPadding: 3
+        visible: policy === T.ScrollBar.AlwaysOn
+
+        contentItem: Rectangle {
+            color: Theme.outline
+            radius: 1.5
+        }
+    }
+    delegate: ActivityRow {
+        width: lines.width
+    }
+
+    onCountChanged: positionViewAtEnd()
+}

@@ -1,0 +1,47 @@
+import QtQuick
+import Harvellon.Desktop
+
+/// One line of the activity log.
+Item {
+    id: row
+
+    required property string time
+    required property string symbol
+    required property int level
+    required property string message
+
+    Accessible.description: time
+    Accessible.name: message
+    Accessible.role: Accessible.ListItem
+    height: 22
+
+    Text {
+        anchors.verticalCenter: parent.verticalCenter
+        color: Theme.secondary
+        font.pixelSize: Theme.captionSize
+        text: row.time
+        textFormat: Text.PlainText
+        x: Theme.inset
+    }
+
+    SymbolIcon {
+        anchors.verticalCenter: parent.verticalCenter
+        color: Theme.levels[row.level]
+        size: 14
+        symbol: row.symbol
+        x: 70
+    }
+
+    Text {
+        anchors.left: parent.left
+        anchors.leftMargin: 92
+        anchors.right: parent.right
+        anchors.rightMargin: 14
+        anchors.verticalCenter: parent.verticalCenter
+        color: Theme.ink
+        elide: Text.ElideMiddle
+        font.pixelSize: Theme.labelSize
+        text: row.message
+        textFormat: Text.PlainText
+    }
+}

@@ -1,0 +1,73 @@
+import QtQuick
+import Harvellon.State
+
+/// What the program did, newest line in view.
+Card {
+    id: card
+
+    required property AppState state
+    property bool isActivityExpanded: false
+
+    Accessible.name: "Aktivitaet"
+    Accessible.role: Accessible.Grouping
+    clip: true
+    height: isActivityExpanded ? 160 : 40
+
+    Behavior on height {
+        NumberAnimation {
+            duration: Theme.slide
+            easing.type: Easing.OutCubic
+        }
+    }
+
+    Text {
+        Accessible.name: text
+        Accessible.role: Accessible.Heading
+        color: Theme.ink
+        font.pixelSize: Theme.bodySize
+        font.weight: Font.DemiBold
+        height: 40
+        text: "Aktivitaet"
+        verticalAlignment: Text.AlignVCenter
+        x: Theme.inset
+    }
+
+    Row {
+        anchors.right: parent.right
+        anchors.rightMargin: 4
+        spacing: 4
+        y: 8
+
+        LinkButton {
+            text: card.isActivityExpanded ? "Ausblenden" : "Anzeigen"
+
+            onClicked: card.isActivityExpanded = !card.isActivityExpanded
+        }
+
+        LinkButton {
+            enabled: card.state.activityLog.count > 0
+            text: "Leeren"
+
+            onClicked: card.state.clearActivityLog()
+        }
+    }
+
+    Text {
+        Accessible.name: text
+        Accessible.role: Accessible.StaticText
+        color: Theme.secondary
+        font.pixelSize: Theme.labelSize
+        text: "Aktionen erscheinen hier bei Verbinden oder Trennen."
+        visible: card.isActivityExpanded && card.state.activityLog.count === 0
+        x: Theme.inset
+        y: 42
+    }
+
+    ActivityLines {
+        height: 112
+        log: card.state.activityLog
+        visible: card.isActivityExpanded
+        width: parent.width
+        y: 40
+    }
+}

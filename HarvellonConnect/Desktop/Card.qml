@@ -1,0 +1,7 @@
+import QtQuick
+
+Rectangle {
+    color: Theme.card
+    border.color: Theme.cardEdge
+    radius: Theme.cardRadius
+}

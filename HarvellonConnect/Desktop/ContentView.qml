@@ -1,0 +1,147 @@
+import QtQuick
+import Harvellon.Desktop
+import Harvellon.State
+
+/// The main panel.
+FocusScope {
+    id: panel
+
+    required property AppState state
+    required property string versionText
+    /// As a popover the panel draws its own corners.
+    property bool rounded: true
+    property alias isActivityExpanded: activity.isActivityExpanded
+
+    readonly property bool hasError: state.lastError !== ""
+
+    signal closeRequested
+    signal settingsRequested
+    signal updatesRequested
+    signal quitRequested
+
+    function opened() {
+        content.searchEnabled ? search.focusField() : account.focusSignIn();
+        search.selectAll();
+    }
+
+    function showProject(domain: string) {
+        keys.showProject(domain);
+    }
+
+    Accessible.name: "Harvellon Connect"
+    Accessible.role: Accessible.Pane
+    focus: true
+    height: 660
+    width: 640
+
+    Keys.onPressed: event => event.accepted = keys.pressElsewhere(event.key, event.modifiers, event.text)
+
+    PanelContent {
+        id: content
+
+        state: panel.state
+    }
+
+    PanelKeys {
+        id: keys
+
+        state: panel.state
+
+        onActivityRequested: activity.isActivityExpanded = !activity.isActivityExpanded
+        onCloseRequested: panel.closeRequested()
+        onQuitRequested: panel.quitRequested()
+        onRowMoved: search.focusField()
+        onSettingsRequested: panel.settingsRequested()
+        onTyped: text => search.type(text)
+        onUpdatesRequested: panel.updatesRequested()
+    }
+
+    Rectangle {
+        anchors.fill: parent
+        border.color: Theme.cardEdge
+        border.width: panel.rounded ? 1 : 0
+        color: Theme.bg
+        radius: panel.rounded ? Theme.cardRadius : 0
+    }
+
+    PanelHeader {
+        height: 36
+        state: panel.state
+        width: parent.width - 2 * x
+        x: Theme.panelMargin
+        y: 13
+
+        onQuitRequested: panel.quitRequested()
+        onSettingsRequested: panel.settingsRequested()
+        onUpdatesRequested: panel.updatesRequested()
+    }
+
+    AccountCard {
+        id: account
+
+        content: content
+        height: 44
+        state: panel.state
+        width: parent.width - 2 * x
+        x: Theme.panelMargin
+        y: 60
+    }
+
+    SearchBar {
+        id: search
+
+        enabled: content.searchEnabled
+        focus: true
+        height: 32
+        keys: keys
+        state: panel.state
+        width: parent.width - 2 * x
+        x: Theme.panelMargin
+        y: 112
+    }
+
+    ErrorLine {
+        height: 32
+        text: panel.state.lastError
+        visible: panel.hasError
+        width: parent.width - 2 * x
+        x: Theme.panelMargin
+        y: 152
+
+        onDismissed: panel.state.dismissLastError()
+    }
+
+    ProjectList {
+        content: content
+        height: activity.y - Theme.gap - y
+        keys: keys
+        state: panel.state
+        width: parent.width - 2 * x
+        x: Theme.panelMargin
+        y: panel.hasError ? 192 : 152
+    }
+
+    ActivitySection {
+        id: activity
+
+        state: panel.state
+        width: parent.width - 2 * x
+        x: Theme.panelMargin
+        y: 634 - height
+    }
+
+    Text {
+        Accessible.name: text
+        Accessible.role: Accessible.StaticText
+        anchors.horizontalCenter: parent.horizontalCenter
+        color: Theme.footer
+        font.pixelSize: Theme.captionSize
+        height: 26
+        text: "Harvellon Connect " + panel.versionText
+        textFormat: Text.PlainText
+        verticalAlignment: Text.AlignVCenter
+        y: 634
+    }
+
+    HelpTip {}
+}

@@ -1,0 +1,78 @@
+pragma ComponentBehavior: Bound
+import QtQuick
+
+/// The list before anything is known of it: rows of nothing, on the real places.
+Item {
+    id: ghosts
+
+    Accessible.name: "Projekte werden geladen ..."
+    Accessible.role: Accessible.StaticText
+
+    SequentialAnimation on opacity {
+        loops: Animation.Infinite
+        running: ghosts.visible && !Theme.still
+
+        NumberAnimation {
+            duration: Theme.pulse / 2
+            easing.type: Easing.InOutQuad
+            from: 1
+            to: 0.55
+        }
+
+        NumberAnimation {
+            duration: Theme.pulse / 2
+            easing.type: Easing.InOutQuad
+            from: 0.55
+            to: 1
+        }
+    }
+
+    Repeater {
+        model: [[128, 180], [154, 145], [96, 132], [140, 190], [118, 172]]
+
+        Item {
+            id: ghost
+
+            required property int index
+            required property var modelData
+
+            height: Theme.rowHeight
+            opacity: 1 - index * 0.17
+            width: ghosts.width
+            y: index * Theme.rowHeight
+
+            Rectangle {
+                color: Theme.ghost
+                height: 9
+                radius: 4
+                width: ghost.modelData[0]
+                x: 8
+                y: 8
+            }
+
+            Rectangle {
+                color: Theme.ghost
+                height: 7
+                radius: 3
+                width: ghost.modelData[1]
+                x: 8
+                y: 24
+            }
+
+            Repeater {
+                model: [Theme.slotConnect, Theme.slotSSH, Theme.slotDB, Theme.slotCache, Theme.slotSafari]
+
+                Rectangle {
+                    required property int modelData
+
+                    color: Theme.ghost
+                    height: Theme.buttonSide
+                    radius: Theme.buttonRadius
+                    width: Theme.buttonSide
+                    x: ghost.width - 6 - Theme.railWidth + modelData
+                    y: 5
+                }
+            }
+        }
+    }
+}

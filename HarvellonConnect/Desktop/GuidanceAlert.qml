@@ -1,0 +1,95 @@
+pragma ComponentBehavior: Bound
+import QtQuick
+import Harvellon.Desktop
+
+/// An alert that helps the user on: the last of its buttons leaves everything as it is.
+FocusScope {
+    id: alert
+
+    required property string title
+    required property string text
+    required property list<string> buttons
+
+    signal answered(int button)
+
+    Accessible.description: text
+    Accessible.name: title
+    Accessible.role: Accessible.AlertMessage
+    focus: true
+    height: 20 + column.height + 20
+    width: 480
+
+    Keys.onEscapePressed: alert.answered(-1)
+
+    Rectangle {
+        anchors.fill: parent
+        color: Theme.bg
+    }
+
+    SymbolIcon {
+        color: Theme.warn
+        size: 28
+        symbol: "exclamationmark.triangle.fill"
+        x: Theme.settingsMargin
+        y: 20
+    }
+
+    Column {
+        id: column
+
+        spacing: 12
+        width: parent.width - x - Theme.settingsMargin
+        x: 64
+        y: 20
+
+        Text {
+            Accessible.name: text
+            Accessible.role: Accessible.Heading
+            color: Theme.ink
+            font.pixelSize: Theme.titleSize
+            font.weight: Font.DemiBold
+            text: alert.title
+            textFormat: Text.PlainText
+            width: parent.width
+            wrapMode: Text.Wrap
+        }
+
+        TextEdit {
+            Accessible.name: text
+            Accessible.role: Accessible.StaticText
+            activeFocusOnPress: false
+            color: Theme.ink
+            font.pixelSize: Theme.labelSize
+            readOnly: true
+            selectByMouse: true
+            selectedTextColor: Theme.primaryInk
+            selectionColor: Theme.focus
+            text: alert.text
+            textFormat: TextEdit.PlainText
+            width: parent.width
+            wrapMode: TextEdit.Wrap
+        }
+
+        // Beside each other with the way out at the left, the first and most useful at the right.
+        Row {
+            anchors.right: parent.right
+            layoutDirection: Qt.RightToLeft
+            spacing: 8
+
+            Repeater {
+                model: alert.buttons
+
+                TextButton {
+                    required property int index
+                    required property string modelData
+
+                    focus: index === 0
+                    primary: index === 0
+                    text: modelData
+
+                    onClicked: alert.answered(index)
+                }
+            }
+        }
+    }
+}

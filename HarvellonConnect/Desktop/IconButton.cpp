@@ -1,0 +1,173 @@
+#include "Desktop/IconButton.h"
+
+#include "Desktop/HelpTips.h"
+
+#include <QQmlEngine>
+#include <QQuickWindow>
+
+namespace {
+constexpr int hoverDuration = 120;
+constexpr int pressDuration = 80;
+constexpr int releaseDuration = 120;
+} // namespace
+
+IconButton::IconButton(QQuickItem* parent) : PixelItem(parent) {
+    setImplicitSize(side, side);
+    setAcceptHoverEvents(true);
+    setAcceptedMouseButtons(Qt::LeftButton);
+}
+
+IconButton::~IconButton() = default;
+
+template <typename Value>
+void IconButton::change(Value& member, const Value& value) {
+    if (member == value)
+        return;
+    member = value;
+    Q_EMIT lookChanged();
+    update();
+}
+
+void IconButton::setSymbol(const QString& symbol) {
+    change(m_symbol, symbol);
+}
+
+void IconButton::setTint(const QColor& tint) {
+    change(m_tint, tint);
+}
+
+void IconButton::setHoverTint(const QColor& tint) {
+    change(m_hoverTint, tint);
+}
+
+void IconButton::setBackground(const QColor& background) {
+    change(m_background, background);
+}
+
+void IconButton::setOutline(const QColor& outline) {
+    change(m_outline, outline);
+}
+
+void IconButton::setRingColor(const QColor& color) {
+    change(m_ringColor, color);
+}
+
+void IconButton::setIsHovered(bool hovered) {
+    if (hovered == m_isHovered)
+        return;
+    m_isHovered = hovered;
+    ease(m_hoverLight, hovered ? 1 : 0, hoverDuration);
+    Q_EMIT isHoveredChanged();
+}
+
+QImage IconButton::picture(qreal ratio) const {
+    IconButtonStyle style;
+    style.symbol = m_symbol;
+    style.tint = m_isHovered && m_hoverTint.isValid() ? m_hoverTint : m_tint;
+    style.background = m_background;
+    style.outline = m_outline;
+    if (m_ringShown)
+        style.ring = m_ringColor;
+    style.isHovered = m_hoverLight.value;
+    style.isPressed = m_pressLight.value;
+    return style.picture(width(), ratio);
+}
+
+void IconButton::ease(Eased& eased, qreal target, int milliseconds) {
+    if (!isVisible() || !window() || milliseconds == 0) {
+        eased.animation.reset();
+        eased.value = target;
+        update();
+        return;
+    }
+    if (!eased.animation) {
+        eased.animation = std::make_unique<QVariantAnimation>();
+        eased.animation->setEasingCurve(QEasingCurve::OutCubic);
+        connect(eased.animation.get(), &QVariantAnimation::valueChanged, this,
+                [this, &eased](const QVariant& value) {
+                    eased.value = value.toReal();
+                    update();
+                });
+    }
+    eased.animation->stop();
+    eased.animation->setDuration(milliseconds);
+    eased.animation->setStartValue(eased.value);
+    eased.animation->setEndValue(target);
+    eased.animation->start();
+}
+
+void IconButton::setHovered(bool hovered) {
+    if (hovered == m_hovered)
+        return;
+    m_hovered = hovered;
+    if (HelpTips* tips = HelpTips::of(this))
+        hovered ? tips->enter(this, m_help, m_keys) : tips->leave(this);
+    Q_EMIT hoveredChanged();
+}
+
+void IconButton::setPressed(bool pressed) {
+    if (pressed == m_pressed)
+        return;
+    m_pressed = pressed;
+    ease(m_pressLight, pressed ? 1 : 0, pressed ? pressDuration : releaseDuration);
+}
+
+void IconButton::hoverEnterEvent(QHoverEvent*) {
+    setHovered(true);
+}
+
+void IconButton::hoverLeaveEvent(QHoverEvent*) {
+    setHovered(false);
+}
+
+void IconButton::mousePressEvent(QMouseEvent*) {
+    if (HelpTips* tips = HelpTips::of(this))
+        tips->leave(this);
+    setPressed(true);
+}
+
+void IconButton::mouseMoveEvent(QMouseEvent* event) {
+    setPressed(contains(event->position()));
+}
+
+void IconButton::mouseReleaseEvent(QMouseEvent* event) {
+    const bool hit = m_pressed;
+    setPressed(false);
+    if (hit)
+        Q_EMIT clicked(event->modifiers().testFlag(Qt::ShiftModifier));
+}
+
+void IconButton::mouseUngrabEvent() {
+    setPressed(false);
+}
+
+void IconButton::keyPressEvent(QKeyEvent* event) {
+    const bool presses =
+        event->key() == Qt::Key_Space || event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    const bool plain = !(event->modifiers() & ~(Qt::ShiftModifier | Qt::KeypadModifier));
+    if (!presses || !plain) {
+        event->ignore();
+        return;
+    }
+    if (!event->isAutoRepeat())
+        Q_EMIT clicked(event->modifiers().testFlag(Qt::ShiftModifier));
+}
+
+void IconButton::focusInEvent(QFocusEvent* event) {
+    m_ringShown = event->reason() != Qt::MouseFocusReason;
+    update();
+}
+
+void IconButton::focusOutEvent(QFocusEvent*) {
+    m_ringShown = false;
+    update();
+}
+
+void IconButton::itemChange(ItemChange changed, const ItemChangeData& data) {
+    PixelItem::itemChange(changed, data);
+    // A row that is used again for another project must not bring the pointer along.
+    if (changed == ItemVisibleHasChanged && !data.boolValue) {
+        setHovered(false);
+        setPressed(false);
+    }
+}

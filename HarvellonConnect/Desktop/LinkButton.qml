@@ -1,0 +1,43 @@
+import QtQuick
+import QtQuick.Templates as T
+
+/// A button that is nothing but its word.
+T.Button {
+    id: button
+
+    Accessible.name: text
+    Accessible.onPressAction: button.clicked()
+    focusPolicy: Qt.TabFocus
+    font.family: Theme.family
+    font.pixelSize: Theme.labelSize
+    font.weight: Font.Medium
+    implicitHeight: 24
+    implicitWidth: contentItem.implicitWidth + 16
+    opacity: enabled ? 1 : 0.38
+
+    Keys.onEnterPressed: clicked()
+    Keys.onReturnPressed: clicked()
+
+    background: Item {
+        Rectangle {
+            anchors.fill: parent
+            color: Theme.ink
+            opacity: button.down ? 0.12 : button.hovered ? 0.07 : 0
+            radius: Theme.buttonRadius
+        }
+
+        FocusRing {
+            anchors.margins: -1
+            radius: Theme.rowRadius
+            visible: button.visualFocus
+        }
+    }
+    contentItem: Text {
+        color: Theme.ink
+        font: button.font
+        horizontalAlignment: Text.AlignHCenter
+        text: button.text
+        textFormat: Text.PlainText
+        verticalAlignment: Text.AlignVCenter
+    }
+}

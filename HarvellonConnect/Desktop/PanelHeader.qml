@@ -1,0 +1,71 @@
+import QtQuick
+import Harvellon.State
+
+/// The title of the panel, and what concerns the whole program.
+Item {
+    id: header
+
+    required property AppState state
+
+    signal settingsRequested
+    signal updatesRequested
+    signal quitRequested
+
+    Text {
+        Accessible.name: text
+        Accessible.role: Accessible.Heading
+        color: Theme.ink
+        font.pixelSize: Theme.titleSize
+        font.weight: Font.DemiBold
+        height: 20
+        text: "Harvellon Connect"
+        verticalAlignment: Text.AlignVCenter
+    }
+
+    Text {
+        Accessible.name: text
+        Accessible.role: Accessible.StaticText
+        color: Theme.secondary
+        font.pixelSize: Theme.captionSize
+        height: 14
+        text: "Projekte verbinden, mounten und öffnen"
+        verticalAlignment: Text.AlignVCenter
+        y: 21
+    }
+
+    Row {
+        anchors.right: parent.right
+        spacing: 6
+        y: 3
+
+        IconButton {
+            help: "Aktualisieren"
+            keys: "Strg+R"
+            symbol: "arrow.clockwise"
+
+            onTriggered: header.state.startRefresh()
+        }
+
+        IconButton {
+            help: "Auf Updates prüfen"
+            keys: "Strg+U"
+            symbol: "arrow.down.circle"
+
+            onTriggered: header.updatesRequested()
+        }
+
+        IconButton {
+            help: "Einstellungen"
+            keys: "Strg+,"
+            symbol: "gearshape"
+
+            onTriggered: header.settingsRequested()
+        }
+
+        TextButton {
+            text: "Beenden"
+
+            onClicked: header.quitRequested()
+        }
+    }
+}

@@ -1,0 +1,36 @@
+import QtQuick
+
+/// A word with a sign before it, in a coloured lozenge.
+Rectangle {
+    id: pill
+
+    required property string text
+    required property color ink
+    property alias sign: sign.data
+    property real textWidth: label.implicitWidth
+
+    implicitHeight: 20
+    implicitWidth: 6 + 12 + 5 + textWidth + 9
+    radius: 10
+
+    Item {
+        id: sign
+
+        anchors.verticalCenter: parent.verticalCenter
+        height: 12
+        width: 12
+        x: 6
+    }
+
+    Text {
+        id: label
+
+        anchors.verticalCenter: parent.verticalCenter
+        color: pill.ink
+        font.pixelSize: Theme.captionSize
+        font.weight: Font.Medium
+        text: pill.text
+        textFormat: Text.PlainText
+        x: 23
+    }
+}

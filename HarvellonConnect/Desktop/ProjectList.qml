@@ -1,0 +1,109 @@
+pragma ComponentBehavior: Bound
+import QtQuick
+import QtQuick.Templates as T
+import Harvellon.Desktop
+import Harvellon.State
+
+/// The card with the projects, or with what stands in their place.
+Card {
+    id: card
+
+    required property AppState state
+    required property PanelContent content
+    required property PanelKeys keys
+
+    Accessible.name: "Projekte"
+    Accessible.role: Accessible.List
+
+    ListView {
+        id: list
+
+        anchors.bottomMargin: 4
+        anchors.fill: parent
+        anchors.leftMargin: 6
+        anchors.rightMargin: 6
+        anchors.topMargin: 4
+        boundsBehavior: Flickable.StopAtBounds
+        cacheBuffer: 0
+        clip: true
+        currentIndex: -1
+        keyNavigationEnabled: false
+        model: card.state.visibleProjects
+        pixelAligned: true
+        reuseItems: true
+
+        T.ScrollBar.vertical: T.ScrollBar {
+            id: bar
+
+            Accessible.ignored: true
+            bottomPadding: 4
+            implicitWidth: 9
+            minimumSize: 0.08
+            parent: card
+            policy: list.contentHeight > list.height ? T.ScrollBar.AlwaysOn : T.ScrollBar.AlwaysOff
+            rightPadding: 2
+            topPadding: 4
+            visible: policy === T.ScrollBar.AlwaysOn
+            x: card.width - width - 1
+            y: list.y
+            height: list.height
+
+            contentItem: Item {
+                Rectangle {
+                    anchors.right: parent.right
+                    color: bar.pressed || bar.hovered ? Theme.switchOff : Theme.outline
+                    height: parent.height
+                    radius: width / 2
+                    width: bar.pressed || bar.hovered ? 5 : 3
+                }
+            }
+        }
+        delegate: ProjectRow {
+            current: card.keys.currentRow === index
+            state: card.state
+            tabStop: index === Math.max(0, card.keys.currentRow)
+            width: list.width
+        }
+
+        Connections {
+            function onCurrentRowChanged() {
+                list.positionViewAtIndex(card.keys.currentRow, ListView.Contain);
+            }
+
+            target: card.keys
+        }
+    }
+
+    Rectangle {
+        anchors.bottom: list.bottom
+        anchors.left: list.left
+        anchors.right: list.right
+        height: 18
+        visible: !list.atYEnd
+
+        gradient: Gradient {
+            GradientStop {
+                color: Qt.alpha(Theme.card, 0)
+                position: 0
+            }
+
+            GradientStop {
+                color: Theme.card
+                position: 1
+            }
+        }
+    }
+
+    Loader {
+        active: card.content.firstLoad
+        anchors.fill: list
+
+        source: "GhostRows.qml"
+    }
+
+    ListNoticeView {
+        anchors.centerIn: parent
+        notice: card.content.notice
+        width: parent.width - 80
+    }
+}

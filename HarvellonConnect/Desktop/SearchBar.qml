@@ -1,0 +1,104 @@
+import QtQuick
+import QtQuick.Templates as T
+import Harvellon.Desktop
+import Harvellon.State
+
+/// The search, and the button that fills it from the browser.
+Item {
+    id: bar
+
+    required property AppState state
+    required property PanelKeys keys
+
+    function focusField() {
+        field.forceActiveFocus(Qt.OtherFocusReason);
+    }
+
+    function selectAll() {
+        field.selectAll();
+    }
+
+    function type(text: string) {
+        focusField();
+        field.insert(field.cursorPosition, text);
+        state.searchText = field.text;
+    }
+
+    opacity: enabled ? 1 : 0.45
+
+    T.TextField {
+        id: field
+
+        Accessible.name: "Domain suchen"
+        activeFocusOnTab: true
+        color: Theme.ink
+        focus: true
+        font.family: Theme.family
+        font.pixelSize: Theme.bodySize
+        height: 32
+        leftPadding: 34
+        placeholderText: "Domain suchen"
+        placeholderTextColor: Theme.secondary
+        rightPadding: 32
+        selectByMouse: true
+        selectedTextColor: Theme.primaryInk
+        selectionColor: Theme.focus
+        text: bar.state.searchText
+        verticalAlignment: Text.AlignVCenter
+        width: bar.width - 40
+
+        Keys.onPressed: event => event.accepted = bar.keys.press(event.key, event.modifiers)
+        Keys.priority: Keys.BeforeItem
+        onTextEdited: bar.state.searchText = text
+
+        background: Rectangle {
+            border.color: field.activeFocus ? Theme.focus : Theme.outline
+            border.width: field.activeFocus ? 2 : 1
+            color: Theme.card
+            radius: Theme.rowRadius
+        }
+
+        SymbolIcon {
+            anchors.verticalCenter: parent.verticalCenter
+            color: Theme.secondary
+            size: Theme.smallIconSize
+            symbol: "magnifyingglass"
+            x: 10
+        }
+
+        Text {
+            anchors.verticalCenter: parent.verticalCenter
+            color: field.placeholderTextColor
+            font: field.font
+            text: field.placeholderText
+            visible: field.length === 0 && field.preeditText === ""
+            x: field.leftPadding
+        }
+
+        SmallButton {
+            anchors.right: parent.right
+            anchors.rightMargin: 4
+            anchors.verticalCenter: parent.verticalCenter
+            help: "Suche leeren"
+            keys: "Esc"
+            tint: Theme.secondary
+            visible: field.length > 0
+
+            onTriggered: {
+                bar.state.searchText = "";
+                bar.focusField();
+            }
+        }
+    }
+
+    IconButton {
+        anchors.right: parent.right
+        height: 32
+        help: "Domain des aktiven Chrome-Tabs verwenden"
+        keys: "Strg+K"
+        symbol: "scope"
+        width: 32
+
+        onTriggered: bar.state.startFillSearchFromChrome()
+    }
+}

@@ -1,0 +1,90 @@
+import QtQuick
+import Harvellon.State
+
+/// The content of the settings window.
+FocusScope {
+    id: view
+
+    required property AppState state
+    required property string versionText
+
+    readonly property real cardWidth: width - 2 * Theme.settingsMargin
+    /// A taller window gives its room to the accounts.
+    readonly property real extra: Math.max(0, height - 460)
+
+    signal closeRequested
+
+    Accessible.name: "Einstellungen"
+    Accessible.role: Accessible.Pane
+    focus: true
+    height: 460
+    width: 520
+
+    Keys.onEscapePressed: view.closeRequested()
+
+    Shortcut {
+        sequences: ["Ctrl+W"]
+
+        onActivated: view.closeRequested()
+    }
+
+    Rectangle {
+        anchors.fill: parent
+        color: Theme.bg
+    }
+
+    Text {
+        Accessible.name: text
+        Accessible.role: Accessible.Heading
+        color: Theme.ink
+        font.pixelSize: Theme.headingSize
+        font.weight: Font.DemiBold
+        height: 22
+        text: "Einstellungen - Harvellon Connect"
+        verticalAlignment: Text.AlignVCenter
+        x: Theme.settingsMargin
+        y: 18
+    }
+
+    SectionLabel {
+        text: "Accounts"
+        x: Theme.settingsMargin
+        y: 50
+    }
+
+    AccountsSection {
+        height: 156 + view.extra
+        state: view.state
+        width: view.cardWidth
+        x: Theme.settingsMargin
+        y: 70
+    }
+
+    SectionLabel {
+        text: "Tastatur"
+        x: Theme.settingsMargin
+        y: 238 + view.extra
+    }
+
+    HotkeySection {
+        height: 56
+        state: view.state
+        width: view.cardWidth
+        x: Theme.settingsMargin
+        y: 258 + view.extra
+    }
+
+    SectionLabel {
+        text: "Über"
+        x: Theme.settingsMargin
+        y: 326 + view.extra
+    }
+
+    AboutSection {
+        height: 98
+        versionText: view.versionText
+        width: view.cardWidth
+        x: Theme.settingsMargin
+        y: 346 + view.extra
+    }
+}

@@ -1,0 +1,49 @@
+#include "Desktop/SettingsWindowManager.h"
+
+#include "Desktop/QmlViews.h"
+#include "Desktop/StatusBarController.h"
+#include "State/AppState.h"
+
+#include <QCursor>
+#include <QGuiApplication>
+#include <QQuickItem>
+#include <QScreen>
+
+SettingsWindowManager::SettingsWindowManager(QQmlEngine& engine, StatusBarController& statusBar,
+                                             QString versionText, QObject* parent)
+    : QObject(parent), m_engine(engine), m_statusBar(statusBar), m_versionText(std::move(versionText)) {
+    addViews(m_engine);
+}
+
+SettingsWindowManager::~SettingsWindowManager() = default;
+
+void SettingsWindowManager::show(AppState& state) {
+    m_statusBar.close();
+    if (!m_window)
+        makeWindow(state);
+    if (m_window->windowStates().testFlag(Qt::WindowMinimized))
+        m_window->showNormal();
+    else
+        m_window->show();
+    m_window->raise();
+    m_window->requestActivate();
+}
+
+void SettingsWindowManager::makeWindow(AppState& state) {
+    constexpr QSize size{520, 460};
+    m_window = std::make_unique<QQuickView>(&m_engine, nullptr);
+    m_window->setTitle(QStringLiteral("Einstellungen"));
+    m_window->setResizeMode(QQuickView::SizeRootObjectToView);
+    m_window->setMinimumSize(size);
+    m_window->setInitialProperties({{QStringLiteral("state"), QVariant::fromValue(&state)},
+                                    {QStringLiteral("versionText"), m_versionText}});
+    m_window->setSource(viewAddress(QStringLiteral("SettingsView")));
+    if (QQuickItem* const view = m_window->rootObject())
+        connect(view, SIGNAL(closeRequested()), m_window.get(), SLOT(close()));
+
+    QScreen* const pointed = QGuiApplication::screenAt(QCursor::pos());
+    const QRect room = (pointed ? pointed : QGuiApplication::primaryScreen())->availableGeometry();
+    QRect frame(QPoint(0, 0), size);
+    frame.moveCenter(room.center());
+    m_window->setGeometry(frame);
+}

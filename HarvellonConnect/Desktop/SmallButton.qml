@@ -1,0 +1,22 @@
+import QtQuick
+import Harvellon.Desktop
+
+/// A cross without an outline, inside of what it closes or clears.
+BareIconButton {
+    id: button
+
+    signal triggered
+
+    Accessible.name: help
+    Accessible.role: Accessible.Button
+    Accessible.onPressAction: button.clicked(false)
+    activeFocusOnTab: true
+    height: 24
+    isHovered: hovered
+    outline: "transparent"
+    ringColor: Theme.focus
+    symbol: "xmark"
+    width: 24
+
+    onClicked: triggered()
+}

@@ -1,0 +1,175 @@
+#include "Desktop/StatusBarController.h"
+
+#include "Desktop/PanelWindow.h"
+#include "Desktop/PopoverPlacement.h"
+#include "Desktop/QmlViews.h"
+#include "State/AppState.h"
+
+#include <QCursor>
+#include <QGuiApplication>
+#include <QQuickItem>
+#include <QScreen>
+#include <QTimer>
+
+#include <chrono>
+
+using namespace std::chrono_literals;
+
+namespace {
+/// Long enough for the icon to be up first, short enough to be done before anybody reaches for it.
+constexpr auto warmingDelay = 300ms;
+/// At login a bar may start a little after its items.
+constexpr auto patienceForBar = 1s;
+
+QIcon statusIcon() {
+    QIcon icon;
+    for (const int size : {16, 18, 20, 22, 24, 32, 36, 44, 48, 64})
+        icon.addFile(QStringLiteral(":/icons/StatusIcon-%1.png").arg(size), QSize(size, size));
+    icon.setIsMask(true);
+    return icon;
+}
+
+QScreen* screenAt(const QPoint& point) {
+    QScreen* screen = QGuiApplication::screenAt(point);
+    return screen ? screen : QGuiApplication::primaryScreen();
+}
+} // namespace
+
+StatusBarController::StatusBarController(QQmlEngine& engine, QString versionText, QObject* parent)
+    : QObject(parent), m_engine(engine), m_versionText(std::move(versionText)) {
+    addViews(m_engine);
+    connect(&m_statusItem, &QSystemTrayIcon::activated, this, &StatusBarController::activated);
+    connect(&m_statusItem, &QSystemTrayIcon::messageClicked, this, [this] {
+        if (m_toldDomain.isEmpty())
+            show();
+        else
+            showProject(m_toldDomain);
+    });
+}
+
+StatusBarController::~StatusBarController() = default;
+
+void StatusBarController::install(AppState& state) {
+    if (m_isInstalled)
+        return;
+    m_state = &state;
+    makeMenu();
+    m_statusItem.setIcon(statusIcon());
+    m_statusItem.setToolTip(QStringLiteral("Harvellon Connect"));
+    m_statusItem.setContextMenu(&m_menu);
+    m_statusItem.show();
+    m_isInstalled = true;
+    QTimer::singleShot(warmingDelay, this, [this] { panel().warm(); });
+    QTimer::singleShot(patienceForBar, this, &StatusBarController::showWithoutBar);
+}
+
+void StatusBarController::showWithoutBar() {
+    if (!QSystemTrayIcon::isSystemTrayAvailable())
+        show();
+}
+
+void StatusBarController::makeMenu() {
+    m_menu.addAction(QStringLiteral("Harvellon Connect öffnen"), this, &StatusBarController::show);
+    m_menu.addSeparator();
+    m_menu.addAction(QStringLiteral("Einstellungen"), this, &StatusBarController::settingsRequested);
+    m_menu.addAction(QStringLiteral("Auf Updates prüfen"), this, &StatusBarController::updatesRequested);
+    m_menu.addSeparator();
+    m_menu.addAction(QStringLiteral("Beenden"), this, &StatusBarController::quitRequested);
+}
+
+PanelWindow& StatusBarController::panel() {
+    if (m_panel)
+        return *m_panel;
+    m_panel = std::make_unique<PanelWindow>(&m_engine);
+    m_panel->setInitialProperties({{QStringLiteral("state"), QVariant::fromValue(m_state)},
+                                   {QStringLiteral("versionText"), m_versionText}});
+    m_panel->setSource(viewAddress(QStringLiteral("ContentView")));
+    m_panel->setKind(panelKind(QSystemTrayIcon::isSystemTrayAvailable(), QGuiApplication::platformName()));
+    if (QQuickItem* const view = m_panel->rootObject()) {
+        connect(view, SIGNAL(closeRequested()), this, SLOT(close()));
+        connect(view, SIGNAL(settingsRequested()), this, SIGNAL(settingsRequested()));
+        connect(view, SIGNAL(updatesRequested()), this, SIGNAL(updatesRequested()));
+        connect(view, SIGNAL(quitRequested()), this, SIGNAL(quitRequested()));
+    }
+    return *m_panel;
+}
+
+bool StatusBarController::isShown() const {
+    return m_panel && m_panel->isVisible();
+}
+
+void StatusBarController::toggle() {
+    if (isShown())
+        close();
+    else if (!m_panel || !m_panel->closedJustNow())
+        show();
+}
+
+void StatusBarController::show() {
+    PanelWindow& window = panel();
+    if (!window.isVisible()) {
+        window.setKind(panelKind(QSystemTrayIcon::isSystemTrayAvailable(), QGuiApplication::platformName()));
+        place();
+        QMetaObject::invokeMethod(window.rootObject(), "opened");
+    }
+    window.show();
+    window.raise();
+    window.requestActivate();
+    QTimer::singleShot(0, this, &StatusBarController::stayInside);
+}
+
+void StatusBarController::close() {
+    if (m_panel)
+        m_panel->hide();
+}
+
+void StatusBarController::place() {
+    const QSize size = PanelWindow::panelSize;
+    if (m_panel->kind() == PanelWindow::Kind::window) {
+        const QRect room = screenAt(QCursor::pos())->availableGeometry();
+        m_panel->setPosition(room.center() - QRect(QPoint(0, 0), size).center());
+        return;
+    }
+    const QRect item = m_statusItem.geometry();
+    const bool told = item.width() > 0 && item.height() > 0;
+    const QPoint anchor = told ? item.center() : QCursor::pos();
+    const QScreen* const screen = screenAt(anchor);
+    const QRect visible = screen->availableGeometry();
+    const QRect frame =
+        told ? besideItem(size, item, visible) : besideBar(size, screen->geometry(), visible, anchor);
+    m_panel->setPosition(frame.topLeft());
+}
+
+void StatusBarController::stayInside() {
+    if (!isShown() || m_panel->kind() != PanelWindow::Kind::popover || !m_panel->screen())
+        return;
+    const QRect frame = m_panel->geometry();
+    const QRect inside = keepInside(frame, m_panel->screen()->availableGeometry());
+    if (inside != frame)
+        m_panel->setPosition(inside.topLeft());
+}
+
+void StatusBarController::activated(QSystemTrayIcon::ActivationReason reason) {
+    if (reason == QSystemTrayIcon::Trigger)
+        toggle();
+}
+
+void StatusBarController::showProject(const QString& domain) {
+    show();
+    QMetaObject::invokeMethod(panel().rootObject(), "showProject", Q_ARG(QString, domain));
+}
+
+void StatusBarController::tellMountEnded(const QString& domain) {
+    QString title = domain;
+    for (const Project& project : m_state->projects()) {
+        if (project.domain == domain)
+            title = project.title();
+    }
+    tell(title, QStringLiteral("Die Verbindung zu %1 wurde unerwartet beendet.").arg(domain));
+    m_toldDomain = domain;
+}
+
+void StatusBarController::tell(const QString& title, const QString& text) {
+    m_toldDomain.clear();
+    m_statusItem.showMessage(title, text, QIcon(QStringLiteral(":/icons/AppIcon.png")));
+}

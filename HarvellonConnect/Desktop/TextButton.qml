@@ -1,0 +1,73 @@
+import QtQuick
+import QtQuick.Templates as T
+import Harvellon.Desktop
+
+/// A button with a word: outlined, or dark for the one thing to do.
+T.Button {
+    id: button
+
+    property bool primary: false
+    property bool dangerous: false
+    property string symbol
+
+    readonly property color ink: primary ? Theme.primaryInk : dangerous && hovered ? Theme.danger : Theme.ink
+    readonly property color glow: dangerous ? Theme.danger : primary ? Theme.primaryInk : Theme.ink
+
+    Accessible.name: text
+    Accessible.onPressAction: button.clicked()
+    focusPolicy: Qt.TabFocus
+    font.family: Theme.family
+    font.pixelSize: Theme.labelSize
+    font.weight: Font.Medium
+    horizontalPadding: primary ? 14 : 10
+    implicitHeight: Theme.buttonSide
+    implicitWidth: contentItem.implicitWidth + leftPadding + rightPadding
+    opacity: enabled ? 1 : 0.38
+
+    Keys.onEnterPressed: clicked()
+    Keys.onReturnPressed: clicked()
+
+    background: Rectangle {
+        border.color: button.primary ? Theme.primaryBg : button.hovered ? Qt.alpha(button.glow, 0.40) : Theme.outline
+        color: button.primary ? Theme.primaryBg : Theme.card
+        radius: Theme.buttonRadius
+
+        Rectangle {
+            anchors.fill: parent
+            color: button.glow
+            opacity: button.down ? 0.18 : button.hovered ? 0.12 : 0
+            radius: Theme.buttonRadius
+
+            Behavior on opacity {
+                NumberAnimation {
+                    duration: Theme.hover
+                    easing.type: Easing.OutCubic
+                }
+            }
+        }
+
+        FocusRing {
+            visible: button.visualFocus
+        }
+    }
+    contentItem: Row {
+        scale: button.down && !Theme.still ? 0.96 : 1
+        spacing: 6
+
+        SymbolIcon {
+            anchors.verticalCenter: parent.verticalCenter
+            color: button.ink
+            size: Theme.smallIconSize
+            symbol: button.symbol
+            visible: button.symbol !== ""
+        }
+
+        Text {
+            anchors.verticalCenter: parent.verticalCenter
+            color: button.ink
+            font: button.font
+            text: button.text
+            textFormat: Text.PlainText
+        }
+    }
+}

@@ -1,0 +1,49 @@
+import QtQuick
+import QtQuick.Templates as T
+
+T.Switch {
+    id: toggle
+
+    function press() {
+        toggle.toggle();
+        toggle.toggled();
+    }
+
+    Accessible.name: text
+    Accessible.onPressAction: toggle.press()
+    Accessible.onToggleAction: toggle.press()
+    focusPolicy: Qt.TabFocus
+    implicitHeight: 22
+    implicitWidth: 38
+
+    Keys.onEnterPressed: toggle.press()
+    Keys.onReturnPressed: toggle.press()
+
+    indicator: Rectangle {
+        color: toggle.checked ? Theme.switchOn : Theme.switchOff
+        height: 22
+        radius: 11
+        width: 38
+
+        Rectangle {
+            color: toggle.checked ? Theme.knobOn : Theme.knobOff
+            height: 18
+            radius: 9
+            width: 18
+            x: toggle.checked ? 18 : 2
+            y: 2
+
+            Behavior on x {
+                NumberAnimation {
+                    duration: Theme.still ? 0 : Theme.hover
+                    easing.type: Easing.OutCubic
+                }
+            }
+        }
+
+        FocusRing {
+            radius: 14
+            visible: toggle.visualFocus
+        }
+    }
+}

@@ -1,0 +1,64 @@
+#include "HarvellonMountApp.h"
+
+#include "Desktop/QmlViews.h"
+
+#include <QClipboard>
+#include <QEventLoop>
+#include <QGuiApplication>
+#include <QSessionManager>
+#include <QTimer>
+
+namespace {
+constexpr std::chrono::seconds longestEnd{5};
+}
+
+HarvellonMountApp::HarvellonMountApp(const HostSystem& host, const ServerAddress& server,
+                                     const QString& updateFeed, const QString& versionText)
+    : m_keychain(host), m_preferences(host.preferencesFile),
+      m_state({host, server, m_shell, m_keychain, m_preferences, m_network},
+              {[this] { m_statusBar.toggle(); },
+               [](const QString& text) { QGuiApplication::clipboard()->setText(text); },
+               [this](const QString& domain) { m_statusBar.tellMountEnded(domain); }}),
+      m_statusBar(m_engine, versionText), m_settings(m_engine, m_statusBar, versionText),
+      m_alerts(m_engine, m_state), m_updates(updateFeed, QCoreApplication::applicationVersion(), m_network) {
+    addViews(m_engine);
+    connect(&m_statusBar, &StatusBarController::settingsRequested, this,
+            [this] { m_settings.show(m_state); });
+    connect(&m_statusBar, &StatusBarController::quitRequested, this, &HarvellonMountApp::quit);
+    connect(&m_statusBar, &StatusBarController::updatesRequested, &m_updates,
+            &UpdateController::checkForUpdates);
+    connect(&m_updates, &UpdateController::announced, &m_statusBar, &StatusBarController::tell);
+    connect(&m_signals, &TerminationSignals::received, this, &HarvellonMountApp::quit);
+    connect(qGuiApp, &QGuiApplication::commitDataRequest, this, &HarvellonMountApp::quit,
+            Qt::DirectConnection);
+    connect(qGuiApp, &QGuiApplication::aboutToQuit, this, &HarvellonMountApp::finishBeforeLoopEnds);
+    m_statusBar.install(m_state);
+}
+
+void HarvellonMountApp::quit() {
+    if (m_quitting)
+        return;
+    m_quitting = true;
+    m_statusBar.close();
+    shutDown();
+}
+
+QCoro::Task<> HarvellonMountApp::shutDown() {
+    co_await m_state.shutDown();
+    m_shutDown = true;
+    QCoreApplication::quit();
+}
+
+/// Somebody else may end the event loop, a session manager for one: the mounts get their time even then.
+void HarvellonMountApp::finishBeforeLoopEnds() {
+    if (m_shutDown || m_state.sshfsMounter().sessions().isEmpty())
+        return;
+    QEventLoop loop;
+    QTimer::singleShot(longestEnd, &loop, &QEventLoop::quit);
+    connect(&m_state, &AppState::connectedDomainsChanged, &loop, [this, &loop] {
+        if (m_state.connectedDomains().isEmpty())
+            loop.quit();
+    });
+    quit();
+    loop.exec();
+}

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "Desktop/GuidanceAlerts.h"
+#include "Desktop/SettingsWindowManager.h"
+#include "Desktop/StatusBarController.h"
+#include "Desktop/UpdateController.h"
+#include "SignIn/KeychainStore.h"
+#include "State/AppState.h"
+#include "System/HostSystem.h"
+#include "System/Preferences.h"
+#include "System/Shell.h"
+#include "System/TerminationSignals.h"
+
+#include <QNetworkAccessManager>
+#include <QObject>
+#include <QQmlEngine>
+
+/// The application: makes the parts, wires them, and sees to it that they end in order. Main thread.
+class HarvellonMountApp : public QObject {
+    Q_OBJECT
+
+  public:
+    HarvellonMountApp(const HostSystem& host, const ServerAddress& server, const QString& updateFeed,
+                      const QString& versionText);
+
+    /// Takes every mount down, then ends the event loop. Further calls change nothing.
+    void quit();
+
+    /// Shows the panel, for a program that was started again.
+    void showPanel() { m_statusBar.show(); }
+
+  private:
+    QCoro::Task<> shutDown();
+    void finishBeforeLoopEnds();
+
+    QQmlEngine m_engine;
+    Shell m_shell;
+    KeychainStore m_keychain;
+    Preferences m_preferences;
+    QNetworkAccessManager m_network;
+    AppState m_state;
+    StatusBarController m_statusBar; // shows the state, so it ends before it
+    SettingsWindowManager m_settings;
+    GuidanceAlerts m_alerts;
+    UpdateController m_updates;
+    TerminationSignals m_signals;
+    bool m_quitting = false;
+    bool m_shutDown = false;
+};

@@ -1,0 +1,31 @@
+#include "Desktop/AppVersion.h"
+#include "Desktop/SceneGraph.h"
+#include "HarvellonMountApp.h"
+#include "System/Logging.h"
+#include "System/SingleInstance.h"
+
+#include <QApplication>
+#include <QIcon>
+
+int main(int argc, char* argv[]) {
+    chooseSceneGraph();
+    QApplication::setQuitOnLastWindowClosed(false);
+    const QApplication application(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("HarvellonConnect"));
+    QApplication::setApplicationDisplayName(QStringLiteral("Harvellon Connect"));
+    QApplication::setOrganizationDomain(QStringLiteral("harvellon.com"));
+    QApplication::setDesktopFileName(applicationIdentifier);
+    QApplication::setApplicationVersion(QStringLiteral(HARVELLON_VERSION));
+    QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/AppIcon.png")));
+
+    const HostSystem host = HostSystem::current();
+    SingleInstance instance(host.privateFolder);
+    if (!instance.claim())
+        return EXIT_SUCCESS;
+    HarvellonMountApp app(
+        host, ServerAddress::configured(QStringLiteral(HARVELLON_SERVER)),
+        QStringLiteral(HARVELLON_UPDATE_FEED),
+        appVersionText(QStringLiteral(HARVELLON_VERSION), QStringLiteral(HARVELLON_BUILD_NUMBER)));
+    QObject::connect(&instance, &SingleInstance::startedAgain, &app, &HarvellonMountApp::showPanel);
+    return QApplication::exec();
+}

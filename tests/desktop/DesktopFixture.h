@@ -1,0 +1,112 @@
+#pragma once
+
+#include "Desktop/GuidanceAlerts.h"
+#include "Desktop/PanelWindow.h"
+#include "Desktop/SettingsWindowManager.h"
+#include "Desktop/StatusBarController.h"
+#include "State/AppState.h"
+#include "sandbox/Sandbox.h"
+#include "support/Await.h"
+
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
+#include <QQmlEngine>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <memory>
+
+/// Opens no windows of other programs; what it would have opened is written down.
+class QuietShell : public Shell {
+  public:
+    QStringList opened;
+    std::function<void(const QString&)> browser;
+
+    QCoro::Task<ShellResult> run(QString executable, QStringList arguments,
+                                 std::chrono::milliseconds limit) override {
+        if (executable.endsWith(QLatin1String("/xdg-open"))) {
+            opened.append(arguments.join(QLatin1Char(' ')));
+            if (browser)
+                browser(arguments.value(0));
+            co_return ShellResult{};
+        }
+        if (executable.endsWith(QLatin1String("/which")) && arguments.value(0) == QLatin1String("code"))
+            co_return ShellResult{0, QStringLiteral("/test/code\n"), {}};
+        if (executable == QLatin1String("/test/code")) {
+            opened.append(QStringLiteral("code ") + arguments.join(QLatin1Char(' ')));
+            co_return ShellResult{};
+        }
+        co_return co_await Shell::run(executable, arguments, limit);
+    }
+};
+
+/// The whole desktop part on a real state, against the embedded platform.
+class DesktopFixture {
+  public:
+    explicit DesktopFixture(const QString& server, const QString& sshfs = {}) {
+        host = HostSystem::linuxDesktop(home.path());
+        host.preferencesFile = home.filePath(QStringLiteral("preferences.ini"));
+        host.temporaryFolder = home.path();
+        host.usesKeyring = false;
+        if (!sshfs.isEmpty())
+            host.sshfsCandidates = {sshfs};
+        keychain = std::make_unique<KeychainStore>(host);
+        preferences = std::make_unique<Preferences>(host.preferencesFile);
+        shell.browser = [this](const QString& address) {
+            if (address.startsWith(QLatin1String("http://127.0.0.1")))
+                network.get(QNetworkRequest(QUrl(address + QStringLiteral("&identity=") + identity)));
+        };
+        DesktopCommands commands;
+        commands.togglePanel = [] {};
+        commands.copyText = [this](const QString& text) { copied = text; };
+        commands.tellMountEnded = [](const QString&) {};
+        state = std::make_unique<AppState>(
+            AppServices{host, ServerAddress::checked(server), shell, *keychain, *preferences, network},
+            commands);
+        statusBar = std::make_unique<StatusBarController>(engine, QStringLiteral("1.0.0 (42)"));
+        settings = std::make_unique<SettingsWindowManager>(engine, *statusBar, QStringLiteral("1.0.0 (42)"));
+        alerts = std::make_unique<GuidanceAlerts>(engine, *state);
+        statusBar->install(*state);
+        // Nobody is signed in at first; the start-up is over when that is known.
+        const auto known = [this] { return state->connectionStatus() == ConnectionStatus::Case::failure; };
+        if (!QTest::qWaitFor([&] { return known() && !state->isLoading(); }))
+            qFatal("the state does not start");
+    }
+
+    ~DesktopFixture() {
+        await(state->shutDown());
+        alerts.reset();
+        settings.reset();
+        statusBar.reset();
+    }
+
+    Q_DISABLE_COPY_MOVE(DesktopFixture)
+
+    void signIn(const char* who) {
+        identity = QString::fromLatin1(who);
+        await(state->addAccount());
+        QTRY_VERIFY(!state->isLoading());
+    }
+
+    PanelWindow* openPanel() {
+        statusBar->show();
+        PanelWindow* const window = &statusBar->panel();
+        if (!QTest::qWaitForWindowActive(window))
+            qWarning("the panel does not become active");
+        return window;
+    }
+
+    QTemporaryDir home;
+    HostSystem host;
+    QQmlEngine engine;
+    QuietShell shell;
+    QNetworkAccessManager network;
+    QString identity; ///< whom the browser chooses
+    QString copied;
+    std::unique_ptr<KeychainStore> keychain;
+    std::unique_ptr<Preferences> preferences;
+    std::unique_ptr<AppState> state;
+    std::unique_ptr<StatusBarController> statusBar;
+    std::unique_ptr<SettingsWindowManager> settings;
+    std::unique_ptr<GuidanceAlerts> alerts;
+};

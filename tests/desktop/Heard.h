@@ -1,0 +1,66 @@
+#pragma once
+
+#include <QAccessible>
+#include <QPoint>
+#include <QStringList>
+#include <QWindow>
+
+#include <functional>
+
+/// What people hear of a window: its controls by their names.
+namespace heard {
+inline void visit(QAccessibleInterface* from, const std::function<void(QAccessibleInterface*)>& visitor) {
+    for (int i = 0; from && i < from->childCount(); ++i) {
+        QAccessibleInterface* const child = from->child(i);
+        if (!child || child->state().invisible)
+            continue;
+        visitor(child);
+        visit(child, visitor);
+    }
+}
+
+/// The first control of this name, and of this role where one is asked for; null when nobody hears of it.
+inline QAccessibleInterface* find(QAccessibleInterface* from, const QString& name,
+                                  QAccessible::Role role = QAccessible::NoRole) {
+    QAccessibleInterface* found = nullptr;
+    visit(from, [&](QAccessibleInterface* control) {
+        const bool asked = role == QAccessible::NoRole || control->role() == role;
+        if (!found && asked && control->text(QAccessible::Name) == name)
+            found = control;
+    });
+    return found;
+}
+
+inline QAccessibleInterface* find(QWindow* window, const QString& name,
+                                  QAccessible::Role role = QAccessible::NoRole) {
+    return find(QAccessible::queryAccessibleInterface(window), name, role);
+}
+
+/// The names of all controls with this role, from left to right and from top to bottom.
+inline QStringList names(QAccessibleInterface* from, QAccessible::Role role) {
+    QList<std::pair<QPoint, QString>> placed;
+    visit(from, [&](QAccessibleInterface* control) {
+        if (control->role() == role)
+            placed.append({control->rect().topLeft(), control->text(QAccessible::Name)});
+    });
+    std::stable_sort(placed.begin(), placed.end(), [](const auto& one, const auto& other) {
+        return std::pair(one.first.y(), one.first.x()) < std::pair(other.first.y(), other.first.x());
+    });
+    QStringList texts;
+    for (const auto& [place, text] : placed)
+        texts.append(text);
+    return texts;
+}
+
+inline QStringList names(QWindow* window, QAccessible::Role role) {
+    return names(QAccessible::queryAccessibleInterface(window), role);
+}
+
+/// Presses a button as a screen reader does.
+inline bool press(QAccessibleInterface* control) {
+    if (!control || !control->actionInterface())
+        return false;
+    control->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+    return true;
+}
+} // namespace heard

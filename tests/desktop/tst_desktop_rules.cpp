@@ -1,0 +1,265 @@
+#include "Desktop/AppVersion.h"
+#include "Desktop/Appearance.h"
+#include "Desktop/ButtonRail.h"
+#include "Desktop/ConnectingTime.h"
+#include "Desktop/PanelContent.h"
+#include "Desktop/PanelKeys.h"
+#include "Desktop/PanelWindow.h"
+#include "Desktop/PopoverPlacement.h"
+#include "Desktop/RowButtons.h"
+#include "Desktop/SceneGraph.h"
+#include "Desktop/UpdateFeed.h"
+
+#include <QTest>
+
+namespace {
+const QSize panel{640, 660};
+const QRect screen{0, 0, 1920, 1080};
+const QRect belowBar{0, 24, 1920, 1056};
+} // namespace
+
+/// What is decided without a window.
+class TestDesktopRules : public QObject {
+    Q_OBJECT
+
+  private Q_SLOTS:
+
+    void keepsFramesInside_data() {
+        QTest::addColumn<QRect>("frame");
+        QTest::addColumn<QPoint>("corner");
+        QTest::newRow("inside stays") << QRect(100, 100, 640, 660) << QPoint(100, 100);
+        QTest::newRow("touching stays") << QRect(1280, 24, 640, 660) << QPoint(1280, 24);
+        QTest::newRow("right by one") << QRect(1281, 100, 640, 660) << QPoint(1280, 100);
+        QTest::newRow("right by much") << QRect(1800, 100, 640, 660) << QPoint(1280, 100);
+        QTest::newRow("left") << QRect(-20, 100, 640, 660) << QPoint(0, 100);
+        QTest::newRow("above") << QRect(100, 0, 640, 660) << QPoint(100, 24);
+        QTest::newRow("below") << QRect(100, 500, 640, 660) << QPoint(100, 420);
+        QTest::newRow("corner") << QRect(1900, 1000, 640, 660) << QPoint(1280, 420);
+        QTest::newRow("too wide shows its left") << QRect(10, 100, 2500, 660) << QPoint(0, 100);
+        QTest::newRow("too tall shows its lower edge") << QRect(100, 100, 640, 1200) << QPoint(100, -120);
+    }
+
+    void keepsFramesInside() {
+        QFETCH(QRect, frame);
+        QFETCH(QPoint, corner);
+        const QRect kept = keepInside(frame, belowBar);
+        QCOMPARE(kept.topLeft(), corner);
+        QCOMPARE(kept.size(), frame.size());
+    }
+
+    void keepsFramesInsideASecondScreen() {
+        const QRect second(1920, -300, 1280, 1024);
+        QCOMPARE(keepInside(QRect(1900, -400, 640, 660), second).topLeft(), QPoint(1920, -300));
+        QCOMPARE(keepInside(QRect(3000, 400, 640, 660), second).topLeft(), QPoint(2560, 64));
+    }
+
+    void standsBesideItsItem() {
+        QCOMPARE(besideItem(panel, QRect(900, 0, 24, 24), belowBar).topLeft(), QPoint(592, 28));
+        QCOMPARE(besideItem(panel, QRect(1880, 0, 24, 24), belowBar).topLeft(), QPoint(1280, 28));
+        const QRect aboveBar(0, 0, 1920, 1050);
+        QCOMPARE(besideItem(panel, QRect(900, 1050, 30, 30), aboveBar).topLeft(), QPoint(595, 386));
+        const QRect besideColumn(48, 0, 1872, 1080);
+        QCOMPARE(besideItem(panel, QRect(0, 200, 48, 48), besideColumn).topLeft(), QPoint(48, 252));
+    }
+
+    void standsAtTheBarWhereTheItemIsUntold_data() {
+        QTest::addColumn<QRect>("visible");
+        QTest::addColumn<QPoint>("pointer");
+        QTest::addColumn<QPoint>("corner");
+        QTest::newRow("upper bar, pointer anywhere") << belowBar << QPoint(300, 700) << QPoint(1272, 32);
+        QTest::newRow("upper bar, clicked at its left") << belowBar << QPoint(40, 10) << QPoint(8, 32);
+        QTest::newRow("lower bar") << QRect(0, 0, 1920, 1040) << QPoint(1700, 1060) << QPoint(1272, 372);
+        QTest::newRow("left bar") << QRect(60, 0, 1860, 1080) << QPoint(30, 900) << QPoint(68, 412);
+        QTest::newRow("left bar, clicked at its top")
+            << QRect(60, 0, 1860, 1080) << QPoint(30, 90) << QPoint(68, 8);
+        QTest::newRow("right bar") << QRect(0, 0, 1860, 1080) << QPoint(500, 500) << QPoint(1212, 412);
+        QTest::newRow("no bar told") << screen << QPoint(500, 500) << QPoint(1272, 8);
+    }
+
+    void standsAtTheBarWhereTheItemIsUntold() {
+        QFETCH(QRect, visible);
+        QFETCH(QPoint, pointer);
+        QFETCH(QPoint, corner);
+        QCOMPARE(besideBar(panel, screen, visible, pointer).topLeft(), corner);
+    }
+
+    void isAPopoverOnlyWhereItCanBe() {
+        using Kind = PanelWindow::Kind;
+        QCOMPARE(panelKind(true, QStringLiteral("xcb")), Kind::popover);
+        QCOMPARE(panelKind(true, QStringLiteral("cocoa")), Kind::popover);
+        QCOMPARE(panelKind(false, QStringLiteral("xcb")), Kind::window);
+        QCOMPARE(panelKind(true, QStringLiteral("wayland-egl")), Kind::window);
+    }
+
+    void saysTheVersion() {
+        QCOMPARE(appVersionText(QStringLiteral("1.0.0"), QStringLiteral("42")), QStringLiteral("1.0.0 (42)"));
+        QCOMPARE(appVersionText(QStringLiteral("1.0.0"), QStringLiteral("1.0.0")), QStringLiteral("1.0.0"));
+        QCOMPARE(appVersionText(QStringLiteral("1.0.0"), QString()), QStringLiteral("1.0.0"));
+    }
+
+    void choosesTheSceneGraph() {
+        QCOMPARE(sceneGraphFor({}, {}, "software"), QByteArray("software"));
+        QCOMPARE(sceneGraphFor({}, "rhi", "software"), QByteArray("rhi"));
+        QCOMPARE(sceneGraphFor("OpenGL", "software", "software"), QByteArray("opengl"));
+    }
+
+    void followsTheColourScheme() {
+        QCOMPARE(prefersDark(1), std::optional(true));
+        QCOMPARE(prefersDark(2), std::optional(false));
+        QCOMPARE(prefersDark(0), std::nullopt);
+        QCOMPARE(prefersDark(9), std::nullopt);
+    }
+
+    void countsSeconds() {
+        const QDateTime start(QDate(2026, 3, 1), QTime(12, 0));
+        QCOMPARE(connectingText(start, start.addMSecs(999)), QStringLiteral("Verbinde ... 0 s"));
+        QCOMPARE(connectingText(start, start.addSecs(7)), QStringLiteral("Verbinde ... 7 s"));
+        QCOMPARE(connectingText(start, start.addSecs(-60)), QStringLiteral("Verbinde ... 0 s"));
+        QCOMPARE(connectingText({}, start), QStringLiteral("Verbinde ... 0 s"));
+    }
+
+    void ticksOnlyWhileRunning() {
+        ConnectingTime time;
+        time.setSince(QDateTime::currentDateTime().addSecs(-5));
+        int changes = 0;
+        connect(&time, &ConnectingTime::textChanged, this, [&changes] { ++changes; });
+        QTest::qWait(1200);
+        QCOMPARE(changes, 0);
+        time.setRunning(true);
+        QTRY_COMPARE_WITH_TIMEOUT(changes, 3, 4000);
+        QVERIFY(time.text() != QStringLiteral("Verbinde ... 5 s"));
+    }
+
+    void namesTheRowsButtons_data() {
+        QTest::addColumn<int>("target");
+        QTest::addColumn<QString>("symbol");
+        QTest::addColumn<QString>("help");
+        const auto row = [](HoverTarget target, const char* symbol, const char* help) {
+            QTest::newRow(symbol) << static_cast<int>(target) << QString::fromUtf8(symbol)
+                                  << QString::fromUtf8(help);
+        };
+        row(HoverTarget::connect, "bolt.horizontal.circle", "Verbinden und mounten");
+        row(HoverTarget::disconnect, "xmark.circle", "Trennen");
+        row(HoverTarget::vscode, "chevron.left.slash.chevron.right", "In VS Code oeffnen");
+        row(HoverTarget::finder, "folder", "Im Finder oeffnen");
+        row(HoverTarget::ssh, "terminal", "SSH-Shell");
+        row(HoverTarget::database, "cylinder.split.1x2", "Datenbank in Sequel Ace oeffnen");
+        row(HoverTarget::cache, "bolt.circle", "Cache leeren");
+        row(HoverTarget::safari, "safari", "Seite oeffnen (Shift: /admin)");
+    }
+
+    void namesTheRowsButtons() {
+        QFETCH(int, target);
+        const RowButtonFacts facts = RowButtons::facts(static_cast<HoverTarget>(target));
+        QTEST(facts.symbol, "symbol");
+        QTEST(facts.help, "help");
+        QVERIFY(!facts.shortcut.isEmpty());
+    }
+
+    void printsKeysAsTheyAreOnTheKeyboard() {
+        QCOMPARE(keyText(QKeySequence(Qt::CTRL | Qt::Key_T)), QStringLiteral("Strg+T"));
+        QCOMPARE(keyText(QKeySequence(Qt::CTRL | Qt::Key_Return)), QStringLiteral("Strg+Eingabe"));
+    }
+
+    void theNextButtonMayBeEnteredBeforeThisOneIsLeft() {
+        ButtonRail rail;
+        const auto cache = static_cast<int>(HoverTarget::cache);
+        const auto safari = static_cast<int>(HoverTarget::safari);
+        rail.pointer(cache, true);
+        rail.pointer(safari, true);
+        rail.pointer(cache, false);
+        QCOMPARE(rail.hoveredButton(), std::optional(HoverTarget::safari));
+        rail.pointer(safari, false);
+        QCOMPARE(rail.hoveredButton(), std::nullopt);
+    }
+
+    void enterDoesTheObviousThing() {
+        QCOMPARE(obviousAction(true, false, false), std::optional(HoverTarget::connect));
+        QCOMPARE(obviousAction(false, true, false), std::optional(HoverTarget::vscode));
+        QCOMPARE(obviousAction(false, false, false), std::optional(HoverTarget::safari));
+        QCOMPARE(obviousAction(true, false, true), std::nullopt);
+    }
+
+    void movesThroughRows_data() {
+        QTest::addColumn<int>("key");
+        QTest::addColumn<bool>("control");
+        QTest::addColumn<int>("row");
+        QTest::addColumn<int>("after"); // -9: the key is not ours
+        QTest::newRow("first down") << int(Qt::Key_Down) << false << -1 << 0;
+        QTest::newRow("first up") << int(Qt::Key_Up) << false << -1 << 0;
+        QTest::newRow("down at the end") << int(Qt::Key_Down) << false << 24 << 24;
+        QTest::newRow("up at the start") << int(Qt::Key_Up) << false << 0 << 0;
+        QTest::newRow("page down") << int(Qt::Key_PageDown) << false << 3 << 13;
+        QTest::newRow("page down at the end") << int(Qt::Key_PageDown) << false << 20 << 24;
+        QTest::newRow("page up") << int(Qt::Key_PageUp) << false << 12 << 2;
+        QTest::newRow("home belongs to the cursor") << int(Qt::Key_Home) << false << 12 << -9;
+        QTest::newRow("control home") << int(Qt::Key_Home) << true << 12 << 0;
+        QTest::newRow("control end") << int(Qt::Key_End) << true << 12 << 24;
+    }
+
+    void movesThroughRows() {
+        QFETCH(int, key);
+        QFETCH(bool, control);
+        QFETCH(int, row);
+        QFETCH(int, after);
+        QCOMPARE(rowAfter(key, control, row, 25, 10).value_or(-9), after);
+        QCOMPARE(rowAfter(key, control, -1, 0, 10), std::nullopt);
+    }
+
+    void saysWhyThereAreNoRows() {
+        PanelFacts facts;
+        QCOMPARE(listNotice(facts).symbol, QStringLiteral("person.crop.circle"));
+        QVERIFY(!isFirstLoad(facts));
+
+        facts.hasAccount = facts.loading = true;
+        QVERIFY(isFirstLoad(facts));
+        QCOMPARE(listNotice(facts), ListNotice());
+
+        facts.signedIn = true;
+        facts.loading = false;
+        QCOMPARE(listNotice(facts).title, QStringLiteral("Keine Projekte"));
+
+        facts.projects = 12;
+        facts.searchText = QStringLiteral(" kornblmue ");
+        QCOMPARE(listNotice(facts).title, QStringLiteral("Kein Projekt passt zu „kornblmue“"));
+
+        facts.visible = 3;
+        QCOMPARE(listNotice(facts), ListNotice());
+        facts.loading = true;
+        QVERIFY2(!isFirstLoad(facts), "a reload keeps the rows");
+    }
+
+    void feeds_data() {
+        QTest::addColumn<QByteArray>("items");
+        QTest::addColumn<QString>("version");
+        const auto item = [](const char* version, const char* address) {
+            return QByteArray("<item><sparkle:shortVersionString>") + version +
+                   "</sparkle:shortVersionString><link>" + address + "</link></item>";
+        };
+        QTest::newRow("newest of several")
+            << item("1.2", "https://x.example/1") + item("1.10.1", "https://x.example/2") +
+                   item("1.9", "https://x.example/3")
+            << "1.10.1";
+        QTest::newRow("attributes") << QByteArray("<item><enclosure url='https://x.example/a' "
+                                                  "sparkle:shortVersionString='2.0'/></item>")
+                                    << "2.0";
+        QTest::newRow("the same") << item("1.0.0", "https://x.example/1") << QString();
+        QTest::newRow("plain http") << item("2.0", "http://x.example/1") << QString();
+        QTest::newRow("no version") << item("neu", "https://x.example/1") << QString();
+        QTest::newRow("broken off") << item("2.0", "https://x.example/1") + "<item>" << QString();
+        QTest::newRow("another page") << QByteArray("</channel></rss><html>") << QString();
+    }
+
+    void feeds() {
+        QFETCH(QByteArray, items);
+        QFETCH(QString, version);
+        const QByteArray feed =
+            "<rss xmlns:sparkle='http://www.andymatuschak.org/xml-namespaces/sparkle'><channel>" + items +
+            "</channel></rss>";
+        const std::optional<Release> release = newerRelease(feed, QStringLiteral("1.0.0"));
+        QCOMPARE(release ? release->version : QString(), version);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestDesktopRules)
+#include "tst_desktop_rules.moc"

@@ -1,0 +1,233 @@
+#include "Desktop/Appearance.h"
+#include "Desktop/IconButtonStyle.h"
+#include "Desktop/QmlViews.h"
+#include "Desktop/SymbolImage.h"
+
+#include <QColor>
+#include <QGuiApplication>
+#include <QPalette>
+#include <QQmlComponent>
+#include <QQmlEngine>
+#include <QTest>
+
+#include <cmath>
+
+namespace {
+double luminance(const QColor& color) {
+    const auto linear = [](double part) {
+        return part <= 0.04045 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
+    };
+    return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) + 0.0722 * linear(color.blueF());
+}
+
+double contrast(const QColor& one, const QColor& other) {
+    const auto [darker, lighter] = std::minmax({luminance(one), luminance(other)});
+    return (lighter + 0.05) / (darker + 0.05);
+}
+
+QColor over(const QColor& ground, const QColor& colour, double opacity) {
+    const auto mix = [opacity](double below, double above) {
+        return static_cast<float>(below + (above - below) * opacity);
+    };
+    return QColor::fromRgbF(mix(ground.redF(), colour.redF()), mix(ground.greenF(), colour.greenF()),
+                            mix(ground.blueF(), colour.blueF()));
+}
+
+QString modeName(bool dark) {
+    return dark ? QStringLiteral("dark") : QStringLiteral("light");
+}
+
+void setDesktop(bool dark) {
+    QPalette palette;
+    palette.setColor(QPalette::Window, dark ? QColor(30, 30, 30) : QColor(240, 240, 240));
+    palette.setColor(QPalette::WindowText, dark ? Qt::white : Qt::black);
+    QGuiApplication::setPalette(palette);
+}
+} // namespace
+
+/// The colours as Theme.qml has them, and the symbols as they are drawn.
+class TestLook : public QObject {
+    Q_OBJECT
+
+    QQmlEngine m_engine;
+    std::unique_ptr<QObject> m_probe;
+
+    [[nodiscard]] QColor colour(const char* token) const {
+        const auto* theme = m_probe->property("theme").value<QObject*>();
+        const QVariant value = theme->property(token);
+        if (!value.canConvert<QColor>())
+            qFatal("Theme has no colour %s", token);
+        return value.value<QColor>();
+    }
+
+  private Q_SLOTS:
+
+    void initTestCase() {
+        addViews(m_engine);
+        QQmlComponent component(&m_engine);
+        component.setData(
+            "import QtQml\nimport Harvellon.Desktop\nQtObject { property QtObject theme: Theme }", QUrl());
+        m_probe.reset(component.create());
+        QVERIFY2(m_probe, qPrintable(component.errorString()));
+    }
+
+    void textReaches45AndSigns3_data() {
+        QTest::addColumn<QByteArray>("ink");
+        QTest::addColumn<QByteArray>("ground");
+        QTest::addColumn<double>("least");
+
+        struct Pair {
+            const char* ink;
+            const char* ground;
+            double least;
+        };
+
+        constexpr double text = 4.5;
+        constexpr double sign = 3.0;
+        const Pair pairs[] = {
+            {"ink", "bg", text},          {"ink", "card", text},
+            {"ink", "rowHover", text},    {"secondary", "bg", text},
+            {"secondary", "card", text},  {"secondary", "rowHover", text},
+            {"footer", "bg", text},       {"okInk", "okBg", text},
+            {"okInk", "card", text},      {"busyInk", "busyBg", text},
+            {"badInk", "badBg", text},    {"badInk", "card", text},
+            {"danger", "card", text},     {"primaryInk", "primaryBg", text},
+            {"focus", "card", sign},      {"focus", "bg", sign},
+            {"switchOn", "card", sign},   {"switchOff", "card", sign},
+            {"knobOn", "switchOn", sign}, {"knobOff", "switchOff", sign},
+            {"emptyIcon", "card", sign},  {"warn", "card", sign},
+            {"info", "card", sign},
+        };
+        for (const Pair& pair : pairs)
+            QTest::addRow("%s on %s", pair.ink, pair.ground)
+                << QByteArray(pair.ink) << QByteArray(pair.ground) << pair.least;
+    }
+
+    void textReaches45AndSigns3() {
+        QFETCH(QByteArray, ink);
+        QFETCH(QByteArray, ground);
+        QFETCH(double, least);
+        for (const bool dark : {false, true}) {
+            setDesktop(dark);
+            const double reached = contrast(colour(ink.constData()), colour(ground.constData()));
+            QVERIFY2(reached >= least, qPrintable(QStringLiteral("%1 %2").arg(modeName(dark)).arg(reached)));
+        }
+    }
+
+    void tintsStandOutInEveryState_data() {
+        QTest::addColumn<QByteArray>("tint");
+        for (const char* tint : {"tintConnect", "tintDisconnect", "tintVSCode", "tintFinder", "tintSSH",
+                                 "tintDB", "tintCache", "tintSafari", "danger"})
+            QTest::newRow(tint) << QByteArray(tint);
+    }
+
+    void tintsStandOutInEveryState() {
+        QFETCH(QByteArray, tint);
+        for (const bool dark : {false, true}) {
+            setDesktop(dark);
+            const QColor icon = colour(tint.constData());
+            for (const char* ground : {"card", "rowHover"}) {
+                for (const double fill : {0.0, IconButtonStyle::hoverFill, IconButtonStyle::pressFill}) {
+                    const double reached = contrast(icon, over(colour(ground), icon, fill));
+                    QVERIFY2(reached >= 3.0, qPrintable(QStringLiteral("%1 %2 %3: %4")
+                                                            .arg(modeName(dark), QString::fromLatin1(ground))
+                                                            .arg(fill)
+                                                            .arg(reached)));
+                }
+            }
+        }
+    }
+
+    void followsTheDesktopAsItChanges() {
+        setDesktop(false);
+        QCOMPARE(colour("bg"), QColor(0xf5, 0xf0, 0xeb));
+        setDesktop(true);
+        QCOMPARE(colour("bg"), QColor(0x1f, 0x1c, 0x19));
+    }
+
+    void theUsersChoiceBeatsThePalette() {
+        setDesktop(false);
+        Appearance appearance;
+        int changes = 0;
+        connect(&appearance, &Appearance::darkChanged, this, [&changes] { ++changes; });
+        const QString space = QStringLiteral("org.freedesktop.appearance");
+        const QString key = QStringLiteral("color-scheme");
+        appearance.take(space, key, 1U);
+        QVERIFY(appearance.dark());
+        appearance.take(space, QStringLiteral("contrast"), 2U);
+        QVERIFY(appearance.dark());
+        appearance.take(space, key, 0U);
+        QVERIFY(!appearance.dark());
+        QCOMPARE(changes, 2);
+    }
+
+    void everySymbolIsDrawnInItsColour_data() {
+        QTest::addColumn<QString>("name");
+        for (const char* name : {"arrow.clockwise",
+                                 "arrow.down.circle",
+                                 "arrow.right.circle.fill",
+                                 "bolt.circle",
+                                 "bolt.horizontal.circle",
+                                 "checkmark.circle.fill",
+                                 "chevron.left.slash.chevron.right",
+                                 "cylinder.split.1x2",
+                                 "exclamationmark.triangle.fill",
+                                 "folder",
+                                 "gearshape",
+                                 "info.circle",
+                                 "magnifyingglass",
+                                 "person.crop.circle",
+                                 "person.crop.circle.badge.checkmark",
+                                 "person.fill",
+                                 "safari",
+                                 "scope",
+                                 "spinner",
+                                 "terminal",
+                                 "xmark",
+                                 "xmark.circle",
+                                 "xmark.octagon.fill"})
+            QTest::newRow(name) << QString::fromLatin1(name);
+    }
+
+    void everySymbolIsDrawnInItsColour() {
+        QFETCH(QString, name);
+        const QColor colour(0x0b, 0x5e, 0x1e);
+        for (const int pixels : {16, 18, 20, 27, 36}) {
+            const QImage image = symbolImage(name, colour, pixels).convertToFormat(QImage::Format_ARGB32);
+            QCOMPARE(image.size(), QSize(pixels, pixels));
+            int inked = 0;
+            for (int y = 0; y < pixels; ++y) {
+                for (int x = 0; x < pixels; ++x) {
+                    const QColor pixel = image.pixelColor(x, y);
+                    if (pixel.alpha() < 200)
+                        continue;
+                    ++inked;
+                    QVERIFY(std::abs(pixel.red() - colour.red()) < 4 &&
+                            std::abs(pixel.green() - colour.green()) < 4);
+                }
+            }
+            QVERIFY2(inked >= pixels / 3, "hardly anything is drawn");
+            QCOMPARE(image.pixelColor(0, 0).alpha(), 0);
+        }
+    }
+
+    void anUnknownSymbolIsNothing() {
+        QVERIFY(symbolImage(QStringLiteral("no.such"), Qt::black, 18).isNull());
+    }
+
+    void theStatusIconIsLegibleOnAnyBar() {
+        const QImage icon(QStringLiteral(":/icons/StatusIcon-22.png"));
+        QVERIFY(!icon.isNull());
+        const QColor ink = icon.pixelColor(icon.width() / 4, icon.height() / 2);
+        QCOMPARE(ink.alpha(), 255);
+        QVERIFY(contrast(ink, QColor(0xf0, 0xf0, 0xf0)) >= 3.0);
+        QVERIFY(contrast(ink, QColor(0x24, 0x24, 0x24)) >= 3.0);
+    }
+
+    void theSignInPageFindsItsPicture() {
+        QCOMPARE(QImage(QStringLiteral(":/icons/AppIcon.png")).size(), QSize(256, 256));
+    }
+};
+
+QTEST_MAIN(TestLook)
+#include "tst_look.moc"

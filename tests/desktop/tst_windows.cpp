@@ -1,0 +1,203 @@
+#include "Desktop/SceneGraph.h"
+#include "desktop/DesktopFixture.h"
+#include "desktop/Heard.h"
+
+#include <QApplication>
+#include <QSignalSpy>
+#include <QSystemTrayIcon>
+
+using QAccessible::Button;
+
+/// The status item with its panel, the settings and the alerts, as windows of the desktop.
+class TestWindows : public QObject {
+    Q_OBJECT
+
+    QTemporaryDir m_platformFolder;
+    std::unique_ptr<sandbox::Sandbox> m_platform;
+    std::unique_ptr<DesktopFixture> m_desktop;
+
+    [[nodiscard]] QWindow* settings() const {
+        m_desktop->settings->show(*m_desktop->state);
+        return m_desktop->settings->window();
+    }
+
+    [[nodiscard]] int settingsWindows() const {
+        const QWindowList windows = QGuiApplication::topLevelWindows();
+        return static_cast<int>(std::count_if(windows.begin(), windows.end(), [](const QWindow* window) {
+            return window->title() == QLatin1String("Einstellungen");
+        }));
+    }
+
+  private Q_SLOTS:
+
+    void initTestCase() {
+        QAccessible::setActive(true);
+        m_platform = std::make_unique<sandbox::Sandbox>(sandbox::Options{m_platformFolder.path(), 0, false});
+    }
+
+    void init() { m_desktop = std::make_unique<DesktopFixture>(m_platform->server()); }
+
+    void cleanup() { m_desktop.reset(); }
+
+    void thePanelHasItsSizeAndLiesOnTheScreen() {
+        const PanelWindow* const window = m_desktop->openPanel();
+        QCOMPARE(window->size(), QSize(640, 660));
+        QTRY_VERIFY(window->screen()->availableGeometry().contains(window->geometry()));
+    }
+
+    void toggleShowsAndHides() {
+        m_desktop->openPanel();
+        m_desktop->statusBar->toggle();
+        QVERIFY(!m_desktop->statusBar->isShown());
+        m_desktop->statusBar->toggle();
+        QVERIFY(m_desktop->statusBar->isShown());
+    }
+
+    void installingTwiceMakesOneItemAndOnePanel() {
+        m_desktop->openPanel();
+        const PanelWindow* const before = &m_desktop->statusBar->panel();
+        const auto items = m_desktop->statusBar->children().size();
+        m_desktop->statusBar->install(*m_desktop->state);
+        QCOMPARE(&m_desktop->statusBar->panel(), before);
+        QCOMPARE(m_desktop->statusBar->children().size(), items);
+    }
+
+    void turningElsewhereClosesThePopoverAndTheSameClickKeepsItClosed() {
+        if (!QSystemTrayIcon::isSystemTrayAvailable())
+            QSKIP("without a bar the panel is an ordinary window");
+        m_desktop->openPanel();
+        QWindow other;
+        other.resize(100, 100);
+        other.show();
+        other.requestActivate();
+        QTRY_VERIFY(!m_desktop->statusBar->isShown());
+        m_desktop->statusBar->toggle();
+        QVERIFY2(!m_desktop->statusBar->isShown(), "the click that closed it opened it again");
+        QTest::qWait(400);
+        m_desktop->statusBar->toggle();
+        QVERIFY(m_desktop->statusBar->isShown());
+    }
+
+    void closingThePanelDoesNotDestroyIt() {
+        PanelWindow* const window = m_desktop->openPanel();
+        window->close();
+        QVERIFY(!m_desktop->statusBar->isShown());
+        QCOMPARE(m_desktop->openPanel(), window);
+    }
+
+    void keysReachTheProgram() {
+        PanelWindow* const window = m_desktop->openPanel();
+        const QSignalSpy settingsAsked(m_desktop->statusBar.get(), &StatusBarController::settingsRequested);
+        const QSignalSpy updatesAsked(m_desktop->statusBar.get(), &StatusBarController::updatesRequested);
+        const QSignalSpy quitAsked(m_desktop->statusBar.get(), &StatusBarController::quitRequested);
+        QTest::keyClick(window, Qt::Key_Comma, Qt::ControlModifier);
+        QTest::keyClick(window, Qt::Key_U, Qt::ControlModifier);
+        QTest::keyClick(window, Qt::Key_Q, Qt::ControlModifier);
+        QCOMPARE(settingsAsked.size(), 1);
+        QCOMPARE(updatesAsked.size(), 1);
+        QCOMPARE(quitAsked.size(), 1);
+    }
+
+    void settingsAreOneWindow() {
+        m_desktop->openPanel();
+        QWindow* const window = settings();
+        QVERIFY2(!m_desktop->statusBar->isShown(), "the panel closes first");
+        QVERIFY(QTest::qWaitForWindowActive(window));
+        QCOMPARE(window->title(), QStringLiteral("Einstellungen"));
+        QCOMPARE(window->size(), QSize(520, 460));
+        QCOMPARE(settings(), window);
+        window->close();
+        QCOMPARE(settings(), window);
+        QVERIFY(window->isVisible());
+        QCOMPARE(settingsWindows(), 1);
+    }
+
+    void settingsOfNobody() {
+        QWindow* const window = settings();
+        QVERIFY(heard::find(window, QStringLiteral("Einstellungen - Harvellon Connect")));
+        QVERIFY(heard::find(window, QStringLiteral("Nicht angemeldet")));
+        QVERIFY(heard::find(window, QStringLiteral("Melde dich an, um deine Projekte zu verwalten.")));
+        QVERIFY(!heard::find(window, QStringLiteral("Account hinzufügen")));
+        m_desktop->identity = QStringLiteral("erika");
+        QVERIFY(heard::press(heard::find(window, QStringLiteral("Mit Harvellon anmelden"), Button)));
+        QTRY_COMPARE(m_desktop->state->accounts().size(), 1);
+        QTRY_VERIFY(!m_desktop->state->isLoading());
+        QTRY_VERIFY(heard::find(window, QStringLiteral("Account hinzufügen"), Button));
+        QVERIFY(!heard::find(window, QStringLiteral("Nicht angemeldet")));
+    }
+
+    void ofTwoAccountsOneIsActive() {
+        const QList<sandbox::Identity> people = sandbox::identities();
+        m_desktop->signIn(qPrintable(people.at(0).key));
+        m_desktop->signIn(qPrintable(people.at(1).key));
+        QWindow* const window = settings();
+        const auto active = [window] {
+            QStringList names;
+            heard::visit(QAccessible::queryAccessibleInterface(window),
+                         [&names](QAccessibleInterface* control) {
+                             if (control->role() == QAccessible::ListItem && control->state().selected)
+                                 names.append(control->text(QAccessible::Name));
+                         });
+            return names;
+        };
+        QTRY_COMPARE(heard::names(window, QAccessible::ListItem).size(), 2);
+        QCOMPARE(active(), QStringList(people.at(1).name));
+        QVERIFY(heard::press(heard::find(window, people.at(0).name, QAccessible::ListItem)));
+        QTRY_COMPARE(active(), QStringList(people.at(0).name));
+
+        QVERIFY(heard::press(heard::find(window, QStringLiteral("Account entfernen"), Button)));
+        QTRY_COMPARE(m_desktop->state->accounts().size(), 1);
+        QTRY_COMPARE(heard::names(window, QAccessible::ListItem), QStringList(people.at(1).name));
+    }
+
+    void theSwitchTurnsTheHotKeyOff() {
+        QWindow* const window = settings();
+        const bool before = m_desktop->state->globalHotkeyEnabled();
+        QAccessibleInterface* const control =
+            heard::find(window, QStringLiteral("F19 oeffnet Harvellon Connect"));
+        QVERIFY(heard::press(control));
+        QCOMPARE(m_desktop->state->globalHotkeyEnabled(), !before);
+        QVERIFY(heard::press(control));
+        QCOMPARE(m_desktop->state->globalHotkeyEnabled(), before);
+    }
+
+    void guidanceIsAskedOnceAndAnswered() {
+        m_desktop.reset();
+        m_desktop = std::make_unique<DesktopFixture>(m_platform->server(), QStringLiteral("/nowhere/sshfs"));
+        m_desktop->signIn("erika");
+        await(m_desktop->state->connectProject(m_desktop->state->projects().constFirst()));
+        QWindow* const alert = m_desktop->alerts->window();
+        QVERIFY(alert);
+        QVERIFY(QTest::qWaitForWindowExposed(alert));
+        const QVariantMap guidance = m_desktop->state->guidanceMap();
+        QVERIFY(heard::find(alert, guidance.value(QStringLiteral("title")).toString()));
+        const QStringList labels = guidance.value(QStringLiteral("buttons")).toStringList();
+        for (const QString& label : labels)
+            QVERIFY2(heard::find(alert, label, Button), qPrintable(label));
+        QVERIFY(heard::press(heard::find(alert, labels.constLast(), Button)));
+        QVERIFY(m_desktop->state->guidanceMap().isEmpty());
+        QVERIFY(!m_desktop->alerts->window());
+    }
+
+    void closingTheAlertIsAnAnswerToo() {
+        m_desktop.reset();
+        m_desktop = std::make_unique<DesktopFixture>(m_platform->server(), QStringLiteral("/nowhere/sshfs"));
+        m_desktop->signIn("erika");
+        await(m_desktop->state->connectProject(m_desktop->state->projects().constFirst()));
+        QWindow* const alert = m_desktop->alerts->window();
+        QVERIFY(alert && QTest::qWaitForWindowExposed(alert));
+        QTest::keyClick(alert, Qt::Key_Escape);
+        QVERIFY(m_desktop->state->guidanceMap().isEmpty());
+        QVERIFY(m_desktop->copied.isEmpty());
+    }
+};
+
+int main(int argc, char* argv[]) {
+    chooseSceneGraph();
+    QApplication application(argc, argv);
+    QApplication::setQuitOnLastWindowClosed(false);
+    TestWindows test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_windows.moc"
