@@ -10,7 +10,7 @@
 
 namespace sandbox {
 
-enum class Endpoint { token, directory };
+enum class Endpoint { token, directory, site };
 
 /// How one endpoint misbehaves. The default is not at all.
 struct Fault {

@@ -25,6 +25,7 @@ Sandbox::Sandbox(const Options& options)
         throw std::runtime_error("the folder is in use: " + m_folder.toStdString());
     m_web = std::make_unique<WebServer>(m_identities, m_ledger, m_faults, treeRoot(),
                                         m_folder + QStringLiteral("/port"));
+    m_sites = std::make_unique<Sites>(m_folder + QStringLiteral("/sites"), m_faults);
     m_hasSsh = options.ssh && SshDaemon::available();
     if (m_hasSsh)
         startSsh();

@@ -2,6 +2,7 @@
 
 #include "sandbox/Faults.h"
 #include "sandbox/Identities.h"
+#include "sandbox/Sites.h"
 #include "sandbox/SshHosts.h"
 #include "sandbox/TokenLedger.h"
 #include "sandbox/WebServer.h"
@@ -20,8 +21,8 @@ struct Options {
     bool ssh = true;           ///< whether SSH hosts are wanted
 };
 
-/// The platform in small: identity server, directory and SSH hosts, on loopback addresses only. The web
-/// server has threads of its own; this object lives on one thread and ends everything with it.
+/// The platform in small: identity server, directory, web sites and SSH hosts, on loopback addresses only.
+/// The web server has threads of its own; this object lives on one thread and ends everything with it.
 class Sandbox {
   public:
     using Endpoint = sandbox::Endpoint;
@@ -32,6 +33,9 @@ class Sandbox {
     Q_DISABLE_COPY_MOVE(Sandbox)
 
     [[nodiscard]] QString server() const; ///< http://127.0.0.1:<port>
+
+    /// Every project's site, under one address.
+    [[nodiscard]] const Sites& sites() const { return *m_sites; }
 
     [[nodiscard]] bool hasSsh() const { return m_hasSsh; }
 
@@ -68,6 +72,7 @@ class Sandbox {
     SshHosts m_ssh;
     bool m_hasSsh = false;
     std::unique_ptr<WebServer> m_web;
+    std::unique_ptr<Sites> m_sites;
 };
 
 } // namespace sandbox

@@ -1,6 +1,7 @@
 #include "sandbox/WebServer.h"
 
 #include "sandbox/Authorization.h"
+#include "sandbox/HttpAnswers.h"
 #include "sandbox/Pages.h"
 #include "sandbox/PrivateFile.h"
 
@@ -9,7 +10,6 @@
 
 #include <httplib.h>
 
-#include <fcntl.h>
 #include <stdexcept>
 
 namespace sandbox {
@@ -18,9 +18,6 @@ namespace {
 using httplib::Request;
 using httplib::Response;
 
-constexpr const char* loopback = "127.0.0.1";
-constexpr const char* html = "text/html; charset=utf-8";
-constexpr const char* json = "application/json";
 constexpr size_t largestRequest = 1024 * 1024;
 constexpr size_t workers = 24; // slow answers and the idle connections that browsers keep each hold one
 
@@ -31,26 +28,6 @@ Parameters parametersOf(const Request& request) {
     return parameters;
 }
 
-RecordedRequest recorded(const Request& request) {
-    RecordedRequest record{QByteArray::fromStdString(request.method),
-                           QByteArray::fromStdString(request.path),
-                           {},
-                           QByteArray::fromStdString(request.body)};
-    for (const auto& [name, value] : request.headers)
-        record.headers.insert(QByteArray::fromStdString(name).toLower(), QByteArray::fromStdString(value));
-    return record;
-}
-
-void send(Response& response, int status, const QByteArray& body, const char* type) {
-    response.status = status;
-    if (body.isEmpty())
-        return response.set_content(std::string(), type);
-    // Not as content: the library would compress it for whoever takes that, for seconds when it is long.
-    response.set_content_provider(static_cast<size_t>(body.size()), type,
-                                  [body](size_t offset, size_t length, httplib::DataSink& sink) {
-                                      return sink.write(body.constData() + offset, length);
-                                  });
-}
 } // namespace
 
 WebServer::WebServer(const QList<Identity>& identities, TokenLedger& ledger, Faults& faults, QString treeRoot,
@@ -95,44 +72,8 @@ void WebServer::listen(const QString& portFile) {
     m_server->set_keep_alive_timeout(1); // an idle connection holds up the end for that long
     m_server->set_payload_max_length(largestRequest);
     m_server->set_default_headers({{"Cache-Control", "no-store"}});
-    m_server->set_socket_options([](socket_t socket) {
-        // Not the library's SO_REUSEPORT, which lets two servers have one port. And no child process may keep
-        // it.
-        const int yes = 1;
-        ::setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof(yes));
-        ::fcntl(socket, F_SETFD, FD_CLOEXEC);
-    });
-
-    const int former = contentOf(portFile).toInt();
-    if (former > 0 && m_server->bind_to_port(loopback, former))
-        m_port = former;
-    else
-        m_port = m_server->bind_to_any_port(loopback);
-    if (m_port <= 0)
-        throw std::runtime_error("no port for the web server");
+    m_port = serve(*m_server, contentOf(portFile).toInt(), m_thread);
     writePrivateFile(portFile, QByteArray::number(m_port));
-    m_thread = std::thread([this] { m_server->listen_after_bind(); });
-    while (!m_server->is_running())
-        std::this_thread::yield();
-}
-
-/// Plays the endpoint's fault; true when that was the whole answer.
-bool WebServer::misbehaves(Endpoint endpoint, const Request& request, Response& response) {
-    constexpr std::chrono::milliseconds step{20};
-    constexpr int methodNotAllowed = 405;
-    const Fault fault = m_faults.of(endpoint);
-    for (std::chrono::milliseconds waited{0}; waited < fault.delay && !m_stopping; waited += step)
-        std::this_thread::sleep_for(std::min(step, fault.delay - waited));
-    if (fault.refusePost && request.method == "POST") {
-        send(response, methodNotAllowed, "{}", json);
-        return true;
-    }
-    if (fault.status == 0 && fault.body.isEmpty())
-        return false;
-    send(response, fault.status == 0 ? 200 : fault.status, fault.body, fault.contentType.constData());
-    if (!fault.location.isEmpty())
-        response.set_header("Location", fault.location.toStdString());
-    return true;
 }
 
 void WebServer::authorize(const Request& request, Response& response) {
@@ -154,7 +95,7 @@ void WebServer::authorize(const Request& request, Response& response) {
 }
 
 void WebServer::token(const Request& request, Response& response) {
-    if (misbehaves(Endpoint::token, request, response))
+    if (misbehaves(m_faults.of(Endpoint::token), request, response, m_stopping))
         return;
     const Parameters form = parametersOf(request);
     const QString grantType = form.value(QStringLiteral("grant_type"));
@@ -179,7 +120,7 @@ void WebServer::token(const Request& request, Response& response) {
 }
 
 void WebServer::directory(const Request& request, Response& response) {
-    if (misbehaves(Endpoint::directory, request, response))
+    if (misbehaves(m_faults.of(Endpoint::directory), request, response, m_stopping))
         return;
     const QString header = QString::fromStdString(request.get_header_value("Authorization"));
     const QString bearer = QStringLiteral("Bearer ");
@@ -191,7 +132,8 @@ void WebServer::directory(const Request& request, Response& response) {
     send(response, 200, directoryAnswer(*identity, m_treeRoot), json);
 }
 
-/// {"token": {…}, "directory": {…}, "expire_tokens": true, "revoke_all": true}, each of them optional.
+/// {"token": {…}, "directory": {…}, "site": {…}, "expire_tokens": true, "revoke_all": true}, each of them
+/// optional.
 void WebServer::takeFaults(const Request& request, Response& response) {
     // A page in a browser can post other types to any address, but not this one.
     if (request.get_header_value("Content-Type") != json)
@@ -206,6 +148,8 @@ void WebServer::takeFaults(const Request& request, Response& response) {
                 m_faults.set(Endpoint::token, Fault::fromJson(order->toObject()));
             else if (order.key() == QLatin1String("directory"))
                 m_faults.set(Endpoint::directory, Fault::fromJson(order->toObject()));
+            else if (order.key() == QLatin1String("site"))
+                m_faults.set(Endpoint::site, Fault::fromJson(order->toObject()));
             else if (order.key() == QLatin1String("expire_tokens") && order->toBool())
                 m_ledger.expireAccessTokens();
             else if (order.key() == QLatin1String("revoke_all") && order->toBool())

@@ -40,7 +40,6 @@ class WebServer {
     void token(const httplib::Request& request, httplib::Response& response);
     void directory(const httplib::Request& request, httplib::Response& response);
     void takeFaults(const httplib::Request& request, httplib::Response& response);
-    bool misbehaves(Endpoint endpoint, const httplib::Request& request, httplib::Response& response);
 
     const QList<Identity>& m_identities;
     TokenLedger& m_ledger;

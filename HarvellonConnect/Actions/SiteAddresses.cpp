@@ -1,5 +1,7 @@
 #include "Actions/SiteAddresses.h"
 
+#include <QUrl>
+
 namespace {
 const QString scheme = QStringLiteral("https://");
 }
@@ -10,6 +12,13 @@ QString siteAddress(const Project& project, bool backEnd) {
 
 QString shellAddress(const Project& project) {
     return QStringLiteral("ssh://") + project.sshUser() + QLatin1Char('@') + project.domain;
+}
+
+std::optional<QStringList> shellArguments(const Project& project) {
+    const QUrl url(shellAddress(project), QUrl::StrictMode);
+    if (!url.isValid() || url.host().compare(project.domain, Qt::CaseInsensitive) != 0)
+        return std::nullopt;
+    return QStringList{project.sshUser() + QLatin1Char('@') + project.domain};
 }
 
 QString cacheAddress(const Project& project) {

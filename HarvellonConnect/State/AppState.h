@@ -166,8 +166,9 @@ class AppState : public QObject {
     QCoro::Task<> removeAccount(QString accountID);
     QCoro::Task<> connectProject(Project project);
     QCoro::Task<> disconnectProject(QString domain, bool force);
-    QCoro::Task<> openInFinder(Project project);
+    void openInFinder(const Project& project);
     QCoro::Task<> openInVSCode(Project project);
+    QCoro::Task<> openShell(Project project);
     QCoro::Task<> openDatabase(Project project);
     QCoro::Task<> clearCache(Project project);
     QCoro::Task<> fillSearchFromChrome();
@@ -220,8 +221,9 @@ class AppState : public QObject {
                                                        std::chrono::seconds budget);
 
     // AppStateActions.cpp
-    QCoro::Task<> openAddress(QString address);
-    QCoro::Task<> openTerminal();
+    void openAddress(const QString& address);
+    QCoro::Task<bool> opensAddresses(QString scheme);
+    void openTerminal(const QStringList& command = {});
 
     // AppStateGuidance.cpp
     void showSSHFSSetupAlert();

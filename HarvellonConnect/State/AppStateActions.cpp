@@ -12,30 +12,41 @@
 
 using namespace std::chrono_literals;
 
-/// Hands an address to the desktop. The opener may block until the handler ends; nobody waits for it.
-QCoro::Task<> AppState::openAddress(QString address) {
-    const QStringList arguments = m_host.opener.argumentsFor(address);
+/// Hands an address or a folder to the user's own program. Where nothing opens, that is plain to see.
+void AppState::openAddress(const QString& address) {
     try {
-        co_await m_shell.run(m_host.opener.executable, arguments);
+        m_shell.launch(m_host.opener.executable, m_host.opener.argumentsFor(address));
     } catch (const ShellError&) {
-        // Nothing opens, which is plain to see.
     }
 }
 
-QCoro::Task<> AppState::openTerminal() {
-    ExternalCommand command = m_host.terminal;
-    if (command.executable.isEmpty()) {
+QCoro::Task<bool> AppState::opensAddresses(QString scheme) {
+    if (m_host.handlerQuery.executable.isEmpty())
+        co_return true;
+    const QStringList arguments =
+        m_host.handlerQuery.argumentsFor(QStringLiteral("x-scheme-handler/") + scheme);
+    try {
+        const ShellResult result = co_await m_shell.run(m_host.handlerQuery.executable, arguments, 5s);
+        co_return result.exitCode == 0 && !result.stdout.trimmed().isEmpty();
+    } catch (const ShellError&) {
+        co_return false;
+    }
+}
+
+/// A terminal window, empty or with a command in it.
+void AppState::openTerminal(const QStringList& command) {
+    ExternalCommand terminal = m_host.terminal;
+    if (terminal.executable.isEmpty()) {
         const std::optional<ExternalCommand> found = terminalProgram({}, qEnvironmentVariable("TERMINAL"));
         if (!found) {
             log(QStringLiteral("Kein Terminal gefunden."), ActivityLogLevel::warning);
-            co_return;
+            return;
         }
-        command = {found->executable, {}};
+        terminal = {found->executable, command.isEmpty() ? QStringList() : found->arguments + command};
     }
     try {
-        co_await m_shell.run(command.executable, command.arguments);
+        m_shell.launch(terminal.executable, terminal.arguments);
     } catch (const ShellError&) {
-        // Nothing opens, which is plain to see.
     }
 }
 
@@ -44,15 +55,14 @@ void AppState::startOpenInFinder(const QString& domain) {
         openInFinder(*known);
 }
 
-QCoro::Task<> AppState::openInFinder(Project project) {
+void AppState::openInFinder(const Project& project) {
     const std::optional<QString> mountPoint = m_sshfsMounter.mountPoint(project.domain);
     if (!mountPoint) {
         log(QStringLiteral("CloudStorage-Verzeichnis fuer %1 nicht gefunden.").arg(project.domain),
             ActivityLogLevel::warning);
-        co_return;
+        return;
     }
-    const QString folder = *mountPoint;
-    co_await openAddress(folder);
+    openAddress(*mountPoint);
     log(QStringLiteral("Öffne %1 im Finder...").arg(project.domain), ActivityLogLevel::info);
 }
 
@@ -88,7 +98,19 @@ void AppState::startOpenSite(const QString& domain, bool backEnd) {
 
 void AppState::startOpenShell(const QString& domain) {
     if (const std::optional<Project> known = project(domain))
-        openAddress(shellAddress(*known));
+        openShell(*known);
+}
+
+QCoro::Task<> AppState::openShell(Project project) {
+    if (co_await opensAddresses(QStringLiteral("ssh"))) {
+        openAddress(shellAddress(project));
+        co_return;
+    }
+    if (const std::optional<QStringList> arguments = shellArguments(project))
+        openTerminal(QStringList{m_host.ssh} + *arguments);
+    else
+        log(QStringLiteral("SSH-Shell nicht moeglich: %1 ist kein Rechnername.").arg(project.domain),
+            ActivityLogLevel::warning);
 }
 
 void AppState::startClearCache(const QString& domain) {
@@ -110,8 +132,8 @@ QCoro::Task<> AppState::clearCache(Project project) {
     const QByteArray method("GET");
     const QByteArray noBody;
     try {
-        const HttpAnswer answer =
-            co_await Http::exchange(m_network, request, method, noBody, 10s, ignoredBody);
+        const HttpAnswer answer = co_await Http::exchange(m_network, request, method, noBody, 10s,
+                                                          ignoredBody, Http::Redirects::followed);
         if (answer.status == 0)
             log(QStringLiteral("Cache-Request hatte keine HTTP-Antwort."), ActivityLogLevel::error);
         else if (answer.status >= 200 && answer.status <= 299)
@@ -159,7 +181,7 @@ QCoro::Task<> AppState::openDatabase(Project project) {
     }
     const QString address = databaseAddress(project, *credentials, m_host.homeFolder);
     const QString database = credentials->database;
-    co_await openAddress(address);
+    openAddress(address);
     log(QStringLiteral("Oeffne %1 DB in Sequel Ace (%2)...").arg(project.domain, database),
         ActivityLogLevel::success);
 }

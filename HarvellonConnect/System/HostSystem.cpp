@@ -51,6 +51,8 @@ HostSystem HostSystem::linuxDesktop(const QString& homeFolder, const QString& os
     host.unmountCommands = {
         {fusermount, {QStringLiteral("-u")}}, {QStringLiteral("/usr/bin/umount"), {}}, host.forcedUnmount};
     host.opener = {QStringLiteral("/usr/bin/xdg-open"), {}};
+    host.handlerQuery = {QStringLiteral("/usr/bin/xdg-mime"),
+                         {QStringLiteral("query"), QStringLiteral("default")}};
     host.editorLaunchers = {QStringLiteral("/usr/bin/code"), QStringLiteral("/snap/bin/code"),
                             QStringLiteral("/var/lib/flatpak/exports/bin/com.visualstudio.code"),
                             QStringLiteral("/usr/bin/code-insiders"), QStringLiteral("/usr/bin/codium")};

@@ -8,8 +8,10 @@
 
 QCoro::Task<HttpAnswer> Http::exchange(QNetworkAccessManager& network, QNetworkRequest request,
                                        QByteArray method, QByteArray body, std::chrono::milliseconds limit,
-                                       qint64 largestBody) {
-    request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::ManualRedirectPolicy);
+                                       qint64 largestBody, Redirects redirects) {
+    request.setAttribute(QNetworkRequest::RedirectPolicyAttribute,
+                         redirects == Redirects::followed ? QNetworkRequest::NoLessSafeRedirectPolicy
+                                                          : QNetworkRequest::ManualRedirectPolicy);
     // Compressed answers would be unpacked without a bound; ask for none.
     request.setRawHeader("Accept-Encoding", "identity");
 
@@ -38,6 +40,11 @@ QCoro::Task<HttpAnswer> Http::exchange(QNetworkAccessManager& network, QNetworkR
     if (tooLarge)
         throw NetworkError(QStringLiteral("Die Antwort des Servers ist zu groß."));
     const QVariant status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
+    if (reply->error() == QNetworkReply::InsecureRedirectError)
+        throw NetworkError(
+            QStringLiteral("Die Weiterleitung führt auf eine Adresse, die nicht mit https gesichert ist."));
+    if (reply->error() == QNetworkReply::TooManyRedirectsError)
+        throw NetworkError(QStringLiteral("Zu viele Weiterleitungen."));
     // With a status the server has spoken: an error then only repeats it, unless the body broke off.
     const bool brokenOff = reply->error() == QNetworkReply::RemoteHostClosedError ||
                            reply->error() == QNetworkReply::OperationCanceledError ||

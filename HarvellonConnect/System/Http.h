@@ -31,9 +31,14 @@ struct HttpAnswer {
 
 namespace Http {
 
-/// Sends one request and waits for the whole answer, at most `limit` in all. Redirects are answers, they are
-/// not followed. A body beyond `largestBody` bytes ends the transfer. Throws NetworkError. Main thread.
+/// What a redirect is: an answer like others, or a step that is taken as a browser does, but never from https
+/// to http.
+enum class Redirects { answers, followed };
+
+/// Sends one request and waits for the whole answer, at most `limit` in all, redirects included. A body
+/// beyond `largestBody` bytes ends the transfer. Throws NetworkError. Main thread.
 QCoro::Task<HttpAnswer> exchange(QNetworkAccessManager& network, QNetworkRequest request, QByteArray method,
-                                 QByteArray body, std::chrono::milliseconds limit, qint64 largestBody);
+                                 QByteArray body, std::chrono::milliseconds limit, qint64 largestBody,
+                                 Redirects redirects = Redirects::answers);
 
 } // namespace Http

@@ -91,6 +91,17 @@ QCoro::Task<ShellResult> Shell::run(QString executable, QStringList arguments,
     co_return *outcome;
 }
 
+void Shell::launch(const QString& executable, const QStringList& arguments) {
+    QProcess process;
+    process.setProgram(executable);
+    process.setArguments(arguments);
+    // A pipe of ours would break with us, and a terminal or a browser with it.
+    process.setStandardOutputFile(QProcess::nullDevice());
+    process.setStandardErrorFile(QProcess::nullDevice());
+    if (!process.startDetached())
+        throw ShellError::launchFailed(executable);
+}
+
 QCoro::Task<std::optional<QString>> Shell::which(QString name) {
     const QStringList arguments{name};
     const ShellResult result = co_await run(QStringLiteral("/usr/bin/which"), arguments, noLimit);

@@ -49,6 +49,11 @@ class Shell {
     [[nodiscard]] virtual QCoro::Task<ShellResult> run(QString executable, QStringList arguments,
                                                        std::chrono::milliseconds limit = noLimit);
 
+    /// Starts a program that lives on by itself, with a session of its own: nobody waits for it, what it
+    /// writes is dropped, and the end of this program leaves it alone. Throws ShellError when it cannot be
+    /// started.
+    virtual void launch(const QString& executable, const QStringList& arguments);
+
     /// Where `name` is found on the search path that this program inherited.
     [[nodiscard]] QCoro::Task<std::optional<QString>> which(QString name);
 };

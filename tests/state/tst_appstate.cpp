@@ -2,6 +2,7 @@
 #include "sandbox/ProjectTrees.h"
 #include "sandbox/Sandbox.h"
 #include "support/Await.h"
+#include "support/DesktopShell.h"
 
 #include <QElapsedTimer>
 #include <QFile>
@@ -20,30 +21,6 @@ namespace {
 const QString erika = QStringLiteral("8f14e45f-erika");
 const QByteArray directoryPath = "/api/json/applications";
 const QByteArray tokenPath = "/oauth/token";
-
-/// The real runner, except that what would open on the desktop is written down.
-class RecordingShell : public Shell {
-  public:
-    QStringList opened;
-    std::function<void(const QString&)> browser;
-
-    QCoro::Task<ShellResult> run(QString executable, QStringList arguments,
-                                 std::chrono::milliseconds limit) override {
-        if (executable.endsWith(QLatin1String("/xdg-open"))) {
-            opened.append(arguments.join(QLatin1Char(' ')));
-            if (browser)
-                browser(arguments.value(0));
-            co_return ShellResult{};
-        }
-        if (executable.endsWith(QLatin1String("/which")) && arguments.value(0) == QLatin1String("code"))
-            co_return ShellResult{0, QStringLiteral("/test/code\n"), {}};
-        if (executable == QLatin1String("/test/code")) {
-            opened.append(QStringLiteral("code ") + arguments.join(QLatin1Char(' ')));
-            co_return ShellResult{};
-        }
-        co_return co_await Shell::run(executable, arguments, limit);
-    }
-};
 } // namespace
 
 /// The state with real services, from start to end.
@@ -54,7 +31,7 @@ class TestAppState : public QObject {
     std::unique_ptr<sandbox::Sandbox> m_platform;
     QByteArray m_searchPath;
     std::unique_ptr<QTemporaryDir> m_home;
-    std::unique_ptr<RecordingShell> m_shell;
+    std::unique_ptr<DesktopShell> m_shell;
     std::unique_ptr<KeychainStore> m_keychain;
     std::unique_ptr<Preferences> m_preferences;
     std::unique_ptr<QNetworkAccessManager> m_network;
@@ -125,7 +102,7 @@ class TestAppState : public QObject {
     void init() {
         m_home = std::make_unique<QTemporaryDir>();
         m_network = std::make_unique<QNetworkAccessManager>();
-        m_shell = std::make_unique<RecordingShell>();
+        m_shell = std::make_unique<DesktopShell>();
         m_shell->browser = [this](const QString& address) {
             if (address.startsWith(QLatin1String("http://127.0.0.1")))
                 m_network->get(QNetworkRequest(QUrl(address + QStringLiteral("&identity=") + m_identity)));

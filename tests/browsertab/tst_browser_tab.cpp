@@ -1,0 +1,215 @@
+#include "BrowserTab/FrontTab.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QtEndian>
+
+#include <unistd.h>
+
+namespace {
+constexpr qint32 firstWindow = 100;
+constexpr qint32 secondWindow = 200;
+
+QByteArray number(qint32 value) {
+    QByteArray bytes(4, '\0');
+    qToLittleEndian(value, bytes.data());
+    return bytes;
+}
+
+QByteArray command(quint8 id, const QByteArray& content) {
+    QByteArray bytes(2, '\0');
+    qToLittleEndian(static_cast<quint16>(content.size() + 1), bytes.data());
+    return bytes + char(id) + content;
+}
+
+QByteArray command(quint8 id, qint32 first, qint32 second) {
+    return command(id, number(first) + number(second));
+}
+
+QByteArray page(qint32 tab, qint32 index, const QByteArray& address, const QString& title) {
+    QByteArray text;
+    for (const QChar unit : title)
+        text += QByteArray(1, static_cast<char>(unit.unicode() & 0xff)) + char(unit.unicode() >> 8);
+    const auto padded = [](const QByteArray& bytes) {
+        return bytes + QByteArray((4 - bytes.size() % 4) % 4, '\0');
+    };
+    const QByteArray content = number(tab) + number(index) + number(static_cast<qint32>(address.size())) +
+                               padded(address) + number(static_cast<qint32>(title.size())) + padded(text);
+    return command(6, number(static_cast<qint32>(content.size())) + content);
+}
+
+QByteArray tabOf(qint32 window, qint32 tab, qint32 index) {
+    return command(0, window, tab) + command(2, tab, index);
+}
+
+QByteArray header(qint32 version = 3) {
+    return "SNSS" + number(version);
+}
+
+/// Two windows: in the first the tabs a and b, in the second c, which was used last.
+QByteArray session() {
+    return header() + tabOf(firstWindow, 1, 0) + page(1, 0, "https://a.example/", QStringLiteral("Ä")) +
+           tabOf(firstWindow, 2, 1) + page(2, 0, "https://b.example/", QStringLiteral("B")) +
+           tabOf(secondWindow, 3, 0) + page(3, 0, "https://c.example/", QStringLiteral("C")) +
+           command(8, firstWindow, 1) + command(8, secondWindow, 0) + command(20, number(secondWindow));
+}
+
+/// "address title*", the star for the window used last.
+QString told(const QList<SavedWindow>& windows) {
+    QStringList texts;
+    for (const SavedWindow& window : windows)
+        texts.append(window.address + QLatin1Char(' ') + window.title +
+                     (window.isLastActive ? QStringLiteral("*") : QString()));
+    return texts.join(QStringLiteral(", "));
+}
+
+SavedWindow saved(const char* title, const char* address, bool lastActive = false) {
+    return {QString::fromLatin1(title), QString::fromLatin1(address), lastActive};
+}
+
+ScreenWindow onScreen(const char* title, qint64 pid = 1, bool isApp = false) {
+    return {QString::fromLatin1(title), pid, isApp};
+}
+} // namespace
+
+class TestBrowserTab : public QObject {
+    Q_OBJECT
+
+  private Q_SLOTS:
+
+    void sessionFiles_data() {
+        QTest::addColumn<QByteArray>("file");
+        QTest::addColumn<QString>("windows");
+        const QString both = QStringLiteral("https://b.example/ B, https://c.example/ C*");
+        QTest::newRow("two windows") << session() << both;
+        QTest::newRow("torn tail") << session() + page(3, 1, "https://d.example/", {}).chopped(5) << both;
+        QTest::newRow("half a length") << session() + QByteArray(1, '\7') << both;
+        QTest::newRow("unknown commands")
+            << session() + command(99, number(1)) + command(19, QByteArray(3, 'x')) << both;
+        QTest::newRow("other tab") << session() + command(8, firstWindow, 0)
+                                   << "https://a.example/ Ä, https://c.example/ C*";
+        QTest::newRow("next page") << session() + page(3, 1, "https://d.example/", QStringLiteral("D")) +
+                                          command(7, 3, 1)
+                                   << "https://b.example/ B, https://d.example/ D*";
+        QTest::newRow("title later") << session() + page(3, 0, "https://c.example/", QStringLiteral("Neu"))
+                                     << "https://b.example/ B, https://c.example/ Neu*";
+        QTest::newRow("history cut before")
+            << session() + page(3, 1, "https://d.example/", QStringLiteral("D")) + command(7, 3, 1) +
+                   command(11, 3, 1)
+            << "https://b.example/ B, https://d.example/ D*";
+        QTest::newRow("history cut inside")
+            << session() + page(3, 1, "https://x.example/", {}) +
+                   page(3, 2, "https://d.example/", QStringLiteral("D")) + command(7, 3, 2) +
+                   command(24, number(3) + number(1) + number(1))
+            << "https://b.example/ B, https://d.example/ D*";
+        QTest::newRow("tab closed") << session() + command(16, number(1) + QByteArray(12, '\0')) +
+                                           command(8, firstWindow, 0)
+                                    << both;
+        QTest::newRow("window closed")
+            << session() + command(17, number(secondWindow) + QByteArray(12, '\0')) << "https://b.example/ B";
+        QTest::newRow("window without a page") << session() + tabOf(300, 9, 0) + command(8, 300, 0) << both;
+        QTest::newRow("length that lies")
+            << session() + command(6, number(0) + number(3) + number(0) + number(0x7fffffff)) +
+                   command(6, number(0) + number(3) + number(0) + number(-1))
+            << both;
+        QTest::newRow("empty") << header(1) << "";
+        QTest::newRow("encrypted") << "SNSS" + number(4) << QString();
+        QTest::newRow("something else") << QByteArray("SQLite format 3") << QString();
+        QTest::newRow("nothing") << QByteArray() << QString();
+    }
+
+    void sessionFiles() {
+        QFETCH(QByteArray, file);
+        QFETCH(QString, windows);
+        const std::optional<QList<SavedWindow>> found = windowsIn(file);
+        QCOMPARE(found.has_value(), !windows.isNull());
+        QCOMPARE(told(found.value_or(QList<SavedWindow>())), windows);
+    }
+
+    void frontWindows_data() {
+        QTest::addColumn<QList<SavedWindow>>("windows");
+        QTest::addColumn<QList<ScreenWindow>>("screen");
+        QTest::addColumn<QString>("address"); // empty for none
+        QTest::addColumn<bool>("current");
+        const SavedWindow a = saved("A", "https://a");
+        const SavedWindow b = saved("B", "https://b", true);
+        const ScreenWindow shownA = onScreen("A - Chromium");
+        const ScreenWindow shownB = onScreen("B - Chromium");
+        using Saved = QList<SavedWindow>;
+        using Screen = QList<ScreenWindow>;
+        QTest::newRow("no screen: used last") << Saved{a, b} << Screen() << "https://b" << true;
+        QTest::newRow("topmost, not used last")
+            << Saved{a, b} << Screen{shownA, shownB} << "https://a" << true;
+        QTest::newRow("web app above")
+            << Saved{a, b} << Screen{onScreen("B - Chromium", 1, true), shownA} << "https://a" << true;
+        QTest::newRow("same title twice: used last")
+            << Saved{a, saved("A", "https://c", true)} << Screen{shownA, shownA} << "https://c" << true;
+        QTest::newRow("without a title")
+            << Saved{saved("", "http://x.example/p/"), b}
+            << Screen{onScreen("x.example/p - Chromium"), shownB} << "http://x.example/p/" << true;
+        QTest::newRow("changed its title")
+            << Saved{a, b} << Screen{onScreen("(3) A! - Chromium"), shownB} << "https://a" << false;
+        QTest::newRow("not saved") << Saved{a, b} << Screen{onScreen("Geheim - Chromium"), shownA, shownB}
+                                   << "" << false;
+        QTest::newRow("one of two not saved")
+            << Saved{a, b} << Screen{onScreen("Geheim - Chromium"), onScreen("(3) A! - Chromium"), shownB}
+            << "" << false;
+        QTest::newRow("nothing saved") << Saved() << Screen{shownA} << "" << false;
+    }
+
+    void frontWindows() {
+        QFETCH(QList<SavedWindow>, windows);
+        QFETCH(QList<ScreenWindow>, screen);
+        QFETCH(QString, address);
+        QFETCH(bool, current);
+        const SessionTab tab = frontTab(windows, screen);
+        QCOMPARE(tab.address, address);
+        QCOMPARE(tab.isCurrent, current);
+        QCOMPARE(tab.problem.isEmpty(), !address.isEmpty());
+    }
+
+    void offeredAddresses() {
+        const QList<AccessibleDocument> documents{
+            {QStringLiteral("A - Chromium"), QStringLiteral("https://a")},
+            {QStringLiteral("B - Chromium"), QStringLiteral("https://b")}};
+        QCOMPARE(offeredAddress(documents, {onScreen("B - Chromium"), onScreen("A - Chromium")}),
+                 QStringLiteral("https://b"));
+        QCOMPARE(offeredAddress(documents, {}), QString());
+        QCOMPARE(offeredAddress(documents.first(1), {}), QStringLiteral("https://a"));
+        QCOMPARE(offeredAddress(documents.first(1), {onScreen("B - Chromium")}), QString());
+    }
+
+    void runningBrowsersAreTheOnesWithALiveLock() {
+        QTemporaryDir home;
+        const QString config = home.filePath(QStringLiteral("config"));
+        const auto lay = [&](const QString& folder, const QString& lock, const QByteArray& content) {
+            QDir().mkpath(folder + QStringLiteral("/Default/Sessions"));
+            QFile::link(lock, folder + QStringLiteral("/SingletonLock"));
+            QFile file(folder + QStringLiteral("/Default/Sessions/Session_1"));
+            if (!file.open(QIODevice::WriteOnly) || file.write(content) < 0)
+                qFatal("no session file");
+        };
+        const qint64 alive = ::getpid();
+        lay(config + QStringLiteral("/google-chrome"), QStringLiteral("host-with-dash-99999999"), session());
+        QVERIFY(runningBrowsers(config, home.path()).isEmpty());
+        lay(config + QStringLiteral("/chromium"), QStringLiteral("host-%1").arg(alive), session());
+        const QList<RunningBrowser> browsers = runningBrowsers(config, home.path());
+        QCOMPARE(browsers.size(), 1);
+        QCOMPARE(browsers.first().pid, alive);
+        QCOMPARE(tabInSessions(browsers, {}).address, QStringLiteral("https://c.example/"));
+        QCOMPARE(tabInSessions(browsers, {onScreen("B - Chromium", alive)}).address,
+                 QStringLiteral("https://b.example/"));
+
+        lay(home.filePath(QStringLiteral("snap/chromium/common/chromium")), QStringLiteral("box-2"),
+            "no session");
+        QCOMPARE(runningBrowsers(config, home.path()).size(), 2);
+        QFile::remove(config + QStringLiteral("/chromium/SingletonLock"));
+        QCOMPARE(tabInSessions(runningBrowsers(config, home.path()), {}).problem,
+                 QStringLiteral("Die Sitzungsdatei von Chrome hat ein unbekanntes Format."));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestBrowserTab)
+#include "tst_browser_tab.moc"

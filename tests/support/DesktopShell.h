@@ -1,0 +1,36 @@
+#pragma once
+
+#include "System/Shell.h"
+
+#include <QStringList>
+
+#include <functional>
+
+/// The real runner, except that nothing opens on the desktop: what would have is written down.
+class DesktopShell : public Shell {
+  public:
+    QStringList opened;                          ///< addresses, folders, and command lines of programs
+    std::function<void(const QString&)> browser; ///< gets what the opener gets
+    bool opensSsh = false;                       ///< whether a program handles ssh addresses
+
+    QCoro::Task<ShellResult> run(QString executable, QStringList arguments,
+                                 std::chrono::milliseconds limit) override {
+        if (executable.endsWith(QLatin1String("/xdg-mime")))
+            co_return ShellResult{0, opensSsh ? QStringLiteral("ssh.desktop\n") : QString(), {}};
+        if (executable.endsWith(QLatin1String("/which")) && arguments.value(0) == QLatin1String("code"))
+            co_return ShellResult{0, QStringLiteral("/test/code\n"), {}};
+        if (executable == QLatin1String("/test/code")) {
+            opened.append(QStringLiteral("code ") + arguments.join(QLatin1Char(' ')));
+            co_return ShellResult{};
+        }
+        co_return co_await Shell::run(executable, arguments, limit);
+    }
+
+    void launch(const QString& executable, const QStringList& arguments) override {
+        const bool opener = executable.endsWith(QLatin1String("/xdg-open"));
+        opened.append(
+            (opener ? QStringList() : QStringList(executable)).append(arguments).join(QLatin1Char(' ')));
+        if (opener && browser)
+            browser(arguments.value(0));
+    }
+};
