@@ -45,12 +45,10 @@ QCoro::Task<HttpAnswer> Http::exchange(QNetworkAccessManager& network, QNetworkR
             QStringLiteral("Die Weiterleitung führt auf eine Adresse, die nicht mit https gesichert ist."));
     if (reply->error() == QNetworkReply::TooManyRedirectsError)
         throw NetworkError(QStringLiteral("Zu viele Weiterleitungen."));
-    // With a status the server has spoken: an error then only repeats it, unless the body broke off.
-    const bool brokenOff = reply->error() == QNetworkReply::RemoteHostClosedError ||
-                           reply->error() == QNetworkReply::OperationCanceledError ||
-                           reply->error() == QNetworkReply::TemporaryNetworkFailureError ||
-                           reply->error() == QNetworkReply::UnknownNetworkError;
-    if (reply->error() != QNetworkReply::NoError && (!status.isValid() || brokenOff))
+    // With a status the server has spoken: an error then only repeats it, unless the transfer itself failed.
+    const QNetworkReply::NetworkError error = reply->error();
+    if (error != QNetworkReply::NoError &&
+        (!status.isValid() || error < QNetworkReply::ProxyConnectionRefusedError))
         throw NetworkError(reply->errorString());
     co_return HttpAnswer{status.toInt(), reply->readAll()};
 }

@@ -1,129 +1,17 @@
-#include "State/AppState.h"
-#include "sandbox/ProjectTrees.h"
-#include "sandbox/Sandbox.h"
-#include "support/Await.h"
-#include "support/DesktopShell.h"
+#include "StateFixture.h"
 
-#include <QElapsedTimer>
 #include <QFile>
-#include <QNetworkAccessManager>
-#include <QNetworkReply>
-#include <QTemporaryDir>
-#include <QTest>
-
-#include <csignal>
-
-using sandbox::Fault;
-using Endpoint = sandbox::Sandbox::Endpoint;
-using Status = ConnectionStatus::Case;
 
 namespace {
 const QString erika = QStringLiteral("8f14e45f-erika");
-const QByteArray directoryPath = "/api/json/applications";
 const QByteArray tokenPath = "/oauth/token";
 } // namespace
 
 /// The state with real services, from start to end.
-class TestAppState : public QObject {
+class TestAppState : public StateFixture {
     Q_OBJECT
 
-    QTemporaryDir m_platformFolder;
-    std::unique_ptr<sandbox::Sandbox> m_platform;
-    QByteArray m_searchPath;
-    std::unique_ptr<QTemporaryDir> m_home;
-    std::unique_ptr<DesktopShell> m_shell;
-    std::unique_ptr<KeychainStore> m_keychain;
-    std::unique_ptr<Preferences> m_preferences;
-    std::unique_ptr<QNetworkAccessManager> m_network;
-    std::unique_ptr<AppState> m_state;
-    QString m_identity; ///< whom the browser chooses
-    QStringList m_ended;
-    QString m_copied;
-
-    [[nodiscard]] HostSystem host() const {
-        HostSystem host = HostSystem::linuxDesktop(m_home->path());
-        host.preferencesFile = m_home->filePath(QStringLiteral("preferences.ini"));
-        host.temporaryFolder = m_home->path();
-        host.usesKeyring = false;
-        return host;
-    }
-
-    void start() { start(host()); }
-
-    void start(const HostSystem& host) {
-        m_state.reset();
-        m_keychain = std::make_unique<KeychainStore>(host);
-        m_preferences = std::make_unique<Preferences>(host.preferencesFile);
-        DesktopCommands desktop;
-        desktop.togglePanel = [] {};
-        desktop.copyText = [this](const QString& text) { m_copied = text; };
-        desktop.tellMountEnded = [this](const QString& domain) { m_ended.append(domain); };
-        m_state = std::make_unique<AppState>(AppServices{host, ServerAddress::checked(m_platform->server()),
-                                                         *m_shell, *m_keychain, *m_preferences, *m_network},
-                                             desktop);
-        settle();
-    }
-
-    void settle() {
-        QTRY_VERIFY(m_state->connectionStatus() == Status::success ||
-                    m_state->connectionStatus() == Status::failure);
-        QTRY_VERIFY(!m_state->isLoading());
-    }
-
-    void signIn(const char* identity) {
-        m_identity = QString::fromLatin1(identity);
-        await(m_state->addAccount());
-    }
-
-    [[nodiscard]] QStringList messages() const {
-        QStringList texts;
-        for (const ActivityLogEntry& entry : m_state->activityLog()->entries())
-            texts.append(entry.message);
-        return texts;
-    }
-
-    [[nodiscard]] Project project(int index) const {
-        const QString domain = m_platform->people().at(0).projects.at(index).domain;
-        for (const Project& project : m_state->projects()) {
-            if (project.domain == domain)
-                return project;
-        }
-        qFatal("no such project");
-    }
-
   private Q_SLOTS:
-
-    void initTestCase() {
-        m_searchPath = qgetenv("PATH");
-        m_platform = std::make_unique<sandbox::Sandbox>(sandbox::Options{m_platformFolder.path(), 0, true});
-        qputenv("PATH", m_platform->ssh().binFolder().toUtf8() + ':' + m_searchPath);
-    }
-
-    void init() {
-        m_home = std::make_unique<QTemporaryDir>();
-        m_network = std::make_unique<QNetworkAccessManager>();
-        m_shell = std::make_unique<DesktopShell>();
-        m_shell->browser = [this](const QString& address) {
-            if (address.startsWith(QLatin1String("http://127.0.0.1")))
-                m_network->get(QNetworkRequest(QUrl(address + QStringLiteral("&identity=") + m_identity)));
-        };
-        m_ended.clear();
-        start();
-    }
-
-    void cleanup() {
-        m_platform->setFault(Endpoint::directory, {});
-        m_platform->setFault(Endpoint::token, {});
-        m_platform->ssh().thaw();
-        if (m_state)
-            await(m_state->shutDown());
-        m_state.reset();
-    }
-
-    void cleanupTestCase() {
-        m_platform.reset();
-        qputenv("PATH", m_searchPath);
-    }
 
     void signedOutAtFirst() {
         QTRY_COMPARE(m_state->connectionStatus(), Status::failure);

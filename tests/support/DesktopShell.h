@@ -29,7 +29,7 @@ class DesktopShell : public Shell {
     void launch(const QString& executable, const QStringList& arguments) override {
         const bool opener = executable.endsWith(QLatin1String("/xdg-open"));
         opened.append(
-            (opener ? QStringList() : QStringList(executable)).append(arguments).join(QLatin1Char(' ')));
+            ((opener ? QStringList() : QStringList(executable)) + arguments).join(QLatin1Char(' ')));
         if (opener && browser)
             browser(arguments.value(0));
     }
