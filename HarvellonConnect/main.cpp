@@ -6,6 +6,8 @@
 
 #include <QApplication>
 #include <QIcon>
+#include <QLibraryInfo>
+#include <QTranslator>
 
 int main(int argc, char* argv[]) {
     chooseSceneGraph();
@@ -17,6 +19,11 @@ int main(int argc, char* argv[]) {
     QApplication::setDesktopFileName(applicationIdentifier);
     QApplication::setApplicationVersion(QStringLiteral(HARVELLON_VERSION));
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/AppIcon.png")));
+
+    // Reasons of the network that come from the toolkit are told in the program's own language.
+    QTranslator german;
+    if (german.load(QStringLiteral("qtbase_de"), QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
+        QApplication::installTranslator(&german);
 
     const HostSystem host = HostSystem::current();
     SingleInstance instance(host.privateFolder);

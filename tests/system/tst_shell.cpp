@@ -5,9 +5,19 @@
 
 #include <QElapsedTimer>
 #include <QFileInfo>
+#include <QTemporaryDir>
 #include <QTest>
 
+#include <unistd.h>
+
 using namespace std::chrono_literals;
+
+namespace {
+QByteArray contentOf(const QString& path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+} // namespace
 
 class TestShell : public QObject {
     Q_OBJECT
@@ -82,6 +92,22 @@ class TestShell : public QObject {
         const QStringList minute{QStringLiteral("60")};
         QCOMPARE(await(m_shell.run(QStringLiteral("/bin/sleep"), minute, 100ms)).exitCode, Shell::timedOut);
         QVERIFY(timer.elapsed() < 5000);
+    }
+
+    void launchedProgramsAreOnTheirOwn() {
+        const QTemporaryDir folder;
+        const QString result = folder.filePath(QStringLiteral("result"));
+        // Its output goes nowhere, and its session is not ours.
+        m_shell.launch(
+            QStringLiteral("/bin/sh"),
+            {QStringLiteral("-c"),
+             QStringLiteral("readlink /proc/$$/fd/2 >\"$0\"; ps -o sid= -p $$ >>\"$0\"; echo end >>\"$0\""),
+             result});
+        QByteArrayList lines;
+        QTRY_VERIFY((lines = contentOf(result).split('\n')).contains("end"));
+        QCOMPARE(lines.at(0), QByteArray("/dev/null"));
+        QVERIFY(lines.at(1).toLongLong() != ::getsid(0));
+        QVERIFY_THROWS_EXCEPTION(ShellError, m_shell.launch(QStringLiteral("/no/such/program"), {}));
     }
 
     void programsAreLookedUp() {
