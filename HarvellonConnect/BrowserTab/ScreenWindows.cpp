@@ -5,6 +5,7 @@
 
 #include <xcb/xcb.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
@@ -66,14 +67,15 @@ QList<ScreenWindow> screenWindows() {
     if (!display.isConnected())
         return {};
     QList<ScreenWindow> windows;
-    const QList<uint32_t> bottomUp = display.numbers(display.root(), "_NET_CLIENT_LIST_STACKING");
-    for (auto window = bottomUp.rbegin(); window != bottomUp.rend(); ++window) {
+    QList<uint32_t> topDown = display.numbers(display.root(), "_NET_CLIENT_LIST_STACKING");
+    std::reverse(topDown.begin(), topDown.end());
+    for (const uint32_t window : topDown) {
         // Two texts, instance and class; an installed web app has an instance of its own.
-        const QByteArrayList names = display.property(*window, "WM_CLASS").toLower().split('\0');
+        const QByteArrayList names = display.property(window, "WM_CLASS").toLower().split('\0');
         const QByteArray windowClass = names.value(1);
         if (windowClass.startsWith("google-chrome") || windowClass.startsWith("chromium"))
-            windows.append({QString::fromUtf8(display.property(*window, "_NET_WM_NAME")),
-                            display.numbers(*window, "_NET_WM_PID").value(0),
+            windows.append({QString::fromUtf8(display.property(window, "_NET_WM_NAME")),
+                            display.numbers(window, "_NET_WM_PID").value(0),
                             names.value(0).startsWith("crx_")});
     }
     return windows;

@@ -13,6 +13,9 @@ ListNotice listNotice(const PanelFacts& facts) {
     if (facts.authenticating && !facts.signedIn)
         return {QStringLiteral("person.crop.circle"), QStringLiteral("Noch keine Projekte"),
                 QStringLiteral("Die Anmeldung geht im Browser weiter.")};
+    if (!facts.signedIn && facts.hasAccount)
+        return {QStringLiteral("arrow.clockwise"), QStringLiteral("Projekte nicht geladen"),
+                QStringLiteral("Aktualisieren versucht es erneut. Hilft das nicht, melde dich neu an.")};
     if (!facts.signedIn)
         return {QStringLiteral("person.crop.circle"), QStringLiteral("Noch keine Projekte"),
                 QStringLiteral("Nach der Anmeldung erscheinen hier alle Projekte des Accounts.")};

@@ -39,8 +39,8 @@ AppState::AppState(AppServices services, DesktopCommands desktop, QObject* paren
 AppState::~AppState() = default;
 
 QCoro::Task<> AppState::startUp() {
-    // Not in the constructor's own time: whoever makes the state wants to show it first.
-    co_await Async::sleep(std::chrono::milliseconds(0));
+    // The icon comes first: loading what speaks TLS takes as long as showing it.
+    co_await Async::sleep(std::chrono::milliseconds(50));
     co_await dropDuplicates();
     if (m_accounts.isEmpty())
         co_await migrateLegacyLoginIfNeeded();

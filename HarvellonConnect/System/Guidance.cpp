@@ -1,6 +1,5 @@
 #include "System/Guidance.h"
 
-#include <QRegularExpression>
 #include <QStringList>
 
 namespace {
@@ -28,12 +27,12 @@ constexpr Packages knownPackages[] = {
 };
 
 const Packages& packagesFor(const QString& osRelease) {
-    static const QRegularExpression identity(QStringLiteral("^ID(?:_LIKE)?=(.*)$"),
-                                             QRegularExpression::MultilineOption);
+    // Line by line: a regular expression would load its engine for this alone.
     QString words;
-    auto matches = identity.globalMatch(osRelease);
-    while (matches.hasNext())
-        words += matches.next().captured(1) + QLatin1Char(' ');
+    for (const QString& line : osRelease.split(QLatin1Char('\n'))) {
+        if (line.startsWith(QLatin1String("ID=")) || line.startsWith(QLatin1String("ID_LIKE=")))
+            words += line.section(QLatin1Char('='), 1) + QLatin1Char(' ');
+    }
     for (const Packages& packages : knownPackages) {
         if (words.contains(packages.family))
             return packages;

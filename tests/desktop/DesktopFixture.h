@@ -34,7 +34,7 @@ class DesktopFixture {
                 network.get(QNetworkRequest(QUrl(address + QStringLiteral("&identity=") + identity)));
         };
         DesktopCommands commands;
-        commands.togglePanel = [] {};
+        commands.togglePanel = [this] { statusBar->toggle(); };
         commands.copyText = [this](const QString& text) { copied = text; };
         commands.tellMountEnded = [](const QString&) {};
         state = std::make_unique<AppState>(

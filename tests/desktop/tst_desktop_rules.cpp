@@ -214,9 +214,10 @@ class TestDesktopRules : public QObject {
         facts.hasAccount = facts.loading = true;
         QVERIFY(isFirstLoad(facts));
         QCOMPARE(listNotice(facts), ListNotice());
+        facts.loading = false;
+        QCOMPARE(listNotice(facts).title, QStringLiteral("Projekte nicht geladen"));
 
         facts.signedIn = true;
-        facts.loading = false;
         QCOMPARE(listNotice(facts).title, QStringLiteral("Keine Projekte"));
 
         facts.projects = 12;

@@ -1,0 +1,135 @@
+"""The program on a real desktop, against the sandbox platform: things are found by the names people hear."""
+import json
+import os
+import subprocess
+import sys
+import time
+
+import gi
+
+gi.require_version("Atspi", "2.0")
+from gi.repository import Atspi  # noqa: E402
+
+PATIENCE = 20  # seconds
+BUTTON = Atspi.Role.PUSH_BUTTON
+ROW = Atspi.Role.LIST_ITEM
+
+
+def until(what, probe, patience=PATIENCE):
+    """Waits until `probe` yields something true, and yields it."""
+    end = time.monotonic() + patience
+    while time.monotonic() < end:
+        try:
+            found = probe()
+        except Exception:  # the tree changes while it is read
+            found = None
+        if found:
+            return found
+        time.sleep(0.05)
+    sys.exit(f"nothing came of: {what}")
+
+
+def elements(node):
+    """All that can be heard below `node`."""
+    node.clear_cache()
+    yield node
+    for index in range(node.get_child_count()):
+        child = node.get_child_at_index(index)
+        if child is not None:
+            yield from elements(child)
+
+
+def showing(element):
+    return element.get_state_set().contains(Atspi.StateType.SHOWING)
+
+
+def keys(*names):
+    subprocess.run(["xdotool", "key", *names], check=True)
+
+
+def words(text):
+    subprocess.run(["xdotool", "type", "--delay", "20", text], check=True)
+
+
+def mounted(path):
+    with open("/proc/self/mountinfo", encoding="utf8") as table:
+        return any(line.split()[4].replace("\\040", " ") == path for line in table)
+
+
+def choose_browser(identity):
+    """Makes the desktop's browser one that chooses `identity` on the sign-in page."""
+    applications = os.path.join(os.environ["XDG_DATA_HOME"], "applications")
+    os.makedirs(applications, exist_ok=True)
+    browser = os.path.join(os.environ["HOME"], "browser")  # desktop entries take no blanks in a program's path
+    with open(browser, "w", encoding="utf8") as script:
+        script.write('#!/usr/bin/env python3\nimport sys, urllib.request\n'
+                     f'print(urllib.request.urlopen(sys.argv[1] + "&identity={identity}").read().decode())\n')
+    os.chmod(browser, 0o700)
+    with open(os.path.join(applications, "story.desktop"), "w", encoding="utf8") as entry:
+        entry.write(f"[Desktop Entry]\nType=Application\nName=Story\nExec={browser} %u\n"
+                    "MimeType=x-scheme-handler/http;x-scheme-handler/https;\n")
+    with open(os.path.join(os.environ["XDG_CONFIG_HOME"], "mimeapps.list"), "w", encoding="utf8") as defaults:
+        defaults.write("[Default Applications]\nx-scheme-handler/http=story.desktop\n")
+
+
+class Platform:
+    """The sandbox; ends with `close`."""
+
+    def __init__(self, program, folder, *arguments):
+        self.process = subprocess.Popen([program, "--folder", folder, *arguments], stdin=subprocess.PIPE,
+                                        stdout=subprocess.PIPE, text=True)
+        self.ready = json.loads(self.process.stdout.readline())
+
+    def environment(self, home):
+        return dict(os.environ, HARVELLON_HOME=home, HARVELLON_SERVER=self.ready["server"],
+                    PATH=self.ready["bin"] + ":" + os.environ["PATH"])
+
+    def close(self):
+        self.process.stdin.close()
+        self.process.wait(timeout=5)
+
+
+class Program:
+    """One run of the application."""
+
+    def __init__(self, path, environment, log=None):
+        self.process = subprocess.Popen([path], env=environment, stdout=log, stderr=log)
+        until("the status item", lambda: subprocess.run(["xdotool", "search", "--class", "HarvellonConnect"],
+                                                        capture_output=True).stdout)
+
+    def tree(self):
+        desktop = Atspi.get_desktop(0)
+        children = [desktop.get_child_at_index(index) for index in range(desktop.get_child_count())]
+        return next(c for c in children if c is not None and c.get_process_id() == self.process.pid)
+
+    def heard(self, name, role=None, below=None):
+        """A probe for the first element that shows and whose name holds `name`."""
+        def probe():
+            return next((e for e in elements(below() if below else self.tree()) if name in e.get_name()
+                         and (role is None or e.get_role() == role) and showing(e)), None)
+
+        return probe
+
+    def await_heard(self, name, role=None):
+        return until(name, self.heard(name, role))
+
+    def press(self, name, below=None):
+        until(f"button {name}", lambda: self.heard(name, BUTTON, below)().do_action(0))
+
+    def rows(self):
+        return [e.get_name() for e in elements(self.tree()) if e.get_role() == ROW and showing(e)]
+
+    def open_panel(self):
+        def probe():
+            if self.heard("Domain suchen")():
+                return True
+            keys("197")
+            time.sleep(0.5)
+            return None
+
+        until("the panel", probe)
+
+    def finish(self, how):
+        how()
+        if self.process.wait(timeout=6) != 0:
+            sys.exit(f"the program ended with {self.process.returncode}")
