@@ -12,6 +12,7 @@ ListView {
     Accessible.name: "Aktivitaet"
     Accessible.role: Accessible.List
     boundsBehavior: Flickable.StopAtBounds
+    cacheBuffer: 0
     clip: true
     model: visible ? log : null
     reuseItems: true
@@ -33,5 +34,15 @@ ListView {
         width: lines.width
     }
 
-    onCountChanged: positionViewAtEnd()
+    // Not at once: the list has not laid out the new line yet. And not by the count, which stands still when the
+    // log is full.
+    onModelChanged: Qt.callLater(positionViewAtEnd)
+
+    Connections {
+        function onRowsInserted() {
+            Qt.callLater(lines.positionViewAtEnd);
+        }
+
+        target: lines.log
+    }
 }

@@ -15,6 +15,10 @@ Item {
     Accessible.role: Accessible.ListItem
     height: 22
 
+    // A row kept for later use would still be told to screen readers.
+    ListView.onPooled: visible = false
+    ListView.onReused: visible = true
+
     Text {
         anchors.verticalCenter: parent.verticalCenter
         color: Theme.secondary

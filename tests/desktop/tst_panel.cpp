@@ -231,6 +231,34 @@ class TestPanel : public QObject {
         QVERIFY(!m_desktop->state->lastError());
     }
 
+    void newestLineOfTheLogIsInView() {
+        m_desktop->signIn("erika");
+        PanelWindow* const window = m_desktop->openPanel();
+        QVERIFY(heard::press(heard::find(window, QStringLiteral("Anzeigen"), Button)));
+        const auto lowest = [window] {
+            QAccessibleInterface* const log =
+                heard::find(window, QStringLiteral("Aktivitaet"), QAccessible::List);
+            const int bottom = log ? log->rect().bottom() : 0;
+            QString name;
+            heard::visit(log, [&](QAccessibleInterface* line) {
+                const QRect place = line->rect();
+                if (line->role() == QAccessible::ListItem && place.contains(place.center().x(), bottom - 5))
+                    name = line->text(QAccessible::Name);
+            });
+            return name;
+        };
+        for (int i = 0; i < 130; ++i) { // more than the log keeps
+            const QString message = QStringLiteral("Zeile %1").arg(i);
+            m_desktop->state->log(message, ActivityLogLevel::info);
+            if (i % 10 == 9)
+                QTRY_COMPARE(lowest(), message);
+        }
+        m_desktop->statusBar->close();
+        m_desktop->state->log(QStringLiteral("Im Verborgenen"), ActivityLogLevel::info);
+        m_desktop->openPanel();
+        QTRY_COMPARE(lowest(), QStringLiteral("Im Verborgenen"));
+    }
+
     void showsAProjectWhateverIsSearched() {
         m_desktop->signIn("erika");
         const QString domain = domainOf(7);
