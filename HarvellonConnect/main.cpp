@@ -1,8 +1,10 @@
 #include "Desktop/AppVersion.h"
+#include "Desktop/NativeDesktop.h"
 #include "Desktop/SceneGraph.h"
 #include "HarvellonMountApp.h"
 #include "System/Logging.h"
 #include "System/SingleInstance.h"
+#include "System/SystemLog.h"
 
 #include <QApplication>
 #include <QIcon>
@@ -10,9 +12,11 @@
 #include <QTranslator>
 
 int main(int argc, char* argv[]) {
+    installSystemLog();
     chooseSceneGraph();
     QApplication::setQuitOnLastWindowClosed(false);
     const QApplication application(argc, argv);
+    becomeAccessory();
     QApplication::setApplicationName(QStringLiteral("HarvellonConnect"));
     QApplication::setApplicationDisplayName(QStringLiteral("Harvellon Connect"));
     QApplication::setOrganizationDomain(QStringLiteral("harvellon.com"));
@@ -29,6 +33,7 @@ int main(int argc, char* argv[]) {
     SingleInstance instance(host.privateFolder);
     if (!instance.claim())
         return EXIT_SUCCESS;
+    keepVolumesClean();
     HarvellonMountApp app(
         host, ServerAddress::configured(QStringLiteral(HARVELLON_SERVER)),
         QStringLiteral(HARVELLON_UPDATE_FEED),

@@ -36,12 +36,16 @@ Card {
             wrapMode: Text.Wrap
         }
 
-        Text {
-            Accessible.name: text
-            Accessible.role: Accessible.StaticText
-            color: Theme.secondary
-            font.pixelSize: Theme.captionSize
-            text: "© 2026 Harvellon"
-        }
+    }
+
+    Text {
+        Accessible.name: text
+        Accessible.role: Accessible.StaticText
+        anchors.right: parent.right
+        anchors.rightMargin: Theme.inset
+        color: Theme.secondary
+        font.pixelSize: Theme.captionSize
+        text: "© 2026 Harvellon"
+        y: 12
     }
 }

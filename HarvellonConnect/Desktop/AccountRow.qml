@@ -18,7 +18,7 @@ T.ItemDelegate {
     Accessible.selected: active
     Accessible.onPressAction: row.clicked()
     focusPolicy: Qt.TabFocus
-    height: 48
+    height: 42
 
     Keys.onEnterPressed: clicked()
     Keys.onReturnPressed: clicked()
@@ -38,7 +38,7 @@ T.ItemDelegate {
         size: 24
         symbol: row.active ? "person.crop.circle.badge.checkmark" : "person.crop.circle"
         x: Theme.inset
-        y: 12
+        y: 9
     }
 
     Text {
@@ -52,7 +52,7 @@ T.ItemDelegate {
         verticalAlignment: Text.AlignVCenter
         width: remove.x - 12 - x
         x: 50
-        y: row.email ? 7 : 15
+        y: row.email ? 4 : 12
     }
 
     Text {
@@ -65,7 +65,7 @@ T.ItemDelegate {
         verticalAlignment: Text.AlignVCenter
         width: remove.x - 12 - x
         x: 50
-        y: 25
+        y: 21
     }
 
     TextButton {
@@ -76,7 +76,7 @@ T.ItemDelegate {
         anchors.rightMargin: 14
         dangerous: true
         text: "Account entfernen"
-        y: 9
+        y: 6
 
         onClicked: row.state.startRemoveAccount(row.accountID)
     }

@@ -21,7 +21,7 @@ Card {
         Accessible.role: Accessible.List
         boundsBehavior: Flickable.StopAtBounds
         clip: true
-        height: Math.min(contentHeight, card.height - y - 56)
+        height: Math.min(contentHeight, card.height - y - 44)
         interactive: count > 2
         model: card.state.accountList
         visible: !card.empty
@@ -50,7 +50,7 @@ Card {
         text: "Account hinzufügen"
         visible: !card.empty && !card.state.isAuthenticating
         x: 50
-        y: list.y + list.height + 12
+        y: list.y + list.height + 7
 
         onClicked: card.state.startAddAccount()
     }
@@ -66,7 +66,7 @@ Card {
         text: "Warte auf Browser-Login..."
         visible: card.state.isAuthenticating
         x: card.empty ? (card.width - width) / 2 : 50
-        y: card.empty ? 96 : list.y + list.height + 19
+        y: card.empty ? 58 : list.y + list.height + 14
     }
 
     TextButton {
@@ -84,7 +84,7 @@ Card {
         spacing: 4
         visible: card.empty
         width: parent.width - 2 * Theme.inset
-        y: 28
+        y: 18
 
         Text {
             Accessible.name: text

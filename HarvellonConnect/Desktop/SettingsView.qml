@@ -53,7 +53,7 @@ FocusScope {
     }
 
     AccountsSection {
-        height: 156 + view.extra
+        height: 132 + view.extra
         state: view.state
         width: view.cardWidth
         x: Theme.settingsMargin
@@ -61,30 +61,30 @@ FocusScope {
     }
 
     SectionLabel {
-        text: "Tastatur"
+        text: "Tastatur und Start"
         x: Theme.settingsMargin
-        y: 238 + view.extra
+        y: 214 + view.extra
     }
 
-    HotkeySection {
-        height: 56
+    StartSection {
+        height: 92
         state: view.state
         width: view.cardWidth
         x: Theme.settingsMargin
-        y: 258 + view.extra
+        y: 234 + view.extra
     }
 
     SectionLabel {
         text: "Über"
         x: Theme.settingsMargin
-        y: 326 + view.extra
+        y: 338 + view.extra
     }
 
     AboutSection {
-        height: 98
+        height: 78
         versionText: view.versionText
         width: view.cardWidth
         x: Theme.settingsMargin
-        y: 346 + view.extra
+        y: 358 + view.extra
     }
 }

@@ -1,5 +1,6 @@
 #include "Desktop/SettingsWindowManager.h"
 
+#include "Desktop/NativeDesktop.h"
 #include "Desktop/QmlViews.h"
 #include "Desktop/StatusBarController.h"
 #include "State/AppState.h"
@@ -27,6 +28,7 @@ void SettingsWindowManager::show(AppState& state) {
         m_window->show();
     m_window->raise();
     m_window->requestActivate();
+    activateApplication();
 }
 
 void SettingsWindowManager::makeWindow(AppState& state) {

@@ -1,5 +1,6 @@
 #include "Desktop/StatusBarController.h"
 
+#include "Desktop/NativeDesktop.h"
 #include "Desktop/PanelWindow.h"
 #include "Desktop/PopoverPlacement.h"
 #include "Desktop/QmlViews.h"
@@ -56,7 +57,8 @@ void StatusBarController::install(AppState& state) {
     makeMenu();
     m_statusItem.setIcon(statusIcon());
     m_statusItem.setToolTip(QStringLiteral("Harvellon Connect"));
-    m_statusItem.setContextMenu(&m_menu);
+    if (state.host().statusItemHasMenu)
+        m_statusItem.setContextMenu(&m_menu);
     m_statusItem.show();
     m_isInstalled = true;
     QTimer::singleShot(warmingDelay, this, [this] { panel().warm(); });
@@ -115,6 +117,8 @@ void StatusBarController::show() {
     window.show();
     window.raise();
     window.requestActivate();
+    showInEverySpace(window);
+    activateApplication();
     QTimer::singleShot(0, this, &StatusBarController::stayInside);
 }
 

@@ -1,5 +1,7 @@
 #include "Desktop/SymbolImage.h"
 
+#include "Desktop/NativeDesktop.h"
+
 #include <QCache>
 #include <QFile>
 #include <QPainter>
@@ -18,7 +20,17 @@ size_t qHash(const Key& key, size_t seed = 0) {
     return qHashMulti(seed, key.name, key.color, key.pixels);
 }
 
+QImage tinted(QImage image, const QColor& color) {
+    QPainter painter(&image);
+    painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
+    painter.fillRect(image.rect(), color);
+    return image;
+}
+
 QImage draw(const QString& name, const QColor& color, int pixels) {
+    const QImage native = nativeSymbol(name, pixels);
+    if (!native.isNull())
+        return tinted(native, color);
     const QString path = QStringLiteral(":/icons/") + name + QStringLiteral(".svg");
     if (!QFile::exists(path))
         return {};
@@ -27,9 +39,8 @@ QImage draw(const QString& name, const QColor& color, int pixels) {
     QSvgRenderer renderer(path);
     QPainter painter(&image);
     renderer.render(&painter);
-    painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
-    painter.fillRect(image.rect(), color);
-    return image;
+    painter.end();
+    return tinted(image, color);
 }
 } // namespace
 

@@ -1,14 +1,13 @@
 #pragma once
 
-#include <QCoroTask>
 #include <QObject>
 #include <QString>
-#include <QTimer>
-#include <QUrl>
+
+#include <memory>
 
 class QNetworkAccessManager;
 
-/// Looks for newer versions: at start, daily, and when the user asks. Main thread.
+/// Looks for newer versions: after the start, daily, and when the user asks. Main thread.
 class UpdateController : public QObject {
     Q_OBJECT
 
@@ -16,6 +15,7 @@ class UpdateController : public QObject {
     /// `feed`: the address of the update feed; `network` outlives the controller.
     UpdateController(const QString& feed, const QString& currentVersion, QNetworkAccessManager& network,
                      QObject* parent = nullptr);
+    ~UpdateController() override;
 
     /// At the user's request: says so when there is nothing newer, and when the feed cannot be read.
     void checkForUpdates();
@@ -25,10 +25,6 @@ class UpdateController : public QObject {
     void announced(const QString& title, const QString& text);
 
   private:
-    QCoro::Task<> check(bool asked);
-
-    const QUrl m_feed;
-    const QString m_currentVersion;
-    QNetworkAccessManager& m_network;
-    QTimer m_daily;
+    struct Native;
+    std::unique_ptr<Native> m_native;
 };

@@ -16,7 +16,7 @@ AppState::AppState(AppServices services, DesktopCommands desktop, QObject* paren
               [this](const QUrl& address) { openAddress(address.toString(QUrl::FullyEncoded)); }),
       m_globalHotkeyEnabled(m_preferences.boolean(globalHotkeyKey).value_or(true)),
       m_api(services.server.at(QLatin1StringView("/api/json/applications")), services.network),
-      m_sshfsMounter(m_host, services.shell), m_editor(m_host, services.shell) {
+      m_loginItem(m_host), m_sshfsMounter(m_host, services.shell), m_editor(m_host, services.shell) {
     QObject::connect(&m_oauth, &OAuthManager::isAuthenticatingChanged, this,
                      &AppState::isAuthenticatingChanged);
     loadAccountsRegistry();
@@ -58,6 +58,13 @@ void AppState::setGlobalHotkeyEnabled(bool enabled) {
     m_preferences.set(globalHotkeyKey, enabled);
     applyHotkeySetting();
     Q_EMIT globalHotkeyEnabledChanged();
+}
+
+void AppState::setStartsAtLogin(bool starts) {
+    if (!m_loginItem.setEnabled(starts))
+        log(QStringLiteral("Der Start beim Anmelden konnte nicht geändert werden."),
+            ActivityLogLevel::warning);
+    Q_EMIT startsAtLoginChanged(); // the switch follows the desktop, whatever it took
 }
 
 void AppState::applyHotkeySetting() {

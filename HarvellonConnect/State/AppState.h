@@ -11,6 +11,7 @@
 #include "State/ProjectListModel.h"
 #include "System/HostSystem.h"
 #include "System/HotkeyManager.h"
+#include "System/LoginItem.h"
 #include "System/Preferences.h"
 #include "System/ServerAddress.h"
 #include "System/Shell.h"
@@ -76,6 +77,7 @@ class AppState : public QObject {
     Q_PROPERTY(AccountListModel* accountList READ accountList CONSTANT)
     Q_PROPERTY(QVariantMap guidance READ guidanceMap NOTIFY guidanceChanged)
     Q_PROPERTY(QString hotkeyProblem READ hotkeyProblem NOTIFY hotkeyProblemChanged)
+    Q_PROPERTY(bool startsAtLogin READ startsAtLogin WRITE setStartsAtLogin NOTIFY startsAtLoginChanged)
     Q_PROPERTY(bool globalHotkeyEnabled READ globalHotkeyEnabled WRITE setGlobalHotkeyEnabled NOTIFY
                    globalHotkeyEnabledChanged)
 
@@ -118,6 +120,11 @@ class AppState : public QObject {
 
     void setGlobalHotkeyEnabled(bool enabled);
 
+    /// Asks the desktop, which keeps it.
+    [[nodiscard]] bool startsAtLogin() const { return m_loginItem.isEnabled(); }
+
+    void setStartsAtLogin(bool starts);
+
     [[nodiscard]] QString hotkeyProblem() const { return m_hotkeyProblem; } ///< empty when the key is ours
 
     [[nodiscard]] QString lastErrorText() const { return m_lastError.value_or(QString()); }
@@ -130,6 +137,8 @@ class AppState : public QObject {
 
     /// The alert that is open: "title", "text" and "buttons" (list of texts); empty when there is none.
     [[nodiscard]] QVariantMap guidanceMap() const;
+
+    [[nodiscard]] const HostSystem& host() const { return m_host; }
 
     [[nodiscard]] OAuthManager& oauth() { return m_oauth; }
 
@@ -185,6 +194,7 @@ class AppState : public QObject {
     void userProfileChanged();
     void isAuthenticatingChanged();
     void globalHotkeyEnabledChanged();
+    void startsAtLoginChanged();
     void hotkeyProblemChanged();
     void guidanceChanged();
 
@@ -257,6 +267,7 @@ class AppState : public QObject {
     QSet<QString> m_connecting;
     ProjectAPI m_api;
     HotkeyManager m_hotkeyManager;
+    LoginItem m_loginItem;
     SSHFSMounter m_sshfsMounter;
     VSCodeLauncher m_editor;
 };

@@ -10,6 +10,7 @@ const QString sshClient = QStringLiteral("/usr/bin/ssh");
 
 HostSystem HostSystem::macOS(const QString& homeFolder) {
     HostSystem host;
+    host.statusItemHasMenu = false; // the desktop would open it at the primary click, too
     host.homeFolder = homeFolder;
     host.privateFolder = homeFolder + QStringLiteral("/Library/Application Support/HarvellonConnect");
     host.temporaryFolder = QDir::tempPath();
@@ -43,6 +44,8 @@ HostSystem HostSystem::linuxDesktop(const QString& homeFolder, const QString& os
     HostSystem host;
     host.homeFolder = homeFolder;
     host.privateFolder = homeFolder + QStringLiteral("/.local/share/HarvellonConnect");
+    host.autostartFile =
+        homeFolder + QStringLiteral("/.config/autostart/com.harvellon.HarvellonConnect.desktop");
     host.temporaryFolder = QDir::tempPath();
     host.sshfsCandidates = sshfsPaths;
     host.volumeNameOption = QStringLiteral("fsname");

@@ -23,10 +23,12 @@ struct ExternalCommand {
 /// record and never the preprocessor.
 struct HostSystem {
     QString homeFolder;
-    QString privateFolder;   ///< the folder of this program inside the user's data folder
-    QString temporaryFolder; ///< for generated files that nobody misses
-    QString preferencesFile; ///< empty: where the desktop keeps preferences by itself
-    bool usesKeyring = true; ///< otherwise secrets are kept in a file of the private folder
+    QString privateFolder;         ///< the folder of this program inside the user's data folder
+    QString temporaryFolder;       ///< for generated files that nobody misses
+    QString preferencesFile;       ///< empty: where the desktop keeps preferences by itself
+    QString autostartFile;         ///< starts the program with the desktop; empty where a service does
+    bool statusItemHasMenu = true; ///< otherwise every click is for the panel
+    bool usesKeyring = true;       ///< otherwise secrets are kept in a file of the private folder
 
     QStringList sshfsCandidates;            ///< in order of preference
     QStringList platformMountOptions;       ///< options that only this desktop's sshfs knows

@@ -14,6 +14,8 @@ HostSystem HostSystem::current() {
     if (development.isEmpty()) {
         host.privateFolder = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) +
                              QStringLiteral("/HarvellonConnect");
+        host.autostartFile = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
+                             QStringLiteral("/autostart/com.harvellon.HarvellonConnect.desktop");
     } else {
         host.preferencesFile = development + QStringLiteral("/preferences.ini");
         host.usesKeyring = false;

@@ -3,23 +3,22 @@
 #include "System/Logging.h"
 
 namespace {
-QSettings::Format formatOf(const QString& file) {
-    return file.isEmpty() ? QSettings::NativeFormat : QSettings::IniFormat;
-}
-
-QString locationOf(const QString& file) {
+std::unique_ptr<QSettings> settingsIn(const QString& file) {
     if (!file.isEmpty())
-        return file;
-    return QSettings(QSettings::NativeFormat, QSettings::UserScope, QStringLiteral("harvellon.com"),
-                     QStringLiteral("HarvellonConnect"))
-        .fileName();
+        return std::make_unique<QSettings>(file, QSettings::IniFormat);
+    // By name, not by file: on macOS that is the user's defaults of this program's identifier.
+    auto settings =
+        std::make_unique<QSettings>(QSettings::NativeFormat, QSettings::UserScope,
+                                    QStringLiteral("harvellon.com"), QStringLiteral("HarvellonConnect"));
+    settings->setFallbacksEnabled(false);
+    return settings;
 }
 } // namespace
 
-Preferences::Preferences(const QString& file) : m_settings(locationOf(file), formatOf(file)) {}
+Preferences::Preferences(const QString& file) : m_settings(settingsIn(file)) {}
 
 std::optional<bool> Preferences::boolean(const QString& key) const {
-    const QVariant value = m_settings.value(key);
+    const QVariant value = m_settings->value(key);
     if (value.typeId() == QMetaType::Bool)
         return value.toBool();
     // An INI file knows texts only, and writes booleans as these two.
@@ -31,31 +30,31 @@ std::optional<bool> Preferences::boolean(const QString& key) const {
 }
 
 std::optional<QString> Preferences::text(const QString& key) const {
-    const QVariant value = m_settings.value(key);
+    const QVariant value = m_settings->value(key);
     return value.typeId() == QMetaType::QString ? std::optional(value.toString()) : std::nullopt;
 }
 
 std::optional<QByteArray> Preferences::data(const QString& key) const {
-    const QVariant value = m_settings.value(key);
+    const QVariant value = m_settings->value(key);
     if (value.typeId() == QMetaType::QByteArray || value.typeId() == QMetaType::QString)
         return value.toByteArray();
     return std::nullopt;
 }
 
 bool Preferences::set(const QString& key, const QVariant& value) {
-    m_settings.setValue(key, value);
+    m_settings->setValue(key, value);
     return write();
 }
 
 bool Preferences::remove(const QString& key) {
-    m_settings.remove(key);
+    m_settings->remove(key);
     return write();
 }
 
 bool Preferences::write() {
-    m_settings.sync();
-    if (m_settings.status() == QSettings::NoError)
+    m_settings->sync();
+    if (m_settings->status() == QSettings::NoError)
         return true;
-    qCWarning(lcPreferences) << "cannot write" << m_settings.fileName();
+    qCWarning(lcPreferences) << "cannot write" << m_settings->fileName();
     return false;
 }

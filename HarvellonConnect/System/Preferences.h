@@ -4,6 +4,7 @@
 #include <QSettings>
 #include <QString>
 
+#include <memory>
 #include <optional>
 
 /// The user's preferences of this program: a few typed values under fixed keys. A value of another type
@@ -23,5 +24,5 @@ class Preferences {
 
   private:
     bool write();
-    QSettings m_settings;
+    const std::unique_ptr<QSettings> m_settings;
 };

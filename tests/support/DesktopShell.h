@@ -28,9 +28,10 @@ class DesktopShell : public Shell {
 
     void launch(const QString& executable, const QStringList& arguments) override {
         const bool opener = executable.endsWith(QLatin1String("/xdg-open"));
+        const bool opensAddresses = opener || executable == QLatin1String("/usr/bin/open");
         opened.append(
             ((opener ? QStringList() : QStringList(executable)) + arguments).join(QLatin1Char(' ')));
-        if (opener && browser)
+        if (opensAddresses && browser)
             browser(arguments.value(0));
     }
 };

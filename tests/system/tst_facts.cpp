@@ -1,5 +1,8 @@
 #include "System/HostSystem.h"
+#include "System/LoginItem.h"
 
+#include <QFile>
+#include <QTemporaryDir>
 #include <QTest>
 
 namespace {
@@ -92,6 +95,28 @@ class TestFacts : public QObject {
                                            "einfügen und ausführen."));
         QCOMPARE(guidance.buttons.value(1).action, GuidanceButton::Action::openTerminal);
         QVERIFY(guidance.buttons.value(1).told.isEmpty());
+    }
+
+    void startWithTheDesktopIsTheDesktopsOwn() {
+        const QTemporaryDir home;
+        HostSystem host = HostSystem::linuxDesktop(home.path());
+        LoginItem item(host);
+        QVERIFY(!item.isEnabled());
+        QVERIFY(item.setEnabled(true));
+        QVERIFY(item.isEnabled());
+        QFile entry(host.autostartFile);
+        QVERIFY(entry.open(QIODevice::ReadWrite));
+        QVERIFY(entry.readAll().contains("\nExec=\"" + QCoreApplication::applicationFilePath().toUtf8() +
+                                         "\"\n"));
+        entry.write("Hidden=true\n"); // as desktops turn it off
+        entry.close();
+        QVERIFY(!item.isEnabled());
+        QVERIFY(item.setEnabled(true));
+        QVERIFY(item.isEnabled());
+        QVERIFY(item.setEnabled(false));
+        QVERIFY(!QFile::exists(host.autostartFile));
+        host.autostartFile = QStringLiteral("/proc/none/entry.desktop");
+        QVERIFY(!LoginItem(host).setEnabled(true));
     }
 
     void linuxGuidanceNamesThePackage_data() {

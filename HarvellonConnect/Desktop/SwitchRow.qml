@@ -1,0 +1,55 @@
+import QtQuick
+
+/// A switch with its words.
+Item {
+    id: row
+
+    property alias text: toggle.text
+    property bool on: false
+    property string caption
+    property bool troubled: false
+
+    signal toggled(bool wanted)
+
+    Text {
+        color: Theme.ink
+        font.pixelSize: Theme.bodySize
+        font.weight: Font.Medium
+        height: 17
+        text: toggle.text
+        verticalAlignment: Text.AlignVCenter
+        x: Theme.inset
+        y: row.caption === "" ? (row.height - height) / 2 : row.height / 2 - 17
+    }
+
+    Text {
+        Accessible.name: text
+        Accessible.role: row.troubled ? Accessible.AlertMessage : Accessible.StaticText
+        color: row.troubled ? Theme.badInk : Theme.secondary
+        elide: Text.ElideRight
+        font.pixelSize: Theme.captionSize
+        height: 14
+        text: row.caption
+        textFormat: Text.PlainText
+        verticalAlignment: Text.AlignVCenter
+        visible: text !== ""
+        width: toggle.x - 12 - x
+        x: Theme.inset
+        y: row.height / 2 + 1
+    }
+
+    ToggleSwitch {
+        id: toggle
+
+        anchors.right: parent.right
+        anchors.rightMargin: 14
+        anchors.verticalCenter: parent.verticalCenter
+        checked: row.on
+
+        // What was asked for may not come about: then the switch goes back.
+        onToggled: {
+            row.toggled(checked);
+            checked = Qt.binding(() => row.on);
+        }
+    }
+}

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "System/HostSystem.h"
+
+/// Whether the program starts when the user signs in to the desktop. The desktop keeps it, not this program:
+/// it can change at any time. Main thread.
+class LoginItem {
+  public:
+    explicit LoginItem(const HostSystem& host) : m_autostartFile(host.autostartFile) {}
+
+    [[nodiscard]] bool isEnabled() const;
+    /// False when the desktop does not take the change.
+    bool setEnabled(bool enabled);
+
+  private:
+    QString m_autostartFile; ///< where the desktop knows no service for it
+};

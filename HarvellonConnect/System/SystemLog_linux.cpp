@@ -1,0 +1,3 @@
+#include "System/SystemLog.h"
+
+void installSystemLog() {}

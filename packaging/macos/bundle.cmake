@@ -1,0 +1,21 @@
+# HarvellonConnect.app: what Finder and the system need to know stands in its Info.plist.
+set(HARVELLON_UPDATE_KEY "" CACHE STRING "Public EdDSA key that updates are signed with (SUPublicEDKey)")
+
+set(icons ${CMAKE_CURRENT_BINARY_DIR}/AppIcon.iconset)
+set(icon ${CMAKE_CURRENT_BINARY_DIR}/AppIcon.icns)
+file(MAKE_DIRECTORY ${icons})
+foreach(size 16 32 128 256 512)
+    math(EXPR double "2 * ${size}")
+    configure_file(icons/AppIcon-${size}.png ${icons}/icon_${size}x${size}.png COPYONLY)
+    configure_file(icons/AppIcon-${double}.png ${icons}/icon_${size}x${size}@2x.png COPYONLY)
+endforeach()
+add_custom_command(OUTPUT ${icon} COMMAND iconutil --convert icns --output ${icon} ${icons} VERBATIM)
+
+target_sources(HarvellonConnect PRIVATE ${icon})
+set_source_files_properties(${icon} TARGET_DIRECTORY HarvellonConnect PROPERTIES
+    GENERATED ON MACOSX_PACKAGE_LOCATION Resources)
+configure_file(macos/Info.plist.in ${CMAKE_CURRENT_BINARY_DIR}/Info.plist @ONLY)
+set_target_properties(HarvellonConnect PROPERTIES
+    MACOSX_BUNDLE ON
+    MACOSX_BUNDLE_INFO_PLIST ${CMAKE_CURRENT_BINARY_DIR}/Info.plist
+    BUILD_RPATH "@executable_path/../Frameworks")

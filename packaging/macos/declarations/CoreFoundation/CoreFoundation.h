@@ -1,0 +1,38 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+using Boolean = unsigned char;
+using OSStatus = int32_t;
+using CFIndex = long;
+using CFTypeID = unsigned long;
+using CFTypeRef = const void*;
+using CFAllocatorRef = const struct __CFAllocator*;
+using CFStringRef = const struct __CFString*;
+using CFDataRef = const struct __CFData*;
+using CFBooleanRef = const struct __CFBoolean*;
+using CFDictionaryRef = const struct __CFDictionary*;
+using CFMutableDictionaryRef = struct __CFDictionary*;
+
+struct CFDictionaryKeyCallBacks;
+struct CFDictionaryValueCallBacks;
+
+extern "C" {
+extern const CFBooleanRef kCFBooleanTrue;
+extern const CFDictionaryKeyCallBacks kCFTypeDictionaryKeyCallBacks;
+extern const CFDictionaryValueCallBacks kCFTypeDictionaryValueCallBacks;
+
+void CFRelease(CFTypeRef cf);
+CFTypeID CFGetTypeID(CFTypeRef cf);
+CFTypeID CFDataGetTypeID();
+CFMutableDictionaryRef CFDictionaryCreateMutable(CFAllocatorRef allocator, CFIndex capacity,
+                                                 const CFDictionaryKeyCallBacks* keyCallBacks,
+                                                 const CFDictionaryValueCallBacks* valueCallBacks);
+void CFDictionarySetValue(CFMutableDictionaryRef theDict, const void* key, const void* value);
+void CFPreferencesSetAppValue(CFStringRef key, CFTypeRef value, CFStringRef applicationID);
+Boolean CFPreferencesAppSynchronize(CFStringRef applicationID);
+CFStringRef __CFStringMakeConstantString(const char* text);
+}
+
+#define CFSTR(text) __CFStringMakeConstantString("" text "")

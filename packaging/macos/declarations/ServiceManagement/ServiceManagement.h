@@ -1,0 +1,12 @@
+#pragma once
+
+#include <AppKit/AppKit.h>
+
+enum SMAppServiceStatus : NSInteger { SMAppServiceStatusEnabled = 1 };
+
+@interface SMAppService : NSObject
++ (SMAppService*)mainAppService;
+- (BOOL)registerAndReturnError:(NSError* __autoreleasing*)error;
+- (BOOL)unregisterAndReturnError:(NSError* __autoreleasing*)error;
+@property(readonly) SMAppServiceStatus status;
+@end
