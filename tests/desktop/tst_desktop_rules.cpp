@@ -47,12 +47,6 @@ class TestDesktopRules : public QObject {
         QCOMPARE(kept.size(), frame.size());
     }
 
-    void keepsFramesInsideASecondScreen() {
-        const QRect second(1920, -300, 1280, 1024);
-        QCOMPARE(keepInside(QRect(1900, -400, 640, 660), second).topLeft(), QPoint(1920, -300));
-        QCOMPARE(keepInside(QRect(3000, 400, 640, 660), second).topLeft(), QPoint(2560, 64));
-    }
-
     void standsBesideItsItem() {
         QCOMPARE(besideItem(panel, QRect(900, 0, 24, 24), belowBar).topLeft(), QPoint(592, 28));
         QCOMPARE(besideItem(panel, QRect(1880, 0, 24, 24), belowBar).topLeft(), QPoint(1280, 28));
@@ -97,19 +91,6 @@ class TestDesktopRules : public QObject {
         QCOMPARE(appVersionText(QStringLiteral("1.0.0"), QString()), QStringLiteral("1.0.0"));
     }
 
-    void choosesTheSceneGraph() {
-        QCOMPARE(sceneGraphFor({}, {}, "software"), QByteArray("software"));
-        QCOMPARE(sceneGraphFor({}, "rhi", "software"), QByteArray("rhi"));
-        QCOMPARE(sceneGraphFor("OpenGL", "software", "software"), QByteArray("opengl"));
-    }
-
-    void followsTheColourScheme() {
-        QCOMPARE(prefersDark(1), std::optional(true));
-        QCOMPARE(prefersDark(2), std::optional(false));
-        QCOMPARE(prefersDark(0), std::nullopt);
-        QCOMPARE(prefersDark(9), std::nullopt);
-    }
-
     void countsSeconds() {
         const QDateTime start(QDate(2026, 3, 1), QTime(12, 0));
         QCOMPARE(connectingText(start, start.addMSecs(999)), QStringLiteral("Verbinde ... 0 s"));
@@ -128,37 +109,6 @@ class TestDesktopRules : public QObject {
         time.setRunning(true);
         QTRY_COMPARE_WITH_TIMEOUT(changes, 3, 4000);
         QVERIFY(time.text() != QStringLiteral("Verbinde ... 5 s"));
-    }
-
-    void namesTheRowsButtons_data() {
-        QTest::addColumn<int>("target");
-        QTest::addColumn<QString>("symbol");
-        QTest::addColumn<QString>("help");
-        const auto row = [](HoverTarget target, const char* symbol, const char* help) {
-            QTest::newRow(symbol) << static_cast<int>(target) << QString::fromUtf8(symbol)
-                                  << QString::fromUtf8(help);
-        };
-        row(HoverTarget::connect, "bolt.horizontal.circle", "Verbinden und mounten");
-        row(HoverTarget::disconnect, "xmark.circle", "Trennen");
-        row(HoverTarget::vscode, "chevron.left.slash.chevron.right", "In VS Code oeffnen");
-        row(HoverTarget::finder, "folder", "Im Finder oeffnen");
-        row(HoverTarget::ssh, "terminal", "SSH-Shell");
-        row(HoverTarget::database, "cylinder.split.1x2", "Datenbank in Sequel Ace oeffnen");
-        row(HoverTarget::cache, "bolt.circle", "Cache leeren");
-        row(HoverTarget::safari, "safari", "Seite oeffnen (Shift: /admin)");
-    }
-
-    void namesTheRowsButtons() {
-        QFETCH(int, target);
-        const RowButtonFacts facts = RowButtons::facts(static_cast<HoverTarget>(target));
-        QTEST(facts.symbol, "symbol");
-        QTEST(facts.help, "help");
-        QVERIFY(!facts.shortcut.isEmpty());
-    }
-
-    void printsKeysAsTheyAreOnTheKeyboard() {
-        QCOMPARE(keyText(QKeySequence(Qt::CTRL | Qt::Key_T)), QStringLiteral("Strg+T"));
-        QCOMPARE(keyText(QKeySequence(Qt::CTRL | Qt::Key_Return)), QStringLiteral("Strg+Eingabe"));
     }
 
     void theNextButtonMayBeEnteredBeforeThisOneIsLeft() {

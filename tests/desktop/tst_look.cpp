@@ -25,14 +25,6 @@ double contrast(const QColor& one, const QColor& other) {
     return (lighter + 0.05) / (darker + 0.05);
 }
 
-QColor over(const QColor& ground, const QColor& colour, double opacity) {
-    const auto mix = [opacity](double below, double above) {
-        return static_cast<float>(below + (above - below) * opacity);
-    };
-    return QColor::fromRgbF(mix(ground.redF(), colour.redF()), mix(ground.greenF(), colour.greenF()),
-                            mix(ground.blueF(), colour.blueF()));
-}
-
 QString modeName(bool dark) {
     return dark ? QStringLiteral("dark") : QStringLiteral("light");
 }
@@ -114,30 +106,6 @@ class TestLook : public QObject {
         }
     }
 
-    void tintsStandOutInEveryState_data() {
-        QTest::addColumn<QByteArray>("tint");
-        for (const char* tint : {"tintConnect", "tintDisconnect", "tintVSCode", "tintFinder", "tintSSH",
-                                 "tintDB", "tintCache", "tintSafari", "danger"})
-            QTest::newRow(tint) << QByteArray(tint);
-    }
-
-    void tintsStandOutInEveryState() {
-        QFETCH(QByteArray, tint);
-        for (const bool dark : {false, true}) {
-            setDesktop(dark);
-            const QColor icon = colour(tint.constData());
-            for (const char* ground : {"card", "rowHover"}) {
-                for (const double fill : {0.0, IconButtonStyle::hoverFill, IconButtonStyle::pressFill}) {
-                    const double reached = contrast(icon, over(colour(ground), icon, fill));
-                    QVERIFY2(reached >= 3.0, qPrintable(QStringLiteral("%1 %2 %3: %4")
-                                                            .arg(modeName(dark), QString::fromLatin1(ground))
-                                                            .arg(fill)
-                                                            .arg(reached)));
-                }
-            }
-        }
-    }
-
     void followsTheDesktopAsItChanges() {
         setDesktop(false);
         QCOMPARE(colour("bg"), QColor(0xf5, 0xf0, 0xeb));
@@ -211,10 +179,6 @@ class TestLook : public QObject {
         }
     }
 
-    void anUnknownSymbolIsNothing() {
-        QVERIFY(symbolImage(QStringLiteral("no.such"), Qt::black, 18).isNull());
-    }
-
     void theStatusIconIsLegibleOnAnyBar() {
         const QImage icon(QStringLiteral(":/icons/StatusIcon-22.png"));
         QVERIFY(!icon.isNull());
@@ -222,10 +186,6 @@ class TestLook : public QObject {
         QCOMPARE(ink.alpha(), 255);
         QVERIFY(contrast(ink, QColor(0xf0, 0xf0, 0xf0)) >= 3.0);
         QVERIFY(contrast(ink, QColor(0x24, 0x24, 0x24)) >= 3.0);
-    }
-
-    void theSignInPageFindsItsPicture() {
-        QCOMPARE(QImage(QStringLiteral(":/icons/AppIcon.png")).size(), QSize(256, 256));
     }
 };
 

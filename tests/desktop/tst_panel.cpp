@@ -150,14 +150,6 @@ class TestPanel : public QObject {
                      QStringLiteral("https://") + domainOf(1) + QStringLiteral("/admin"));
     }
 
-    void theLastRowIsReachedByKeys() {
-        m_desktop->signIn("erika");
-        PanelWindow* const window = m_desktop->openPanel();
-        QTest::keyClick(window, Qt::Key_End, Qt::ControlModifier);
-        const QString last = titleOf(m_desktop->state->visibleProjects()->count() - 1);
-        QTRY_VERIFY(chosenRow(window).startsWith(last));
-    }
-
     void theChosenProjectStaysChosenThroughAReload() {
         m_desktop->signIn("erika");
         PanelWindow* const window = m_desktop->openPanel();
@@ -198,23 +190,6 @@ class TestPanel : public QObject {
         QTest::mouseClick(window, Qt::LeftButton, Qt::ShiftModifier, centre);
         QTRY_COMPARE(m_desktop->shell.opened,
                      QStringList(QStringLiteral("https://") + domainOf(0) + QStringLiteral("/admin")));
-    }
-
-    void theActivityShowsItsNewestLine() {
-        PanelWindow* const window = m_desktop->openPanel();
-        m_desktop->state->clearActivityLog();
-        QVERIFY(heard::press(heard::find(window, QStringLiteral("Anzeigen"), Button)));
-        QTRY_VERIFY(
-            heard::find(window, QStringLiteral("Aktionen erscheinen hier bei Verbinden oder Trennen.")));
-        for (int i = 1; i <= 60; ++i)
-            m_desktop->state->log(QStringLiteral("Zeile %1").arg(i), ActivityLogLevel::info);
-        QAccessibleInterface* line = nullptr;
-        QTRY_VERIFY((line = heard::find(window, QStringLiteral("Zeile 60"), ListItem)));
-        QTRY_VERIFY2(window->geometry().contains(line->rect()), "the newest line is out of sight");
-        QVERIFY(heard::press(heard::find(window, QStringLiteral("Leeren"), Button)));
-        QCOMPARE(m_desktop->state->activityLog()->count(), 0);
-        QVERIFY(heard::press(heard::find(window, QStringLiteral("Ausblenden"), Button)));
-        QTRY_VERIFY(heard::find(window, QStringLiteral("Anzeigen"), Button));
     }
 
     void aFailureIsALineThatCanBePutAside() {

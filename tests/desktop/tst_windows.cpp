@@ -45,14 +45,6 @@ class TestWindows : public QObject {
         QTRY_VERIFY(window->screen()->availableGeometry().contains(window->geometry()));
     }
 
-    void toggleShowsAndHides() {
-        m_desktop->openPanel();
-        m_desktop->statusBar->toggle();
-        QVERIFY(!m_desktop->statusBar->isShown());
-        m_desktop->statusBar->toggle();
-        QVERIFY(m_desktop->statusBar->isShown());
-    }
-
     void installingTwiceMakesOneItemAndOnePanel() {
         m_desktop->openPanel();
         const PanelWindow* const before = &m_desktop->statusBar->panel();

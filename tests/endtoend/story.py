@@ -9,7 +9,8 @@ import subprocess
 import sys
 import tempfile
 
-from desktop import ROW, Platform, Program, choose_browser, mounted, until, words
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "../../tools"))
+from desktop import ROW, Platform, Program, choose_browser, mounted, until, words  # noqa: E402
 
 PROGRAM, PLATFORM = sys.argv[1:3]
 PROJECT = "Alpenhof Buchung"

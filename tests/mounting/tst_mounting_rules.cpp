@@ -123,19 +123,6 @@ class TestMountingRules : public QObject {
         QCOMPARE(await(diagnoseSSHFS(host, shell)), (SSHFSReadiness{State::ready, {}}));
     }
 
-    void errorsSpeakToTheUser() {
-        using Case = MounterError::Case;
-        const QString host = QStringLiteral("example.org");
-        QCOMPARE(MounterError(Case::authenticationFailed, host).description(),
-                 QStringLiteral(
-                     "SSH-Zugang zu example.org funktioniert nicht.\n\nTeste im Terminal: ssh "
-                     "<user>@example.org — wenn das nach Passwort fragt oder „Permission denied\" sagt, "
-                     "fehlt der Public-Key auf dem Server. In diesem Fall den gewünschten Public-Key (z.B. "
-                     "~/.ssh/id_ed25519.pub) einmalig im Harvellon-Backend bei deinem Account hinterlegen."));
-        QCOMPARE(MounterError(Case::mountPointOccupied, QStringLiteral("/m %1")).description(),
-                 QStringLiteral("Mount-Pfad /m %1 ist bereits belegt und konnte nicht freigegeben werden."));
-    }
-
     void failuresOfSSHFS_data() {
         using Case = MounterError::Case;
         QTest::addColumn<QString>("errors");

@@ -1,4 +1,3 @@
-#include "sandbox/ProjectTrees.h"
 #include "sandbox/Sandbox.h"
 
 #include <QJsonDocument>
@@ -8,7 +7,6 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <algorithm>
 #include <csignal>
 
 using namespace Qt::StringLiterals;
@@ -61,13 +59,6 @@ class TestSandboxSsh : public QObject {
         return session.waitForReadyRead(1000);
     }
 
-    [[nodiscard]] qsizetype processesOnTheHosts() const {
-        const QStringList processes = QDir(u"/proc"_s).entryList(QDir::Dirs);
-        return std::count_if(processes.begin(), processes.end(), [this](const QString& process) {
-            return QFile::symLinkTarget(u"/proc/%1/cwd"_s.arg(process)).startsWith(m_platform->treeRoot());
-        });
-    }
-
   private Q_SLOTS:
 
     void initTestCase() {
@@ -76,93 +67,6 @@ class TestSandboxSsh : public QObject {
     }
 
     void cleanupTestCase() { m_platform.reset(); }
-
-    void loginFindsItsSite_data() {
-        QTest::addColumn<bool>("isSshType");
-        QTest::addColumn<QString>("file");
-        QTest::addColumn<QString>("pattern");
-        QTest::newRow("ssh") << true << u"web/.env"_s << u"DB_PASSWORD=\"%1\""_s;
-        QTest::newRow("own") << false << u"../../web/config/system/settings.php"_s << u"'password' => '%1'"_s;
-    }
-
-    void loginFindsItsSite() {
-        QFETCH(bool, isSshType);
-        QFETCH(QString, file);
-        QFETCH(QString, pattern);
-        const QList<sandbox::HostedProject>& projects = m_platform->people().first().projects;
-        for (int i = 0; i < projects.size(); ++i) {
-            const sandbox::HostedProject& project = projects.at(i);
-            if (project.isSshType != isSshType)
-                continue;
-            const Outcome outcome = run(i, u"cat "_s + file);
-            QVERIFY2(outcome.exitCode == 0, qPrintable(outcome.error));
-            QVERIFY(outcome.output.contains(pattern.arg(sandbox::databasePassword(project))));
-            const QString content = isSshType ? u"/web/index.php"_s : u"/public/fileadmin"_s;
-            QVERIFY(QFileInfo::exists(sandbox::mountedFolder(m_platform->treeRoot(), project) + content));
-        }
-    }
-
-    void unknownLoginIsRefused() {
-        QProcess ssh;
-        startLogin(ssh, m_platform->ssh().binFolder(), u"ssh99999@www.alpenhof.sandbox.test"_s, u"true"_s);
-        QVERIFY(ssh.waitForFinished(soon));
-        QCOMPARE(ssh.exitCode(), 255);
-    }
-
-    void keysAreTheOwnersAlone() {
-        for (const char* name : {"client_key", "host_key", "passwd"}) {
-            const QString file = m_folder.filePath(u"ssh/"_s + QLatin1String(name));
-            QCOMPARE(QFile::permissions(file) & (QFile::ReadGroup | QFile::ReadOther), QFile::Permissions());
-        }
-    }
-
-    void refusedKeyEndsTheLogin() {
-        m_platform->ssh().acceptKey(false);
-        const Outcome refused = run(0, u"true"_s);
-        QCOMPARE(refused.exitCode, 255);
-        QVERIFY(refused.error.contains(u"Permission denied (publickey)"_s));
-        m_platform->ssh().acceptKey(true);
-        QCOMPARE(run(0, u"true"_s).exitCode, 0);
-    }
-
-    void replacedHostKeyIsNoticed() {
-        QCOMPARE(run(0, u"true"_s).exitCode, 0);
-        m_platform->ssh().acceptKey(false);
-        m_platform->ssh().replaceHostKey();
-        QVERIFY(run(0, u"true"_s).error.contains(u"Host key verification failed"_s));
-        QVERIFY(QFile::remove(m_folder.filePath(u"ssh/known_hosts"_s)));
-        QVERIFY(run(0, u"true"_s).error.contains(u"Permission denied"_s)); // one fault does not end the other
-        m_platform->ssh().acceptKey(true);
-        QCOMPARE(run(0, u"true"_s).exitCode, 0);
-    }
-
-    void frozenSessionsStandStillAndGoOn() {
-        QProcess session;
-        startLogin(session, m_platform->ssh().binFolder(), login(0), u"cat"_s);
-        QVERIFY(session.waitForStarted());
-        QTRY_VERIFY(answers(session));
-        m_platform->ssh().freeze();
-        QVERIFY(!answers(session));
-        QCOMPARE(session.state(), QProcess::Running);
-        QVERIFY(listens(m_platform->ssh().port())); // connections stand
-        m_platform->ssh().thaw();
-        QVERIFY(session.waitForReadyRead(soon));
-        QCOMPARE(session.readAll(), QByteArray("ping\n"));
-        session.closeWriteChannel();
-        QVERIFY(session.waitForFinished(soon));
-    }
-
-    void clientThatDiesMeanwhileLeavesNothing() {
-        QProcess session;
-        startLogin(session, m_platform->ssh().binFolder(), login(0), u"cat"_s);
-        QTRY_VERIFY(answers(session));
-        QVERIFY(processesOnTheHosts() > 0);
-        m_platform->ssh().freeze();
-        session.kill();
-        QVERIFY(session.waitForFinished(soon));
-        m_platform->ssh().thaw();
-        QTRY_COMPARE(processesOnTheHosts(), 0);
-    }
 
     void stopEndsSessionsEvenFrozenOnes() {
         const int port = m_platform->ssh().port();
@@ -179,25 +83,10 @@ class TestSandboxSsh : public QObject {
         QCOMPARE(run(1, u"true"_s).exitCode, 0);
     }
 
-    void sessionsOfAKilledDaemonEndToo() {
-        QProcess session;
-        startLogin(session, m_platform->ssh().binFolder(), login(0), u"cat"_s);
-        QTRY_VERIFY(answers(session));
-        QFile pidFile(m_folder.filePath(u"ssh/sshd.pid"_s));
-        QVERIFY(pidFile.open(QIODevice::ReadOnly));
-        QCOMPARE(::kill(pidFile.readAll().trimmed().toInt(), SIGKILL), 0);
-        QTRY_VERIFY(!listens(m_platform->ssh().port()));
-        QVERIFY(answers(session));
-        m_platform->ssh().stop();
-        QVERIFY(session.waitForFinished(soon));
-        m_platform->ssh().start();
-    }
-
     void programEndsWithItsParentAndTakesAllAlong_data() {
         QTest::addColumn<int>("signal");
         QTest::newRow("end of input") << 0;
         QTest::newRow("SIGTERM") << SIGTERM;
-        QTest::newRow("SIGINT") << SIGINT;
         QTest::newRow("SIGKILL") << SIGKILL;
     }
 

@@ -198,19 +198,6 @@ class TestLogin : public QObject {
         QCOMPARE(loginFailure(), QStringLiteral("Callback-Server fehlgeschlagen: Listener abgebrochen."));
     }
 
-    void addressThatMustNotBeUsedOpensNoBrowser() {
-        OAuthManager oauth(ServerAddress::checked(QStringLiteral("http://h.example")), m_network, *m_keychain,
-                           [](const QUrl&) { QFAIL("opened"); });
-        try {
-            await(oauth.startLogin());
-            QFAIL("signed in");
-        } catch (const OAuthError& error) {
-            QCOMPARE(error.description(),
-                     QStringLiteral("Callback-Server fehlgeschlagen: Ungueltige Authorization-URL"));
-        }
-        QVERIFY(!oauth.isAuthenticating());
-    }
-
     void realBrowserShowsTheWholePage() {
         const QString chromium = QStringLiteral("/usr/bin/chromium");
         QProcess browser;

@@ -1,11 +1,8 @@
 #include "SignIn/CallbackRequest.h"
 #include "SignIn/OAuthError.h"
-#include "SignIn/Pkce.h"
-#include "SignIn/SuccessPage.h"
 #include "SignIn/TokenResponse.h"
 #include "System/ServerAddress.h"
 
-#include <QRegularExpression>
 #include <QTest>
 
 using Parameters = QHash<QString, QString>;
@@ -14,18 +11,6 @@ class TestSignInRules : public QObject {
     Q_OBJECT
 
   private Q_SLOTS:
-
-    void randomTextIsBase64urlAndNeverTwiceTheSame() {
-        static const QRegularExpression alphabet(QStringLiteral("^[A-Za-z0-9_-]+$"));
-        const QString verifier = Pkce::randomText(64);
-        QCOMPARE(verifier.size(), 86);
-        QCOMPARE(Pkce::randomText(32).size(), 43);
-        QVERIFY(alphabet.match(verifier).hasMatch());
-        QVERIFY(verifier != Pkce::randomText(64));
-        // A published pair of verifier and challenge.
-        QCOMPARE(Pkce::challenge(QStringLiteral("dBjftJeZ4CVP-mB92K27uhbUJU1p1r_wW1gFWFOEjXk")),
-                 QStringLiteral("E9Melhoa2OwvFrEMTJguCHaoeK1t8URWbuGJSstw-cM"));
-    }
 
     void requests_data() {
         QTest::addColumn<QByteArray>("request");
@@ -62,17 +47,6 @@ class TestSignInRules : public QObject {
     void brokenEscapesAreSurvived() {
         for (const char* target : {"/?code=%", "/?code=%4", "/?code=%zz", "/?code=%00", "/?%=%"})
             QVERIFY(queryOf(QByteArray("GET ") + target + " HTTP/1.1\r\n\r\n").size() <= 1);
-    }
-
-    void answerIsWhatItSaysItIs() {
-        const QByteArray answer = successAnswer("icon");
-        const qsizetype blank = answer.indexOf("\r\n\r\n");
-        const QByteArray body = answer.mid(blank + 4);
-        QCOMPARE(answer.left(blank),
-                 "HTTP/1.1 200 OK\r\nContent-Type: text/html; charset=utf-8\r\nContent-Length: " +
-                     QByteArray::number(body.size()) + "\r\nConnection: close");
-        QVERIFY(body.contains("data:image/png;base64,aWNvbg=="));
-        QVERIFY(successAnswer({}).contains("src=\"\""));
     }
 
     void formValuesAreEscaped() {

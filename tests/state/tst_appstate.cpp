@@ -206,22 +206,6 @@ class TestAppState : public StateFixture {
         QVERIFY(m_shell->opened.last().startsWith(QLatin1String("code ")));
     }
 
-    void missingSshfsIsExplained() {
-        HostSystem host = this->host();
-        host.sshfsCandidates = {QStringLiteral("/none/sshfs")};
-        start(host);
-        signIn("erika");
-        const Project project = this->project(0);
-        await(m_state->connectProject(project));
-        await(m_state->connectProject(project)); // one alert at a time
-        QCOMPARE(m_state->lastError(), std::optional(QStringLiteral("sshfs ist nicht installiert.")));
-        QCOMPARE(m_state->guidanceMap().value(QStringLiteral("buttons")).toStringList().last(),
-                 QStringLiteral("Abbrechen"));
-        m_state->answerGuidance(0);
-        QCOMPARE(m_copied, QStringLiteral("sudo apt install sshfs"));
-        QVERIFY(m_state->guidanceMap().isEmpty());
-    }
-
     void mountThatEndsIsTold() {
         signIn("erika");
         const Project project = this->project(0);

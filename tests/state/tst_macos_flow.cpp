@@ -99,8 +99,7 @@ class TestMacOSFlow : public StateFixture {
                               QStringLiteral("/Library/Application Support/HarvellonConnect/known_hosts")));
         const QString workspace = m_home->path() + QStringLiteral("/HarvellonConnect-VSCode/") +
                                   project.domain + QStringLiteral(".code-workspace");
-        QCOMPARE(m_mac->calls,
-                 QStringList(QStringLiteral("/usr/bin/open -a Visual Studio Code ") + workspace));
+        QCOMPARE(m_mac->calls.last(), QStringLiteral("/usr/bin/open -a Visual Studio Code ") + workspace);
 
         m_mac->calls.clear();
         await(m_state->disconnectProject(project.domain, false));

@@ -104,37 +104,6 @@ class TestStateRules : public QObject {
         QCOMPARE(model.rowOf(QStringLiteral("a.example")), -1);
     }
 
-    void rowButtons_data() {
-        QTest::addColumn<int>("coder"); // -1: absent
-        QTest::addColumn<int>("database");
-        QTest::addColumn<bool>("connected");
-        QTest::addColumn<QString>("shown"); // connect, disconnect, vscode, finder, ssh, database
-        QTest::newRow("nobody") << -2 << -1 << true << "000000";
-        QTest::newRow("flag absent") << -1 << 1 << true << "000000";
-        QTest::newRow("editor") << 0 << 1 << false << "000000";
-        QTest::newRow("coder") << 1 << -1 << false << "100010";
-        QTest::newRow("coder, mounted") << 1 << 0 << true << "011110";
-        QTest::newRow("coder with database") << 1 << 1 << true << "011111";
-    }
-
-    void rowButtons() {
-        QFETCH(int, coder);
-        QFETCH(int, database);
-        QFETCH(bool, connected);
-        QFETCH(QString, shown);
-        const auto flag = [](int value) { return value < 0 ? std::nullopt : std::optional(value == 1); };
-        std::optional<UserProfile> user;
-        if (coder > -2)
-            user = UserProfile{QStringLiteral("E"), none, flag(coder), flag(database)};
-        const RowActions actions = RowActions::of(user, connected);
-        QString actual;
-        for (const bool button : {actions.connect, actions.disconnect, actions.vscode, actions.finder,
-                                  actions.ssh, actions.database})
-            actual += button ? QLatin1Char('1') : QLatin1Char('0');
-        QCOMPARE(actual, shown);
-        QVERIFY(actions.cache && actions.safari);
-    }
-
     void accountsAreRecognised() {
         const QList<Account> known{accountWith("1", QStringLiteral("a@x.example")), accountWith("2", none),
                                    accountWith("3", QStringLiteral("STRASSE@x.example"))};

@@ -83,14 +83,6 @@ class HotkeyTest : public QObject {
         QCOMPARE(key.presses, 1);
     }
 
-    void modifiersBelongToOthers() {
-        Listener key;
-        key.manager.registerKey();
-        xdotool({QStringLiteral("key"), QStringLiteral("shift+") + f19});
-        QTest::qWait(quiet);
-        QCOMPARE(key.presses, 0);
-    }
-
     void registeringTwiceIsOnce() {
         Listener key;
         key.manager.registerKey();
@@ -113,18 +105,6 @@ class HotkeyTest : public QObject {
         QTRY_COMPARE(key.presses, 1);
     }
 
-    void unregisteringFromThePressIsSafe() {
-        Listener key;
-        key.manager.onPress = [&key] {
-            ++key.presses;
-            key.manager.unregisterKey();
-        };
-        key.manager.registerKey();
-        xdotool({QStringLiteral("key"), QStringLiteral("--repeat"), QStringLiteral("3"), f19});
-        QTest::qWait(quiet);
-        QCOMPARE(key.presses, 1);
-    }
-
     void theSecondProgramIsRefused() {
         Listener first;
         first.manager.registerKey();
@@ -145,14 +125,12 @@ class HotkeyTest : public QObject {
         QCOMPARE(second.refusals.size(), 1);
     }
 
-    void aLetGoKeyRefusesNothing() {
-        Listener first;
-        first.manager.registerKey();
-        Listener second;
-        second.manager.registerKey();
-        second.manager.unregisterKey();
-        QTest::qWait(quiet);
-        QVERIFY(second.refusals.isEmpty());
+    void waylandWithoutAPortalSaysSo() {
+        qputenv("XDG_SESSION_TYPE", "wayland");
+        Listener key;
+        key.manager.registerKey();
+        QTRY_COMPARE(key.refusals, QStringList{QStringLiteral(
+                                       "Dieser Desktop bietet keine systemweiten Tastenkürzel an.")});
     }
 
     void theLayoutIsFollowed() {

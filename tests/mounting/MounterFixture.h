@@ -1,0 +1,159 @@
+#pragma once
+
+#include "Mounting/SSHFSMounter.h"
+#include "System/MountTable.h"
+#include "sandbox/ProjectTrees.h"
+#include "sandbox/Sandbox.h"
+#include "support/Await.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <unistd.h>
+
+/// Answers commands as scripted, or never, and runs the rest for real.
+class ScriptedShell : public Shell {
+  public:
+    QHash<QString, ShellResult> answers; ///< by executable and arguments
+    QStringList calls;
+    QString hanging; ///< the executable that does not end by itself
+
+    QCoro::Task<ShellResult> run(QString executable, QStringList arguments,
+                                 std::chrono::milliseconds limit) override {
+        const QString call = executable + QLatin1Char(' ') + arguments.join(QLatin1Char(' '));
+        calls.append(call);
+        for (auto answer = answers.cbegin(); answer != answers.cend(); ++answer) {
+            if (call.startsWith(answer.key()))
+                co_return answer.value();
+        }
+        if (executable == hanging) {
+            executable = QStringLiteral("/bin/sleep");
+            arguments = QStringList{QStringLiteral("60")};
+        }
+        co_return co_await Shell::run(executable, arguments, limit);
+    }
+};
+
+/// Processes other than this one whose command line holds `text`.
+inline QList<pid_t> processesWith(const QString& text) {
+    QList<pid_t> found;
+    const QStringList entries = QDir(QStringLiteral("/proc")).entryList(QDir::Dirs);
+    for (const QString& entry : entries) {
+        QFile commandLine(QStringLiteral("/proc/%1/cmdline").arg(entry));
+        const pid_t pid = entry.toInt();
+        if (pid > 0 && pid != getpid() && commandLine.open(QIODevice::ReadOnly) &&
+            commandLine.readAll().contains(text.toUtf8()))
+            found.append(pid);
+    }
+    return found;
+}
+
+inline int blockedThreads() {
+    int blocked = 0;
+    const QStringList threads =
+        QDir(QStringLiteral("/proc/self/task")).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+    for (const QString& thread : threads) {
+        QFile channel(QStringLiteral("/proc/self/task/%1/wchan").arg(thread));
+        if (channel.open(QIODevice::ReadOnly) &&
+            QByteArrayList{"request_wait_answer", "fuse_get_req"}.contains(channel.readAll()))
+            ++blocked;
+    }
+    return blocked;
+}
+
+/// A mounter with real sshfs against a real sshd; after each test nothing of it may be left.
+class MounterFixture : public QObject {
+    Q_OBJECT
+
+  protected:
+    std::unique_ptr<QTemporaryDir> m_home;
+    QTemporaryDir m_platformFolder;
+    std::unique_ptr<sandbox::Sandbox> m_platform;
+    QByteArray m_searchPath;
+    std::unique_ptr<ScriptedShell> m_shell;
+    std::unique_ptr<SSHFSMounter> m_mounter;
+
+    [[nodiscard]] sandbox::HostedProject hosted(int index) const {
+        return m_platform->people().at(0).projects.at(index);
+    }
+
+    [[nodiscard]] Project project(int index) const {
+        const sandbox::HostedProject hosted = this->hosted(index);
+        return {hosted.domain, hosted.name, QString::number(hosted.webspaceID),
+                sandbox::mountedFolder(m_platform->treeRoot(), hosted),
+                hosted.isSshType ? ProjectType::ssh : ProjectType::harvellon};
+    }
+
+    [[nodiscard]] QString mountPoint(int index) const {
+        return m_home->path() + QStringLiteral("/Harvellon/") + hosted(index).domain;
+    }
+
+    [[nodiscard]] HostSystem host() const {
+        HostSystem host = HostSystem::linuxDesktop(m_home->path());
+        host.privateFolder = m_home->filePath(QStringLiteral("private folder"));
+        return host;
+    }
+
+    static void writeScript(const QString& path, const QByteArray& text) {
+        QFile script(path);
+        QVERIFY(script.open(QIODevice::WriteOnly) &&
+                script.setPermissions(QFile::ReadOwner | QFile::ExeOwner));
+        script.write(text);
+    }
+
+    QString mountFailure(const Project& project) {
+        try {
+            await(m_mounter->mount(project));
+            return QStringLiteral("none");
+        } catch (const MounterError& error) {
+            return error.description();
+        }
+    }
+
+    QString unmountFailure(const QString& domain) {
+        try {
+            await(m_mounter->unmount(domain));
+            return QStringLiteral("none");
+        } catch (const MounterError& error) {
+            return error.description();
+        }
+    }
+
+    void verifyNothingLeft() {
+        QTRY_COMPARE(processesWith(m_home->path()), QList<pid_t>());
+        QTRY_COMPARE(processesWith(QStringLiteral(".sandbox.test")), QList<pid_t>());
+        for (int i = 0; i < 12; ++i)
+            QVERIFY2(!MountTable::lists(mountPoint(i)), qPrintable(mountPoint(i)));
+        QTRY_COMPARE(blockedThreads(), 0);
+        QVERIFY(m_mounter->sessions().isEmpty());
+    }
+
+  private Q_SLOTS:
+
+    void initTestCase() {
+        m_platform = std::make_unique<sandbox::Sandbox>(sandbox::Options{m_platformFolder.path(), 0, true});
+        QVERIFY(m_platform->hasSsh());
+        m_searchPath = qgetenv("PATH");
+        qputenv("PATH", m_platform->ssh().binFolder().toUtf8() + ':' + m_searchPath);
+    }
+
+    void init() {
+        m_home = std::make_unique<QTemporaryDir>(QDir::tempPath() + QStringLiteral("/mounter home XXXXXX"));
+        m_shell = std::make_unique<ScriptedShell>();
+        m_mounter = std::make_unique<SSHFSMounter>(host(), *m_shell);
+    }
+
+    void cleanup() {
+        m_platform->ssh().thaw();
+        m_platform->ssh().acceptKey(true);
+        await(m_mounter->unmountAll());
+        verifyNothingLeft();
+    }
+
+    void cleanupTestCase() {
+        m_platform.reset();
+        qputenv("PATH", m_searchPath);
+    }
+};
