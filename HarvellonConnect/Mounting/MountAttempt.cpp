@@ -2,7 +2,6 @@
 
 #include "Mounting/KnownHosts.h"
 #include "Mounting/MountOptions.h"
-#include "Mounting/MountPoint.h"
 #include "Mounting/MountQuestion.h"
 #include "Mounting/MounterError.h"
 #include "Mounting/SSHFSProcess.h"
@@ -62,7 +61,8 @@ QCoro::Task<> MountAttempt::start(std::shared_ptr<MountAttempt> attempt) {
             throw MounterError(MounterError::Case::mountPointOccupied, mountPoint);
         attempt->failWhenGivenUp();
     }
-    makeMountPoint(mountPoint);
+    attempt->m_folder.emplace(mountPoint);
+    attempt->m_coversFiles = attempt->m_folder->holdsFiles();
     prepareKnownHosts(attempt->m_host);
     qCInfo(lcSSHFSMounter, "mount: spawning sshfs for %s", qUtf8Printable(attempt->m_project.domain));
     attempt->m_process->start(*sshfs, sshfsArguments(attempt->m_host, attempt->m_project, mountPoint));
@@ -92,6 +92,7 @@ QCoro::Task<> MountAttempt::waitUntilMounted(std::shared_ptr<MountAttempt> attem
             co_await Async::sleep(tableStep);
             continue;
         }
+        attempt->m_folder->seal();
         // The server's answer ends the pause early.
         const std::optional<bool> answer = co_await question.answer(pollingStep);
         mounted = answer.value_or(false);

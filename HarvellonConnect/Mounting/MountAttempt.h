@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Directory/Project.h"
+#include "Mounting/MountPoint.h"
 #include "Mounting/Unmounting.h"
 #include "System/HostSystem.h"
 #include "System/Shell.h"
@@ -11,6 +12,7 @@
 #include <QString>
 
 #include <memory>
+#include <optional>
 
 class SSHFSProcess;
 
@@ -44,6 +46,9 @@ class MountAttempt {
 
     [[nodiscard]] QString mountPoint() const;
 
+    /// Whether local files lie where the tree is mounted.
+    [[nodiscard]] bool coversFiles() const { return m_coversFiles; }
+
   private:
     static QCoro::Task<> start(std::shared_ptr<MountAttempt> attempt);
     static QCoro::Task<> waitUntilMounted(std::shared_ptr<MountAttempt> attempt);
@@ -55,5 +60,7 @@ class MountAttempt {
     std::shared_ptr<SSHFSProcess> m_process;
     Patience m_patience = usualPatience;
     bool m_givenUp = false;
+    bool m_coversFiles = false;
+    std::optional<MountPointFolder> m_folder; ///< from the moment it is needed
     QPromise<void> m_over;
 };

@@ -8,8 +8,12 @@
 #include <QFileInfo>
 
 #include <algorithm>
+#include <cerrno>
+#include <fcntl.h>
 #include <filesystem>
+#include <sys/stat.h>
 #include <system_error>
+#include <unistd.h>
 
 namespace {
 // What is not part of a host name but means something to the file system, to sshfs, or to a shell that a
@@ -27,13 +31,41 @@ bool isPlainDomain(const QString& domain) {
     });
 }
 
-void makeMountPoint(const QString& path) {
+MountPointFolder::MountPointFolder(const QString& path) : m_path(path) {
+    const QByteArray name = QFile::encodeName(path);
     std::error_code error;
-    std::filesystem::create_directories(QFile::encodeName(path).toStdString(), error);
+    std::filesystem::create_directories(name.toStdString(), error);
+    if (!error) {
+        m_folder = ::open(name.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        if (m_folder < 0)
+            error.assign(errno, std::generic_category());
+    }
     if (error)
         throw MounterError(
             MounterError::Case::mountFailed,
             QStringLiteral("%1: %2").arg(path, QString::fromLocal8Bit(error.message().c_str())));
+    ::fchmod(m_folder, S_IRWXU);
+}
+
+MountPointFolder::~MountPointFolder() {
+    seal();
+}
+
+bool MountPointFolder::holdsFiles() const {
+    const QStringList leftBehind{QStringLiteral(".DS_Store"), QStringLiteral(".directory"),
+                                 QStringLiteral(".localized")};
+    const QStringList entries =
+        QDir(m_path).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+    return std::any_of(entries.begin(), entries.end(),
+                       [&leftBehind](const QString& entry) { return !leftBehind.contains(entry); });
+}
+
+void MountPointFolder::seal() {
+    if (m_folder < 0)
+        return;
+    ::fchmod(m_folder, S_IRUSR | S_IXUSR);
+    ::close(m_folder);
+    m_folder = -1;
 }
 
 bool isListed(const QString& path) {

@@ -102,7 +102,8 @@ QCoro::Task<MountSession> SSHFSMounter::mount(Project project) {
             co_await ending;
         }
         const std::shared_ptr<SSHFSProcess> process = co_await MountAttempt::run(attempt);
-        session = MountSession{domain, attempt->mountPoint(), process, QDateTime::currentDateTime()};
+        session = MountSession{domain, attempt->mountPoint(), process, QDateTime::currentDateTime(),
+                               attempt->coversFiles()};
     } catch (const MounterError&) {
         failure = std::current_exception();
     }

@@ -26,7 +26,8 @@ struct MountSession {
     QString domain;
     QString mountPoint; ///< absolute path of the local folder
     std::shared_ptr<SSHFSProcess> process;
-    QDateTime startedAt; ///< when the server had answered
+    QDateTime startedAt;      ///< when the server had answered
+    bool coversFiles = false; ///< local files lie in the folder, out of sight while the mount stands
 };
 
 /// Mounts project trees with one long-lived sshfs each, and takes them down again.

@@ -57,6 +57,15 @@ QCoro::Task<std::optional<QString>> AppState::mountProject(Project project) {
         const MountSession session = co_await m_sshfsMounter.mount(project);
         log(QStringLiteral("Gemountet: ") + session.mountPoint, ActivityLogLevel::success);
         publishSessions();
+        if (session.coversFiles) {
+            const QString warning =
+                QStringLiteral(
+                    "Im Ordner %1 liegen lokale Dateien, die der Mount verdeckt. Sie sind nicht auf dem "
+                    "Server; nach dem Trennen sind sie wieder zu sehen.")
+                    .arg(session.mountPoint);
+            log(warning, ActivityLogLevel::warning);
+            setLastError(warning);
+        }
         co_return session.mountPoint;
     } catch (...) {
         failure = std::current_exception();

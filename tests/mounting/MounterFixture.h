@@ -121,6 +121,12 @@ class MounterFixture : public QObject {
         }
     }
 
+    /// By its mode: root may save anywhere.
+    static bool nobodyCanSaveInto(const QString& folder) {
+        constexpr QFile::Permissions saving = QFile::WriteOwner | QFile::WriteGroup | QFile::WriteOther;
+        return QFileInfo::exists(folder) && !(QFile::permissions(folder) & saving);
+    }
+
     void verifyNothingLeft() {
         QTRY_COMPARE(processesWith(m_home->path()), QList<pid_t>());
         QTRY_COMPARE(processesWith(QStringLiteral(".sandbox.test")), QList<pid_t>());

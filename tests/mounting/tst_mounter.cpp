@@ -33,6 +33,7 @@ class TestMounter : public MounterFixture {
         QCOMPARE(unmountFailure(session.domain), QStringLiteral("none"));
         QCOMPARE(unmountFailure(session.domain), QStringLiteral("none")); // no session: silent
         QVERIFY(QDir(session.mountPoint).isEmpty());
+        QVERIFY(nobodyCanSaveInto(session.mountPoint));
         QFile hosts(host().knownHostsFile());
         QVERIFY(hosts.size() > 0);
         constexpr QFile::Permissions others = QFile::ReadGroup | QFile::ReadOther;
@@ -134,6 +135,28 @@ class TestMounter : public MounterFixture {
         QVERIFY(QFile::exists(mountPoint(0) + QStringLiteral("/web/index.php")));
         for (const pid_t pid : former)
             ::kill(pid, SIGKILL);
+    }
+
+    void folderWithoutItsMountTakesNothing() {
+        QVERIFY(!await(m_mounter->mount(project(0))).coversFiles);
+        for (const pid_t pid : processesWith(mountPoint(0)))
+            ::kill(pid, SIGKILL);
+        QTRY_VERIFY(!MountTable::lists(mountPoint(0)));
+        QVERIFY(nobodyCanSaveInto(mountPoint(0)));
+
+        // From an accident that an older program allowed.
+        QFile::setPermissions(mountPoint(0), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        QFile file(mountPoint(0) + QStringLiteral("/lokal.txt"));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        QVERIFY(await(m_mounter->mount(project(0))).coversFiles);
+        QVERIFY(!file.exists());
+        QCOMPARE(unmountFailure(hosted(0).domain), QStringLiteral("none"));
+        QVERIFY(file.exists());
+        QVERIFY(nobodyCanSaveInto(mountPoint(0)));
+
+        m_platform->ssh().acceptKey(false);
+        QVERIFY(mountFailure(project(1)) != QLatin1String("none"));
+        QVERIFY(nobodyCanSaveInto(mountPoint(1)));
     }
 
     void endFromOutsideIsToldOnce() {
