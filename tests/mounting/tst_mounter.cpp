@@ -153,6 +153,8 @@ class TestMounter : public MounterFixture {
         QCOMPARE(unmountFailure(hosted(0).domain), QStringLiteral("none"));
         QVERIFY(file.exists());
         QVERIFY(nobodyCanSaveInto(mountPoint(0)));
+        QFile::setPermissions(mountPoint(0), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        QVERIFY(file.remove());
 
         m_platform->ssh().acceptKey(false);
         QVERIFY(mountFailure(project(1)) != QLatin1String("none"));

@@ -1,0 +1,59 @@
+#include "Actions/DatabaseCredentials.h"
+#include "Actions/SearchDomain.h"
+#include "BrowserTab/SessionFile.h"
+#include "Desktop/UpdateFeed.h"
+#include "Directory/ApplicationsResponse.h"
+#include "Directory/DecodingError.h"
+#include "SignIn/CallbackRequest.h"
+#include "SignIn/OAuthError.h"
+#include "SignIn/TokenResponse.h"
+
+#include <cstdint>
+
+/// One function for each parser, by the name of its corpus.
+namespace parsers {
+void callback_request(const QByteArray& input) {
+    queryOf(input);
+}
+
+void token_answer(const QByteArray& input) {
+    try {
+        TokenResponse::parse(input);
+    } catch (const OAuthError&) {
+    }
+}
+
+void identity_claims(const QByteArray& input) {
+    IdentityClaims::read(QString::fromUtf8(input));
+}
+
+void directory(const QByteArray& input) {
+    try {
+        ApplicationsResponse::decode(input);
+    } catch (const DecodingError&) {
+    }
+}
+
+void configuration(const QByteArray& input) {
+    const QString text = QString::fromUtf8(input);
+    credentialsIn(text, ProjectType::ssh);
+    credentialsIn(text, ProjectType::harvellon);
+}
+
+void tab_address(const QByteArray& input) {
+    searchDomain(QString::fromUtf8(input));
+}
+
+void session_file(const QByteArray& input) {
+    windowsIn(input);
+}
+
+void update_feed(const QByteArray& input) {
+    static_cast<void>(newerRelease(input, QStringLiteral("1.0.0")));
+}
+} // namespace parsers
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    parsers::FUZZED(QByteArray(reinterpret_cast<const char*>(data), static_cast<qsizetype>(size)));
+    return 0;
+}
