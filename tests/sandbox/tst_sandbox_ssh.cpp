@@ -118,27 +118,6 @@ class TestSandboxSsh : public QObject {
         QVERIFY(session.waitForFinished(soon));
         QTRY_VERIFY(!listens(port));
     }
-
-    void programSaysWhatIsWrong_data() {
-        QTest::addColumn<QStringList>("arguments");
-        QTest::addColumn<QString>("message");
-        QTest::newRow("no folder") << QStringList{} << u"--folder"_s;
-        QTest::newRow("no number") << QStringList{u"--folder"_s, m_folder.path(), u"--projects"_s, u"many"_s}
-                                   << u"--projects"_s;
-        QTest::newRow("no place") << QStringList{u"--folder"_s, u"/dev/null/x"_s} << u"/dev/null/x"_s;
-        QTest::newRow("in use") << QStringList{u"--folder"_s, m_folder.path()} << u"in use"_s;
-    }
-
-    void programSaysWhatIsWrong() {
-        QFETCH(QStringList, arguments);
-        QFETCH(QString, message);
-        QProcess program;
-        program.start(QStringLiteral(SANDBOX_PROGRAM), arguments);
-        QVERIFY(program.waitForFinished(soon));
-        QCOMPARE(program.exitCode(), 1);
-        QVERIFY(program.readAllStandardError().contains(message.toUtf8()));
-        QVERIFY(program.readAllStandardOutput().isEmpty());
-    }
 };
 
 QTEST_GUILESS_MAIN(TestSandboxSsh)

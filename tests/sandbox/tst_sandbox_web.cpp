@@ -226,19 +226,6 @@ class TestSandboxWeb : public QObject {
         restart();
         QCOMPARE(refresh(tokens.refreshToken).status, 400); // the first run's rotation counts in the second
     }
-
-    void takenPortIsLeftAlone() {
-        const QTemporaryDir folder;
-        QVERIFY(QFile::copy(m_folder->filePath(u"port"_s), folder.filePath(u"port"_s)));
-        const sandbox::Sandbox other({folder.path(), 0, false});
-        QVERIFY(other.server() != m_platform->server());
-        QCOMPARE(directory(u"t"_s).status, 401);
-        QCOMPARE(other.requests().size(), 0);
-    }
-
-    void folderServesOneAtATime() {
-        QVERIFY_THROWS_EXCEPTION(std::runtime_error, sandbox::Sandbox({m_folder->path(), 0, false}));
-    }
 };
 
 QTEST_GUILESS_MAIN(TestSandboxWeb)

@@ -124,16 +124,6 @@ class TestStateRules : public QObject {
         QCOMPARE(idsOf(withoutDuplicates(accounts, QStringLiteral("2"))), QStringLiteral("1245"));
         QCOMPARE(idsOf(withoutDuplicates(accounts, QStringLiteral("3"))), QStringLiteral("2345"));
     }
-
-    void namesFallBack() {
-        const QString id = QStringLiteral("id");
-        const QString profile = QStringLiteral("P");
-        const QString email = QStringLiteral("e@x");
-        QCOMPARE(displayNameFor(QStringLiteral("N"), profile, email, id), QStringLiteral("N"));
-        QCOMPARE(displayNameFor(QString(), profile, email, id), profile);
-        QCOMPARE(displayNameFor(none, none, email, id), email);
-        QCOMPARE(displayNameFor(none, none, none, id), id);
-    }
 };
 
 QTEST_GUILESS_MAIN(TestStateRules)

@@ -52,16 +52,6 @@ class TestFacts : public QObject {
                  others);
     }
 
-    void foldersOfMacOS() {
-        const HostSystem host = HostSystem::macOS(QStringLiteral("/Users/e b"));
-        QCOMPARE(host.knownHostsFile(),
-                 QStringLiteral("/Users/e b/Library/Application Support/HarvellonConnect/known_hosts"));
-        QCOMPARE(host.mountRoot(), QStringLiteral("/Users/e b/Harvellon"));
-        QCOMPARE(host.terminal.arguments,
-                 QStringList(QStringLiteral("/System/Applications/Utilities/Terminal.app")));
-        QVERIFY(host.handlerQuery.executable.isEmpty());
-    }
-
     void setupOnMacOS() {
         const Guidance guidance = HostSystem::macOS({}).setupGuidance;
         QCOMPARE(guidance.title, QStringLiteral("FUSE-T und sshfs werden benötigt"));

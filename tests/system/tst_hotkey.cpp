@@ -53,18 +53,6 @@ class HotkeyTest : public QObject {
         QVERIFY(key.refusals.isEmpty());
     }
 
-    void aHeldKeyIsOnePress() {
-        Listener key;
-        key.manager.registerKey();
-        xdotool({QStringLiteral("keydown"), f19});
-        QTest::qWait(1200); // the server repeats after 0.66 s, every 40 ms
-        xdotool({QStringLiteral("keyup"), f19});
-        QTest::qWait(quiet);
-        QCOMPARE(key.presses, 1);
-        xdotool({QStringLiteral("key"), f19});
-        QTRY_COMPARE(key.presses, 2);
-    }
-
     void locksDoNotMatter_data() {
         QTest::addColumn<QStringList>("locks");
         QTest::newRow("caps") << QStringList{QStringLiteral("Caps_Lock")};

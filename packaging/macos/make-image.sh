@@ -1,5 +1,5 @@
 #!/bin/sh
-# packaging/macos/make-image BUILD FOLDER
+# packaging/macos/make-image.sh BUILD FOLDER
 #
 # Makes FOLDER/HarvellonConnect.dmg of the bundle in BUILD: Qt and Sparkle inside, signed and notarised where these say
 # with what:
