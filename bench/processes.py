@@ -67,7 +67,7 @@ try:
         app = Program(PROGRAM, environment, subprocess.DEVNULL)
         time.sleep(1)
         keys("197")
-        time.sleep(1.5)
+        time.sleep(6.5)  # until the update feed has been asked, and what speaks TLS is loaded
         ours.append(resident(app.process))
         shared.append(proportional(app.process))
         if run < RUNS - 1:

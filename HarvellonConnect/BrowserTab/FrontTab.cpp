@@ -12,7 +12,7 @@ constexpr qint64 largestSession = 64 * 1024 * 1024;
 QString shownTitle(const SavedWindow& window) {
     if (!window.title.isEmpty())
         return window.title + QStringLiteral(" - ");
-    QString address = window.address.mid(window.address.indexOf(QLatin1String("://")) + 3);
+    QString address = window.address.section(QLatin1String("://"), -1);
     if (address.endsWith(QLatin1Char('/')))
         address.chop(1);
     return address;

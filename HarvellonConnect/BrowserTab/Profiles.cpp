@@ -4,7 +4,6 @@
 #include <QDirIterator>
 #include <QFileInfo>
 
-#include <algorithm>
 #include <sys/stat.h>
 
 QList<RunningBrowser> runningBrowsers(const QString& configFolder, const QString& home) {
@@ -24,15 +23,12 @@ QList<RunningBrowser> runningBrowsers(const QString& configFolder, const QString
     };
     QList<RunningBrowser> running;
     for (const Place& place : places) {
-        // The lock is a link whose target, "host-pid", never exists. A crash leaves it behind.
-        const QString lock =
-            QFileInfo(QFile::symLinkTarget(place.folder + QStringLiteral("/SingletonLock"))).fileName();
-
-        struct stat link {};
-
-        ::lstat(QFile::encodeName(place.folder + QStringLiteral("/SingletonLock")).constData(), &link);
-        const qint64 pid = lock.section(QLatin1Char('-'), -1).toLongLong();
-        if (pid <= 0)
+        // A link whose target, "host-pid", never exists. A crash leaves it behind.
+        const QString lock = place.folder + QStringLiteral("/SingletonLock");
+        const qint64 pid =
+            QFileInfo(QFile::symLinkTarget(lock)).fileName().section(QLatin1Char('-'), -1).toLongLong();
+        struct stat link = {};
+        if (pid <= 0 || ::lstat(QFile::encodeName(lock).constData(), &link) != 0)
             continue;
         const QDateTime started = QDateTime::fromSecsSinceEpoch(link.st_mtime);
         if (place.contained)
@@ -53,8 +49,5 @@ QList<ProfileSession> sessionsOf(const RunningBrowser& browser) {
         if (!files.isEmpty() && files.first().lastModified() >= browser.started)
             sessions.append({files.first().filePath(), files.first().lastModified()});
     }
-    std::sort(sessions.begin(), sessions.end(), [](const ProfileSession& left, const ProfileSession& right) {
-        return left.written > right.written;
-    });
     return sessions;
 }

@@ -23,5 +23,5 @@ struct RunningBrowser {
 /// `home` is for those that come as snap or flatpak.
 QList<RunningBrowser> runningBrowsers(const QString& configFolder, const QString& home);
 
-/// One for each of the browser's profiles that has been open, the one written last first.
+/// One for each of the browser's profiles that has been open since it was started.
 QList<ProfileSession> sessionsOf(const RunningBrowser& browser);

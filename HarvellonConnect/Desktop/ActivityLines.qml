@@ -34,15 +34,23 @@ ListView {
         width: lines.width
     }
 
-    // Not at once: the list has not laid out the new line yet. And not by the count, which stands still when the
-    // log is full.
-    onModelChanged: Qt.callLater(positionViewAtEnd)
+    // Not by the count, which stands still when the log is full.
+    onModelChanged: toEnd.restart()
 
     Connections {
         function onRowsInserted() {
-            Qt.callLater(lines.positionViewAtEnd);
+            toEnd.restart();
         }
 
         target: lines.log
+    }
+
+    /// Not at once: the list has not laid out the new line yet.
+    Timer {
+        id: toEnd
+
+        interval: 0
+
+        onTriggered: lines.positionViewAtEnd()
     }
 }

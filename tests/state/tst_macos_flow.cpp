@@ -24,11 +24,11 @@ class MacShell : public DesktopShell {
         if (executable == QLatin1String("/usr/sbin/diskutil") ||
             executable == QLatin1String("/sbin/umount")) {
             const QStringList unmount{QStringLiteral("-u"), arguments.last()};
-            co_return co_await Shell::run(QStringLiteral("/usr/bin/fusermount3"), unmount, limit);
+            co_return co_await DesktopShell::run(QStringLiteral("/usr/bin/fusermount3"), unmount, limit);
         }
         if (executable == QLatin1String("/usr/bin/open"))
             co_return ShellResult{};
-        co_return co_await Shell::run(executable, arguments, limit);
+        co_return co_await DesktopShell::run(executable, arguments, limit);
     }
 };
 } // namespace
