@@ -15,6 +15,7 @@ from desktop import Platform, Program, choose_browser, keys, until  # noqa: E402
 PROGRAM, PLATFORM = sys.argv[1:3]
 RUNS = 11
 IDLE = 60  # seconds
+SETTLING = 130  # seconds until the last connection of the start has been let go
 
 
 def field(path, name):
@@ -78,7 +79,7 @@ try:
          min(60, statistics.median(theirs)))
 
     keys("197")
-    time.sleep(5)
+    time.sleep(SETTLING)
     before = switches(app.process)
     time.sleep(IDLE)
     after = switches(app.process)
