@@ -74,7 +74,7 @@ try:
         if run < RUNS - 1:
             end(app.process)
     print(f"{'sirikali: resident memory with its window':48} {statistics.median(theirs):8.1f} MB  ({RUNS} runs)")
-    print(f"{'the same of the program, shared pages by halves':48} {statistics.median(shared):8.1f} MB")
+    print(f"{'the program, shared pages in proportion':48} {statistics.median(shared):8.1f} MB")
     told("resident memory, 200 projects, one opened panel", statistics.median(ours), "MB",
          min(60, statistics.median(theirs)))
 

@@ -11,7 +11,7 @@ import time
 import urllib.request
 
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
-from desktop import BUTTON, ROW, Platform, Program, choose_browser, keys, mounted, until, words  # noqa: E402
+from desktop import ROW, Platform, Program, choose_browser, keys, until, words  # noqa: E402
 
 import gi  # noqa: E402
 

@@ -102,7 +102,9 @@ void AppState::startOpenShell(const QString& domain) {
 }
 
 QCoro::Task<> AppState::openShell(Project project) {
-    if (co_await opensAddresses(QStringLiteral("ssh"))) {
+    const QString scheme = QStringLiteral("ssh");
+    const bool hasHandler = co_await opensAddresses(scheme);
+    if (hasHandler) {
         openAddress(shellAddress(project));
         co_return;
     }

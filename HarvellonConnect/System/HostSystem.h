@@ -36,12 +36,11 @@ struct HostSystem {
     QList<ExternalCommand> unmountCommands; ///< gentle first; the mount point follows the arguments
     ExternalCommand forcedUnmount;          ///< for a stale mount
 
-    ExternalCommand opener; ///< opens an address or a folder with the user's own program
-    ExternalCommand
-        handlerQuery; ///< prints who opens a type of address; empty where ssh addresses always have one
-    QStringList editorLaunchers; ///< where the editor's `code` command is when the search path has none
-    ExternalCommand editorOpen;  ///< opens a target in the editor when no launcher is found; empty where
-                                 ///< the desktop would hand the file to any program at all
+    ExternalCommand opener;       ///< opens an address or a folder with the user's own program
+    ExternalCommand handlerQuery; ///< prints who opens a type of address; empty where ssh has a handler
+    QStringList editorLaunchers;  ///< where the editor's `code` command is when the search path has none
+    ExternalCommand editorOpen;   ///< opens a target in the editor when no launcher is found; empty where
+                                  ///< the desktop would hand the file to any program at all
 
     QString ssh;                  ///< the user's own client
     ExternalCommand browserQuery; ///< prints the address of the browser's active tab
