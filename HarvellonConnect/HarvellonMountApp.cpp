@@ -1,7 +1,5 @@
 #include "HarvellonMountApp.h"
 
-#include "Desktop/QmlViews.h"
-
 #include <QClipboard>
 #include <QEventLoop>
 #include <QGuiApplication>
@@ -19,9 +17,8 @@ HarvellonMountApp::HarvellonMountApp(const HostSystem& host, const ServerAddress
               {[this] { m_statusBar.toggle(); },
                [](const QString& text) { QGuiApplication::clipboard()->setText(text); },
                [this](const QString& domain) { m_statusBar.tellMountEnded(domain); }}),
-      m_statusBar(m_engine, versionText), m_settings(m_engine, m_statusBar, versionText),
-      m_alerts(m_engine, m_state), m_updates(updateFeed, QCoreApplication::applicationVersion(), m_network) {
-    addViews(m_engine);
+      m_statusBar(m_views, versionText), m_settings(m_views, m_statusBar, versionText),
+      m_alerts(m_views, m_state), m_updates(updateFeed, QCoreApplication::applicationVersion(), m_network) {
     connect(&m_statusBar, &StatusBarController::settingsRequested, this,
             [this] { m_settings.show(m_state); });
     connect(&m_statusBar, &StatusBarController::quitRequested, this, &HarvellonMountApp::quit);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Desktop/GuidanceAlerts.h"
+#include "Desktop/QmlViews.h"
 #include "Desktop/SettingsWindowManager.h"
 #include "Desktop/StatusBarController.h"
 #include "Desktop/UpdateController.h"
@@ -13,7 +14,6 @@
 
 #include <QNetworkAccessManager>
 #include <QObject>
-#include <QQmlEngine>
 
 /// The application: makes the parts, wires them, and sees to it that they end in order. Main thread.
 class HarvellonMountApp : public QObject {
@@ -33,7 +33,7 @@ class HarvellonMountApp : public QObject {
     QCoro::Task<> shutDown();
     void finishBeforeLoopEnds();
 
-    QQmlEngine m_engine;
+    QmlViews m_views;
     Shell m_shell;
     KeychainStore m_keychain;
     Preferences m_preferences;

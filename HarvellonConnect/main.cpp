@@ -22,7 +22,10 @@ int main(int argc, char* argv[]) {
     QApplication::setOrganizationDomain(QStringLiteral("harvellon.com"));
     QApplication::setDesktopFileName(applicationIdentifier);
     QApplication::setApplicationVersion(QStringLiteral(HARVELLON_VERSION));
-    QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/AppIcon.png")));
+    QIcon icon;
+    icon.addFile(QStringLiteral(":/icons/AppIcon.png"),
+                 QSize(256, 256)); // told its size, it is read when shown
+    QApplication::setWindowIcon(icon);
 
     // Reasons of the network that come from the toolkit are told in the program's own language.
     QTranslator german;

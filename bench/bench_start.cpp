@@ -12,9 +12,13 @@
 
 #include <xcb/xcb.h>
 
+#include <poll.h>
+
+#include <algorithm>
 #include <cstdlib>
 #include <memory>
 #include <string_view>
+#include <vector>
 
 namespace {
 constexpr int runs = 21;
@@ -27,33 +31,57 @@ struct Free {
 template <typename T>
 using Reply = std::unique_ptr<T, Free>;
 
+/// Hears of every window that is made or mapped: looking for one again and again would keep the X server from
+/// those who are measured.
 class Screen {
   public:
     Screen() : m_connection(xcb_connect(nullptr, nullptr)) {
-        m_root = xcb_setup_roots_iterator(xcb_get_setup(m_connection)).data->root;
+        constexpr uint32_t births = XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY;
+        const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(m_connection)).data->root;
+        xcb_change_window_attributes(m_connection, root, XCB_CW_EVENT_MASK, &births);
+        xcb_flush(m_connection);
     }
 
     ~Screen() { xcb_disconnect(m_connection); }
     Q_DISABLE_COPY_MOVE(Screen)
 
-    /// Whether a window of that class can be seen that is at least `width` wide.
-    [[nodiscard]] bool shows(std::string_view name, int width) const {
-        return showsBelow(m_root, name, width);
+    /// Waits until a new window of that class can be seen that is at least `width` wide.
+    void awaitWindow(std::string_view name, int width) {
+        m_born.clear();
+        QElapsedTimer timer;
+        timer.start();
+        while (!isShown(name, width)) {
+            pollfd incoming{xcb_get_file_descriptor(m_connection), POLLIN, 0};
+            if (timer.hasExpired(20000))
+                qFatal("no window comes");
+            poll(&incoming, 1, 20);
+            hearAll();
+        }
+    }
+
+    void hearAll() {
+        while (hear())
+            ;
     }
 
   private:
-    [[nodiscard]] bool showsBelow(xcb_window_t parent, std::string_view name, int width) const {
-        const Reply<xcb_query_tree_reply_t> tree(
-            xcb_query_tree_reply(m_connection, xcb_query_tree(m_connection, parent), nullptr));
-        if (!tree)
+    bool hear() {
+        const Reply<xcb_generic_event_t> event(xcb_poll_for_event(m_connection));
+        if (!event)
             return false;
-        const xcb_window_t* children = xcb_query_tree_children(tree.get());
-        const int count = xcb_query_tree_children_length(tree.get());
-        for (int i = 0; i < count; ++i) {
-            if (isWanted(children[i], name, width) || showsBelow(children[i], name, width))
-                return true;
+        if ((event->response_type & 0x7f) == XCB_CREATE_NOTIFY) {
+            constexpr uint32_t life = XCB_EVENT_MASK_STRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY;
+            const auto window = reinterpret_cast<const xcb_create_notify_event_t*>(event.get())->window;
+            xcb_change_window_attributes(m_connection, window, XCB_CW_EVENT_MASK, &life);
+            xcb_flush(m_connection);
+            m_born.push_back(window);
         }
-        return false;
+        return true;
+    }
+
+    [[nodiscard]] bool isShown(std::string_view name, int width) const {
+        return std::any_of(m_born.begin(), m_born.end(),
+                           [&](xcb_window_t window) { return isWanted(window, name, width); });
     }
 
     [[nodiscard]] bool isWanted(xcb_window_t window, std::string_view name, int width) const {
@@ -73,23 +101,18 @@ class Screen {
     }
 
     xcb_connection_t* m_connection;
-    xcb_window_t m_root = 0;
+    std::vector<xcb_window_t> m_born;
 };
 
-double start(const Screen& screen, const QString& program, std::string_view name, int width) {
-    while (screen.shows(name, width))
-        QThread::msleep(20);
+double start(Screen& screen, const QString& program, std::string_view name, int width) {
+    screen.hearAll();
     QProcess process;
     process.setStandardOutputFile(QProcess::nullDevice());
     process.setStandardErrorFile(QProcess::nullDevice());
     QElapsedTimer timer;
     timer.start();
     process.start(program, QStringList());
-    while (!screen.shows(name, width)) {
-        if (timer.hasExpired(20000))
-            qFatal("no window comes");
-        QThread::usleep(200);
-    }
+    screen.awaitWindow(name, width);
     const auto took = static_cast<double>(timer.nsecsElapsed()) / 1e6;
     QThread::msleep(300);
     process.terminate();
@@ -103,7 +126,7 @@ int main(int argc, char* argv[]) {
     const QStringList arguments = QCoreApplication::arguments();
     qputenv("HARVELLON_SERVER", arguments.value(2).toUtf8());
     qputenv("HARVELLON_HOME", arguments.value(3).toUtf8());
-    const Screen screen;
+    Screen screen;
     Measured ours;
     Measured theirs;
     for (int run = 0; run < runs; ++run) { // in turns, so that both meet the same machine

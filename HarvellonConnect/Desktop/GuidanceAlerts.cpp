@@ -8,9 +8,8 @@
 #include <QQuickItem>
 #include <QScreen>
 
-GuidanceAlerts::GuidanceAlerts(QQmlEngine& engine, AppState& state, QObject* parent)
-    : QObject(parent), m_engine(engine), m_state(state) {
-    addViews(m_engine);
+GuidanceAlerts::GuidanceAlerts(QmlViews& views, AppState& state, QObject* parent)
+    : QObject(parent), m_views(views), m_state(state) {
     connect(&m_state, &AppState::guidanceChanged, this, &GuidanceAlerts::update);
     update();
 }
@@ -29,13 +28,13 @@ void GuidanceAlerts::update() {
 }
 
 void GuidanceAlerts::open(const QVariantMap& guidance) {
-    m_window = std::make_unique<QQuickView>(&m_engine, nullptr);
+    m_window = std::make_unique<QQuickView>(&m_views.engine(), nullptr);
     m_window->setFlags(Qt::Dialog | Qt::WindowTitleHint | Qt::WindowCloseButtonHint |
                        Qt::WindowStaysOnTopHint);
     m_window->setModality(Qt::ApplicationModal);
     m_window->setTitle(QStringLiteral("Harvellon Connect"));
     m_window->setInitialProperties(guidance);
-    m_window->setSource(viewAddress(QStringLiteral("GuidanceAlert")));
+    m_window->setSource(QmlViews::address(QStringLiteral("GuidanceAlert")));
     if (QQuickItem* const view = m_window->rootObject())
         connect(view, SIGNAL(answered(int)), this, SLOT(answer(int)));
     m_window->setMinimumSize(m_window->size());

@@ -6,7 +6,7 @@
 #include <memory>
 
 class AppState;
-class QQmlEngine;
+class QmlViews;
 
 /// Shows the state's guidance in a window of its own for as long as it waits for an answer. Main thread.
 class GuidanceAlerts : public QObject {
@@ -14,7 +14,7 @@ class GuidanceAlerts : public QObject {
 
   public:
     /// Both outlive the alerts.
-    GuidanceAlerts(QQmlEngine& engine, AppState& state, QObject* parent = nullptr);
+    GuidanceAlerts(QmlViews& views, AppState& state, QObject* parent = nullptr);
     ~GuidanceAlerts() override;
 
     [[nodiscard]] QQuickView* window() const { return m_window.get(); }
@@ -28,7 +28,7 @@ class GuidanceAlerts : public QObject {
     void update();
     void open(const QVariantMap& guidance);
 
-    QQmlEngine& m_engine;
+    QmlViews& m_views;
     AppState& m_state;
     std::unique_ptr<QQuickView> m_window;
 };

@@ -2,6 +2,7 @@
 
 #include "Desktop/SymbolImage.h"
 
+#include <QCache>
 #include <QPainter>
 #include <QPen>
 
@@ -16,9 +17,46 @@ QColor faded(QColor color, qreal opacity) {
     color.setAlphaF(static_cast<float>(opacity));
     return color;
 }
+
+/// All that tells one resting button from another.
+struct RestingLook {
+    QString symbol;
+    QRgb tint;
+    QRgb background;
+    QRgb outline;
+    QRgb ring; ///< 0 without one
+    int pixels;
+    qreal ratio;
+
+    bool operator==(const RestingLook&) const = default;
+};
+
+size_t qHash(const RestingLook& look, size_t seed = 0) {
+    return qHashMulti(seed, look.symbol, look.tint, look.background, look.outline, look.ring, look.pixels);
+}
 } // namespace
 
 QImage IconButtonStyle::picture(qreal side, qreal ratio) const {
+    if (isHovered > 0 || isPressed > 0)
+        return draw(side, ratio);
+    // A list shows a hundred resting buttons of a dozen looks.
+    constexpr int kept = 64;
+    static QCache<RestingLook, QImage> cache(kept);
+    const RestingLook look{symbol,
+                           tint.rgba(),
+                           background.rgba(),
+                           outline.rgba(),
+                           ring.isValid() ? ring.rgba() : 0,
+                           qRound(side * ratio),
+                           ratio};
+    if (const QImage* image = cache.object(look))
+        return *image;
+    QImage image = draw(side, ratio);
+    cache.insert(look, new QImage(image));
+    return image;
+}
+
+QImage IconButtonStyle::draw(qreal side, qreal ratio) const {
     const qreal whole = side + 2 * ringBleed;
     QImage image(qRound(whole * ratio), qRound(whole * ratio), QImage::Format_ARGB32_Premultiplied);
     image.fill(Qt::transparent);

@@ -26,4 +26,7 @@ struct IconButtonStyle {
 
     /// The button of `side` points, with the ring's bleed around it.
     [[nodiscard]] QImage picture(qreal side, qreal ratio) const;
+
+  private:
+    [[nodiscard]] QImage draw(qreal side, qreal ratio) const;
 };

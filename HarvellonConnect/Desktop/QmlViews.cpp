@@ -7,18 +7,23 @@
 extern void qml_register_types_Harvellon_State();
 extern void qml_register_types_Harvellon_Desktop();
 
-void addViews(QQmlEngine& engine) {
+QmlViews::QmlViews() = default;
+QmlViews::~QmlViews() = default;
+
+QQmlEngine& QmlViews::engine() {
+    if (m_engine)
+        return *m_engine;
     static const bool typesKnown = [] {
         qml_register_types_Harvellon_State();
         qml_register_types_Harvellon_Desktop();
         return true;
     }();
     Q_UNUSED(typesKnown)
-    const QString imports = QStringLiteral("qrc:/qml");
-    if (!engine.importPathList().contains(imports))
-        engine.addImportPath(imports);
+    m_engine = std::make_unique<QQmlEngine>();
+    m_engine->addImportPath(QStringLiteral("qrc:/qml"));
+    return *m_engine;
 }
 
-QUrl viewAddress(const QString& name) {
+QUrl QmlViews::address(const QString& name) {
     return QUrl(QStringLiteral("qrc:/qml/Harvellon/Desktop/%1.qml").arg(name));
 }

@@ -10,11 +10,9 @@
 #include <QQuickItem>
 #include <QScreen>
 
-SettingsWindowManager::SettingsWindowManager(QQmlEngine& engine, StatusBarController& statusBar,
+SettingsWindowManager::SettingsWindowManager(QmlViews& views, StatusBarController& statusBar,
                                              QString versionText, QObject* parent)
-    : QObject(parent), m_engine(engine), m_statusBar(statusBar), m_versionText(std::move(versionText)) {
-    addViews(m_engine);
-}
+    : QObject(parent), m_views(views), m_statusBar(statusBar), m_versionText(std::move(versionText)) {}
 
 SettingsWindowManager::~SettingsWindowManager() = default;
 
@@ -33,13 +31,13 @@ void SettingsWindowManager::show(AppState& state) {
 
 void SettingsWindowManager::makeWindow(AppState& state) {
     constexpr QSize size{520, 460};
-    m_window = std::make_unique<QQuickView>(&m_engine, nullptr);
+    m_window = std::make_unique<QQuickView>(&m_views.engine(), nullptr);
     m_window->setTitle(QStringLiteral("Einstellungen"));
     m_window->setResizeMode(QQuickView::SizeRootObjectToView);
     m_window->setMinimumSize(size);
     m_window->setInitialProperties({{QStringLiteral("state"), QVariant::fromValue(&state)},
                                     {QStringLiteral("versionText"), m_versionText}});
-    m_window->setSource(viewAddress(QStringLiteral("SettingsView")));
+    m_window->setSource(QmlViews::address(QStringLiteral("SettingsView")));
     if (QQuickItem* const view = m_window->rootObject())
         connect(view, SIGNAL(closeRequested()), m_window.get(), SLOT(close()));
 

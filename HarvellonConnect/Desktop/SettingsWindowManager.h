@@ -7,7 +7,7 @@
 #include <memory>
 
 class AppState;
-class QQmlEngine;
+class QmlViews;
 class StatusBarController;
 
 /// Opens the settings; there is at most one window of them, which is kept after closing. Main thread.
@@ -15,8 +15,8 @@ class SettingsWindowManager : public QObject {
     Q_OBJECT
 
   public:
-    /// `engine` and `statusBar` outlive the manager.
-    SettingsWindowManager(QQmlEngine& engine, StatusBarController& statusBar, QString versionText,
+    /// `views` and `statusBar` outlive the manager.
+    SettingsWindowManager(QmlViews& views, StatusBarController& statusBar, QString versionText,
                           QObject* parent = nullptr);
     ~SettingsWindowManager() override;
 
@@ -28,7 +28,7 @@ class SettingsWindowManager : public QObject {
   private:
     void makeWindow(AppState& state);
 
-    QQmlEngine& m_engine;
+    QmlViews& m_views;
     StatusBarController& m_statusBar;
     QString m_versionText;
     std::unique_ptr<QQuickView> m_window;

@@ -36,9 +36,8 @@ QScreen* screenAt(const QPoint& point) {
 }
 } // namespace
 
-StatusBarController::StatusBarController(QQmlEngine& engine, QString versionText, QObject* parent)
-    : QObject(parent), m_engine(engine), m_versionText(std::move(versionText)) {
-    addViews(m_engine);
+StatusBarController::StatusBarController(QmlViews& views, QString versionText, QObject* parent)
+    : QObject(parent), m_views(views), m_versionText(std::move(versionText)) {
     connect(&m_statusItem, &QSystemTrayIcon::activated, this, &StatusBarController::activated);
     connect(&m_statusItem, &QSystemTrayIcon::messageClicked, this, [this] {
         if (m_toldDomain.isEmpty())
@@ -82,10 +81,10 @@ void StatusBarController::makeMenu() {
 PanelWindow& StatusBarController::panel() {
     if (m_panel)
         return *m_panel;
-    m_panel = std::make_unique<PanelWindow>(&m_engine);
+    m_panel = std::make_unique<PanelWindow>(&m_views.engine());
     m_panel->setInitialProperties({{QStringLiteral("state"), QVariant::fromValue(m_state)},
                                    {QStringLiteral("versionText"), m_versionText}});
-    m_panel->setSource(viewAddress(QStringLiteral("ContentView")));
+    m_panel->setSource(QmlViews::address(QStringLiteral("ContentView")));
     m_panel->setKind(panelKind(QSystemTrayIcon::isSystemTrayAvailable(), QGuiApplication::platformName()));
     if (QQuickItem* const view = m_panel->rootObject()) {
         connect(view, SIGNAL(closeRequested()), this, SLOT(close()));

@@ -9,7 +9,7 @@
 
 class AppState;
 class PanelWindow;
-class QQmlEngine;
+class QmlViews;
 
 /// The item in the desktop's bar, and the panel that opens from it. Where the desktop has no bar for items
 /// the panel is a window of its own; a bar that appears later is used from then on. Main thread.
@@ -17,8 +17,8 @@ class StatusBarController : public QObject {
     Q_OBJECT
 
   public:
-    /// `engine` outlives the controller.
-    StatusBarController(QQmlEngine& engine, QString versionText, QObject* parent = nullptr);
+    /// `views` outlives the controller.
+    StatusBarController(QmlViews& views, QString versionText, QObject* parent = nullptr);
     ~StatusBarController() override;
 
     /// Once; later calls do nothing. `state` outlives the panel, which ends with the controller or
@@ -56,7 +56,7 @@ class StatusBarController : public QObject {
     void stayInside();
     void showWithoutBar();
 
-    QQmlEngine& m_engine;
+    QmlViews& m_views;
     QString m_versionText;
     AppState* m_state = nullptr;
     bool m_isInstalled = false;

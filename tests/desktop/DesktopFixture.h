@@ -2,6 +2,7 @@
 
 #include "Desktop/GuidanceAlerts.h"
 #include "Desktop/PanelWindow.h"
+#include "Desktop/QmlViews.h"
 #include "Desktop/SettingsWindowManager.h"
 #include "Desktop/StatusBarController.h"
 #include "State/AppState.h"
@@ -11,7 +12,6 @@
 
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
-#include <QQmlEngine>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -40,9 +40,9 @@ class DesktopFixture {
         state = std::make_unique<AppState>(
             AppServices{host, ServerAddress::checked(server), shell, *keychain, *preferences, network},
             commands);
-        statusBar = std::make_unique<StatusBarController>(engine, QStringLiteral("1.0.0 (42)"));
-        settings = std::make_unique<SettingsWindowManager>(engine, *statusBar, QStringLiteral("1.0.0 (42)"));
-        alerts = std::make_unique<GuidanceAlerts>(engine, *state);
+        statusBar = std::make_unique<StatusBarController>(views, QStringLiteral("1.0.0 (42)"));
+        settings = std::make_unique<SettingsWindowManager>(views, *statusBar, QStringLiteral("1.0.0 (42)"));
+        alerts = std::make_unique<GuidanceAlerts>(views, *state);
         statusBar->install(*state);
         // Nobody is signed in at first; the start-up is over when that is known.
         const auto known = [this] { return state->connectionStatus() == ConnectionStatus::Case::failure; };
@@ -78,7 +78,7 @@ class DesktopFixture {
 
     QTemporaryDir home;
     HostSystem host;
-    QQmlEngine engine;
+    QmlViews views;
     DesktopShell shell;
     QNetworkAccessManager network;
     QString identity; ///< whom the browser chooses

@@ -42,7 +42,7 @@ void setDesktop(bool dark) {
 class TestLook : public QObject {
     Q_OBJECT
 
-    QQmlEngine m_engine;
+    QmlViews m_views;
     std::unique_ptr<QObject> m_probe;
 
     [[nodiscard]] QColor colour(const char* token) const {
@@ -56,8 +56,7 @@ class TestLook : public QObject {
   private Q_SLOTS:
 
     void initTestCase() {
-        addViews(m_engine);
-        QQmlComponent component(&m_engine);
+        QQmlComponent component(&m_views.engine());
         component.setData(
             "import QtQml\nimport Harvellon.Desktop\nQtObject { property QtObject theme: Theme }", QUrl());
         m_probe.reset(component.create());
