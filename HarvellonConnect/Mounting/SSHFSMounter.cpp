@@ -122,44 +122,62 @@ QCoro::Task<MountSession> SSHFSMounter::mount(Project project) {
     co_return *session;
 }
 
-QCoro::Task<> SSHFSMounter::unmount(QString domain) {
+QCoro::Task<bool> SSHFSMounter::unmount(QString domain) {
     return end(domain, usualPatience);
 }
 
-QCoro::Task<> SSHFSMounter::end(QString domain, Patience patience) {
+QCoro::Task<bool> SSHFSMounter::end(QString domain, Patience patience) {
     if (const std::shared_ptr<MountAttempt> attempt = m_attempts.value(domain)) {
         attempt->giveUp(patience);
         QFuture<void> over = attempt->over();
         co_await over;
-        co_return;
+        co_return false;
     }
     if (m_endings.contains(domain)) {
         QFuture<void> ending = m_endings.value(domain);
         co_await ending; // whoever began it tells how it ended
-        co_return;
+        co_return false;
     }
     if (!m_sessions.contains(domain)) {
         qCInfo(lcSSHFSMounter, "unmount: no session for %s", qUtf8Printable(domain));
-        co_return;
+        co_return false;
     }
     const MountSession session = m_sessions.value(domain);
-    co_await takeDown(session, patience);
+    co_return co_await takeDown(session, patience);
 }
 
-QCoro::Task<> SSHFSMounter::takeDown(MountSession session, Patience patience) {
+QCoro::Task<bool> SSHFSMounter::takeDown(MountSession session, Patience patience) {
     qCInfo(lcSSHFSMounter, "unmount: %s", qUtf8Printable(session.domain));
     const Ending ending(this, session.domain);
     const QPointer<SSHFSMounter> guard(this);
     const HostSystem host = m_host;
     Shell& shell = m_shell;
     disconnect(session.process.get(), &SSHFSProcess::ended, this, nullptr); // what ends now ends on purpose
-    const std::optional<QString> complaint =
+    const UnmountOutcome outcome =
         co_await unmountByCommands(host, shell, session.mountPoint, patience.command);
-    co_await clearLeftovers(host, shell, session.process, session.mountPoint, patience);
+    bool spared = false;
+    if (outcome.inUse && patience.sparesOpenFiles) {
+        const QFuture<void> processEnd = session.process->end();
+        const bool ended = co_await Async::finishesWithin(processEnd, patience.grace);
+        spared = !ended && guard;
+    }
+    if (spared)
+        spare(session.process); // ending it now would cut off what is being written
+    else
+        co_await clearLeftovers(host, shell, session.process, session.mountPoint, patience);
     if (guard)
         m_sessions.remove(session.domain);
-    if (complaint)
-        throw MounterError(MounterError::Case::unmountFailed, *complaint);
+    if (outcome.complaint)
+        throw MounterError(MounterError::Case::unmountFailed, *outcome.complaint);
+    co_return spared;
+}
+
+void SSHFSMounter::spare(const std::shared_ptr<SSHFSProcess>& process) {
+    m_spared.append(process);
+    const std::weak_ptr<SSHFSProcess> spared = process;
+    connect(
+        process.get(), &SSHFSProcess::ended, this, [this, spared] { m_spared.removeOne(spared.lock()); },
+        Qt::QueuedConnection);
 }
 
 QCoro::Task<> SSHFSMounter::unmountAll() {
@@ -169,6 +187,10 @@ QCoro::Task<> SSHFSMounter::unmountAll() {
     for (const QString& domain : domains)
         endQuietly(domain, hastyPatience);
     QList<QFuture<void>> ends = m_endings.values();
+    for (const auto& process : std::as_const(m_spared)) {
+        process->hangUp();
+        ends.append(process->end());
+    }
     for (const auto& attempt : std::as_const(m_attempts))
         ends.append(attempt->over());
     const bool inTime = co_await allFinishWithin(ends, lastResort);
@@ -193,6 +215,8 @@ void SSHFSMounter::killAll() {
         attempt->kill();
     for (const MountSession& session : std::as_const(m_sessions))
         session.process->kill();
+    for (const auto& process : std::as_const(m_spared))
+        process->kill();
 }
 
 void SSHFSMounter::processEnded(const QString& domain, qint32 exitCode) {

@@ -69,28 +69,31 @@ class SSHFSMounter : public QObject {
     QCoro::Task<MountSession> mount(Project project);
 
     /// Takes the mount of `domain` down: gently first, and in any case. A mount under way is given up.
-    /// Without either nothing happens. Throws MounterError::unmountFailed when every command failed; the
-    /// session is gone even then.
-    QCoro::Task<> unmount(QString domain);
+    /// Without either nothing happens. Yields whether files are still in use: whoever has them open goes on
+    /// with them, and sshfs ends when the last one is closed. Throws MounterError::unmountFailed when every
+    /// command failed; the session is gone even then.
+    QCoro::Task<bool> unmount(QString domain);
 
-    /// Ends every mount, those under way included, all at once. Never throws; done within five seconds even
-    /// where servers are silent.
+    /// Ends every mount, those under way and those still in use included, all at once. Never throws; done
+    /// within five seconds even where servers are silent.
     QCoro::Task<> unmountAll();
 
   private:
     class Ending;
 
-    QCoro::Task<> end(QString domain, Patience patience);
+    QCoro::Task<bool> end(QString domain, Patience patience);
     QCoro::Task<> endQuietly(QString domain, Patience patience);
-    QCoro::Task<> takeDown(MountSession session, Patience patience);
+    QCoro::Task<bool> takeDown(MountSession session, Patience patience);
     QCoro::Task<> clearInBackground(MountSession session);
     void processEnded(const QString& domain, qint32 exitCode);
+    void spare(const std::shared_ptr<SSHFSProcess>& process);
     void killAll();
 
     const HostSystem m_host;
     Shell& m_shell;
     QHash<QString, MountSession> m_sessions;
     QHash<QString, std::shared_ptr<MountAttempt>> m_attempts;
-    QHash<QString, QFuture<void>> m_endings; ///< mounts being taken down
-    int m_closing = 0;                       ///< calls of unmountAll under way
+    QHash<QString, QFuture<void>> m_endings;       ///< mounts being taken down
+    QList<std::shared_ptr<SSHFSProcess>> m_spared; ///< unmounted, but somebody still has files open
+    int m_closing = 0;                             ///< calls of unmountAll under way
 };

@@ -74,7 +74,7 @@ QCoro::Task<> SSHFSProcess::terminate(std::shared_ptr<SSHFSProcess> process,
     if (!process->isRunning())
         co_return;
     process->hangUp();
-    const QFuture<void> end = process->m_end.future();
+    const QFuture<void> end = process->end();
     const bool endedPolitely = co_await Async::finishesWithin(end, grace);
     if (endedPolitely)
         co_return;

@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QCoroTask>
+#include <QFuture>
 #include <QObject>
 #include <QProcess>
 #include <QPromise>
@@ -25,6 +26,9 @@ class SSHFSProcess : public QObject {
     void start(const QString& executable, const QStringList& arguments);
 
     [[nodiscard]] bool isRunning() const { return m_process->state() != QProcess::NotRunning; }
+
+    /// Finished when it has ended, or could not be started.
+    [[nodiscard]] QFuture<void> end() const { return m_end.future(); }
 
     [[nodiscard]] QString startFailure() const { return m_startFailure; }
 

@@ -1,23 +1,38 @@
 #include "Mounting/Unmounting.h"
 
 #include "Mounting/MountPoint.h"
+#include "Mounting/MountQuestion.h"
 #include "Mounting/SSHFSProcess.h"
 
-QCoro::Task<std::optional<QString>> unmountByCommands(HostSystem host, Shell& shell, QString mountPoint,
-                                                      std::chrono::milliseconds limit) {
-    std::optional<QString> complaint;
+namespace {
+constexpr std::chrono::seconds answerLimit{1};
+
+QCoro::Task<bool> answersYes(MountQuestion& question) {
+    const std::optional<bool> answer = co_await question.answer(answerLimit);
+    co_return answer.value_or(false);
+}
+} // namespace
+
+QCoro::Task<UnmountOutcome> unmountByCommands(HostSystem host, Shell& shell, QString mountPoint,
+                                              std::chrono::milliseconds limit) {
+    UnmountOutcome outcome;
     for (const ExternalCommand& command : host.unmountCommands) {
+        if (outcome.complaint && command == host.forcedUnmount && host.forcedUnmountDetaches) {
+            MountQuestion question(mountPoint);
+            outcome.inUse = co_await answersYes(question);
+        }
         const QStringList arguments = command.argumentsFor(mountPoint);
         try {
             const ShellResult result = co_await shell.run(command.executable, arguments, limit);
             if (result.exitCode == 0)
-                co_return std::nullopt;
-            complaint = result.stderr.trimmed();
+                co_return UnmountOutcome{std::nullopt, outcome.inUse};
+            outcome.complaint = result.stderr.trimmed();
         } catch (const ShellError& error) {
-            complaint = error.description();
+            outcome.complaint = error.description();
         }
     }
-    co_return complaint;
+    outcome.inUse = false;
+    co_return outcome;
 }
 
 QCoro::Task<> forceUnmount(HostSystem host, Shell& shell, QString mountPoint,

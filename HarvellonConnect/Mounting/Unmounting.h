@@ -16,17 +16,23 @@ class SSHFSProcess;
 struct Patience {
     std::chrono::milliseconds command; ///< for one unmount command
     std::chrono::milliseconds grace;   ///< for sshfs to end politely
+    bool sparesOpenFiles;              ///< whether files in use may keep sshfs alive
+};
+
+struct UnmountOutcome {
+    std::optional<QString> complaint; ///< what the last command said, when none succeeded
+    bool inUse = false; ///< files are open, the server answers, and the mount has gone out of sight only
 };
 
 /// A gentle unmount writes what is cached, which takes a moment; a silent server never lets it end.
-inline constexpr Patience usualPatience{std::chrono::seconds(3), std::chrono::seconds(1)};
+inline constexpr Patience usualPatience{std::chrono::seconds(3), std::chrono::seconds(1), true};
 /// All of it fits into the five seconds that the end of the program may take.
-inline constexpr Patience hastyPatience{std::chrono::milliseconds(700), std::chrono::milliseconds(300)};
+inline constexpr Patience hastyPatience{std::chrono::milliseconds(700), std::chrono::milliseconds(300),
+                                        false};
 
-/// Tries the unmount commands in order until one succeeds. Yields nothing then, else what the last one said.
-/// `shell` must outlive this, as in what follows.
-QCoro::Task<std::optional<QString>> unmountByCommands(HostSystem host, Shell& shell, QString mountPoint,
-                                                      std::chrono::milliseconds limit);
+/// Tries the unmount commands in order until one succeeds. `shell` must outlive this, as in what follows.
+QCoro::Task<UnmountOutcome> unmountByCommands(HostSystem host, Shell& shell, QString mountPoint,
+                                              std::chrono::milliseconds limit);
 
 /// Takes off whatever is mounted there; how that went, only the mount table tells.
 QCoro::Task<> forceUnmount(HostSystem host, Shell& shell, QString mountPoint,

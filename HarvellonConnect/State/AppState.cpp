@@ -51,6 +51,11 @@ void AppState::log(const QString& message, ActivityLogLevel level) {
     m_activityLog.append(message, level);
 }
 
+void AppState::warn(const QString& message) {
+    log(message, ActivityLogLevel::warning);
+    setLastError(message);
+}
+
 void AppState::setGlobalHotkeyEnabled(bool enabled) {
     if (enabled == m_globalHotkeyEnabled)
         return;

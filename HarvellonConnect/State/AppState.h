@@ -146,6 +146,8 @@ class AppState : public QObject {
 
     /// Appends one line to the activity log.
     void log(const QString& message, ActivityLogLevel level);
+    /// What is no failure, but must not be overlooked.
+    void warn(const QString& message);
 
     // What the views start. Each returns at once.
     Q_INVOKABLE void startRefresh();

@@ -58,13 +58,10 @@ QCoro::Task<std::optional<QString>> AppState::mountProject(Project project) {
         log(QStringLiteral("Gemountet: ") + session.mountPoint, ActivityLogLevel::success);
         publishSessions();
         if (session.coversFiles) {
-            const QString warning =
-                QStringLiteral(
-                    "Im Ordner %1 liegen lokale Dateien, die der Mount verdeckt. Sie sind nicht auf dem "
-                    "Server; nach dem Trennen sind sie wieder zu sehen.")
-                    .arg(session.mountPoint);
-            log(warning, ActivityLogLevel::warning);
-            setLastError(warning);
+            warn(QStringLiteral(
+                     "Im Ordner %1 liegen lokale Dateien, die der Mount verdeckt. Sie sind nicht auf dem "
+                     "Server; nach dem Trennen sind sie wieder zu sehen.")
+                     .arg(session.mountPoint));
         }
         co_return session.mountPoint;
     } catch (...) {
@@ -102,9 +99,14 @@ QCoro::Task<> AppState::disconnectProject(QString domain, bool force) {
         ActivityLogLevel::info);
     std::exception_ptr failure;
     try {
-        co_await m_sshfsMounter.unmount(domain);
+        const bool inUse = co_await m_sshfsMounter.unmount(domain);
         log(QStringLiteral("Unmounted %1.").arg(domain), ActivityLogLevel::success);
         publishSessions();
+        if (inUse)
+            warn(QStringLiteral(
+                     "Auf %1 sind noch Dateien geöffnet. Sie bleiben benutzbar, bis sie geschlossen "
+                     "werden oder das Programm endet.")
+                     .arg(domain));
         co_return;
     } catch (...) {
         failure = std::current_exception();

@@ -51,6 +51,7 @@ HostSystem HostSystem::linuxDesktop(const QString& homeFolder, const QString& os
     host.volumeNameOption = QStringLiteral("fsname");
     const QString fusermount = QStringLiteral("/usr/bin/fusermount3");
     host.forcedUnmount = {fusermount, {QStringLiteral("-u"), QStringLiteral("-z")}};
+    host.forcedUnmountDetaches = true;
     host.unmountCommands = {
         {fusermount, {QStringLiteral("-u")}}, {QStringLiteral("/usr/bin/umount"), {}}, host.forcedUnmount};
     host.opener = {QStringLiteral("/usr/bin/xdg-open"), {}};

@@ -35,6 +35,7 @@ struct HostSystem {
     QString volumeNameOption;               ///< the option that carries the volume's name
     QList<ExternalCommand> unmountCommands; ///< gentle first; the mount point follows the arguments
     ExternalCommand forcedUnmount;          ///< for a stale mount
+    bool forcedUnmountDetaches = false;     ///< who has files open goes on with them
 
     ExternalCommand opener;       ///< opens an address or a folder with the user's own program
     ExternalCommand handlerQuery; ///< prints who opens a type of address; empty where ssh has a handler

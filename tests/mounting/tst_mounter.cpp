@@ -198,6 +198,23 @@ class TestMounter : public MounterFixture {
         inside.waitForFinished();
     }
 
+    void filesInUseAreWrittenToTheirEnd() {
+        QCOMPARE(mountFailure(project(0)), QStringLiteral("none"));
+        QFile file(mountPoint(0) + QStringLiteral("/web/upload.bin"));
+        QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
+        const QByteArray half(1024 * 1024, 'x');
+        QCOMPARE(file.write(half), half.size());
+        QVERIFY(await(m_mounter->unmount(hosted(0).domain)));
+        QVERIFY(!MountTable::lists(mountPoint(0)));
+        QCOMPARE(mountFailure(project(0)), QStringLiteral("none")); // the next mount does not wait for it
+        QCOMPARE(file.write(half), half.size());
+        file.close();
+        QCOMPARE(file.error(), QFile::NoError);
+        QCOMPARE(QFile(project(0).path + QStringLiteral("/web/upload.bin")).size(), 2 * half.size());
+        QVERIFY(!await(m_mounter->unmount(hosted(0).domain)));
+        QTRY_COMPARE(processesWith(m_home->path()), QList<pid_t>()); // by itself
+    }
+
     void whatNoCommandUnmountsIsTold() {
         HostSystem mac = HostSystem::macOS(m_home->path());
         mac.sshfsCandidates = {QStringLiteral("/usr/bin/sshfs")};
