@@ -22,6 +22,12 @@ Fault Fault::fromJson(const QJsonObject& object) {
             fault.contentType = member->toString().toUtf8();
         else if (name == QLatin1String("location"))
             fault.location = member->toString().toUtf8();
+        else if (name == QLatin1String("padding"))
+            fault.padding = member->toInteger();
+        else if (name == QLatin1String("cut"))
+            fault.cut = member->toBool();
+        else if (name == QLatin1String("drip"))
+            fault.drip = std::chrono::milliseconds(member->toInt());
         else
             throw std::invalid_argument("no such fault: " + name.toStdString());
     }

@@ -21,6 +21,10 @@ struct Fault {
     QByteArray contentType{"application/json"};
     QByteArray location; ///< of a redirect; goes with a status of 3xx
 
+    qint64 padding = 0;                ///< blanks after the body, made on the way
+    bool cut = false;                  ///< more is announced than comes
+    std::chrono::milliseconds drip{0}; ///< before each single byte of the body
+
     /// Members as above in snake_case, all optional, the delay in milliseconds. Throws std::invalid_argument
     /// for a member that there is not.
     static Fault fromJson(const QJsonObject& object);

@@ -2,6 +2,7 @@
 
 #include <httplib.h>
 
+#include <algorithm>
 #include <fcntl.h>
 #include <stdexcept>
 
@@ -31,6 +32,26 @@ void send(Response& response, int status, const QByteArray& body, const char* ty
                                   });
 }
 
+namespace {
+void stream(Response& response, int status, const Fault& fault, const std::atomic<bool>& stopping) {
+    constexpr size_t announcedTooMuch = 1000;
+    const auto whole = static_cast<size_t>(fault.body.size() + fault.padding);
+    response.status = status;
+    response.set_content_provider(
+        whole + (fault.cut ? announcedTooMuch : 0), fault.contentType.constData(),
+        [fault, whole, &stopping](size_t offset, size_t length, httplib::DataSink& sink) {
+            constexpr size_t atOnce = 65536;
+            if (stopping || offset >= whole)
+                return false;
+            std::this_thread::sleep_for(fault.drip);
+            const size_t size = fault.drip.count() > 0 ? 1 : std::min({length, whole - offset, atOnce});
+            QByteArray piece = fault.body.mid(static_cast<qsizetype>(offset), static_cast<qsizetype>(size));
+            piece.append(static_cast<qsizetype>(size) - piece.size(), ' ');
+            return sink.write(piece.constData(), size);
+        });
+}
+} // namespace
+
 bool misbehaves(const Fault& fault, const Request& request, Response& response,
                 const std::atomic<bool>& stopping) {
     constexpr std::chrono::milliseconds step{20};
@@ -41,9 +62,13 @@ bool misbehaves(const Fault& fault, const Request& request, Response& response,
         send(response, methodNotAllowed, "{}", json);
         return true;
     }
-    if (fault.status == 0 && fault.body.isEmpty())
+    if (fault.status == 0 && fault.body.isEmpty() && fault.padding == 0)
         return false;
-    send(response, fault.status == 0 ? 200 : fault.status, fault.body, fault.contentType.constData());
+    const int status = fault.status == 0 ? 200 : fault.status;
+    if (fault.padding > 0 || fault.cut || fault.drip.count() > 0)
+        stream(response, status, fault, stopping);
+    else
+        send(response, status, fault.body, fault.contentType.constData());
     if (!fault.location.isEmpty())
         response.set_header("Location", fault.location.toStdString());
     return true;

@@ -14,10 +14,12 @@ constexpr std::chrono::seconds timeLimit{15};
 constexpr qint64 largestAnswer = 64 * 1024 * 1024; // 10,000 projects take about 2 MB
 constexpr qsizetype loggedCharacters = 200;
 
-QString utf8OrNothing(const QByteArray& bytes) {
-    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
-    const QString text = decoder.decode(bytes);
-    return decoder.hasError() ? QString() : text;
+/// The beginning of a text, or nothing where it is none; the rest is not looked at.
+QString beginning(const QByteArray& bytes) {
+    constexpr qsizetype longestCharacter = 4;     // bytes
+    QStringDecoder decoder(QStringDecoder::Utf8); // with a state: the last character may be cut in two
+    const QString text = decoder.decode(bytes.left(loggedCharacters * longestCharacter));
+    return decoder.hasError() ? QString() : text.left(loggedCharacters);
 }
 } // namespace
 
@@ -76,7 +78,7 @@ QCoro::Task<ApplicationsResponse> ProjectAPI::request(QUrl url, QString token, Q
         if (answer.status != 0)
             qCCritical(lcProjectAPI).noquote().nospace()
                 << "API " << method << " " << url.toString() << " -> HTTP " << answer.status << ": "
-                << utf8OrNothing(answer.body).left(loggedCharacters);
+                << beginning(answer.body);
         if (answer.status == 401 || answer.status == 403)
             throw ProjectAPIError(ProjectAPIError::Case::unauthorized);
         throw ProjectAPIError(ProjectAPIError::Case::badResponse, answer.status);

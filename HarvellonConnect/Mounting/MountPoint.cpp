@@ -73,3 +73,13 @@ bool isListed(const QString& path) {
     const QString folder = QFileInfo(mountPoint.path()).canonicalFilePath();
     return !folder.isEmpty() && MountTable::lists(QDir(folder).filePath(mountPoint.fileName()));
 }
+
+QStringList mountedBelow(const QString& root) {
+    const QString folder = QFileInfo(root).canonicalFilePath() + QLatin1Char('/');
+    QStringList names;
+    for (const QString& path : MountTable::mountPoints()) {
+        if (path.startsWith(folder) && path.indexOf(QLatin1Char('/'), folder.size()) < 0)
+            names.append(path.mid(folder.size()));
+    }
+    return names;
+}

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QString>
+#include <QStringList>
 #include <QtGlobal>
 
 /// Whether `domain` can be one folder below the mount root and one host name for ssh, and nothing else.
@@ -26,6 +26,9 @@ class MountPointFolder {
     const QString m_path;
     int m_folder = -1; ///< held open, because the path leads to the server as soon as the tree is mounted
 };
+
+/// The names of the folders directly below `root` that have a mount, by the same table as `isListed`.
+QStringList mountedBelow(const QString& root);
 
 /// Whether the system's table has a mount at `path`: live, silent or dead. Follows links above the mount
 /// point, as the table does, and never touches the mount point itself.

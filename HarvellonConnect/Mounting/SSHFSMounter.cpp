@@ -180,6 +180,28 @@ void SSHFSMounter::spare(const std::shared_ptr<SSHFSProcess>& process) {
         Qt::QueuedConnection);
 }
 
+QCoro::Task<QStringList> SSHFSMounter::clearLeftBehind() {
+    HostSystem gentle = m_host;
+    gentle.unmountCommands.removeOne(m_host.forcedUnmount);
+    Shell& shell = m_shell;
+    const QPointer<SSHFSMounter> guard(this);
+    const QString root = m_host.mountRoot();
+    const QStringList left = mountedBelow(root);
+    QStringList cleared;
+    for (const QString& domain : left) {
+        if (!guard || m_attempts.contains(domain) || m_sessions.contains(domain) ||
+            m_endings.contains(domain))
+            continue;
+        const Ending ending(this, domain); // who connects meanwhile waits
+        const QString mountPoint = root + QLatin1Char('/') + domain;
+        const UnmountOutcome outcome =
+            co_await unmountByCommands(gentle, shell, mountPoint, usualPatience.command);
+        if (!outcome.complaint)
+            cleared.append(domain);
+    }
+    co_return cleared;
+}
+
 QCoro::Task<> SSHFSMounter::unmountAll() {
     const QPointer<SSHFSMounter> guard(this);
     ++m_closing;

@@ -74,6 +74,10 @@ class SSHFSMounter : public QObject {
     /// command failed; the session is gone even then.
     QCoro::Task<bool> unmount(QString domain);
 
+    /// Takes down, gently, what a program that was killed has left mounted; a mount that somebody works in is
+    /// left alone. Yields the domains that are free again. For the start of the program. Never throws.
+    QCoro::Task<QStringList> clearLeftBehind();
+
     /// Ends every mount, those under way and those still in use included, all at once. Never throws; done
     /// within five seconds even where servers are silent.
     QCoro::Task<> unmountAll();

@@ -90,6 +90,8 @@ class OAuthManager : public QObject {
     /// The login waits for the browser, which was asked to show `address`.
     void browserOpened(QUrl address);
     void loginCancelled();
+    /// Tokens are in use that could not be stored.
+    void storingFailed();
 
   private:
     struct Stored {

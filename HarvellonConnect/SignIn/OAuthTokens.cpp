@@ -54,8 +54,11 @@ QCoro::Task<bool> OAuthManager::store(QString accessToken, std::optional<QString
             !refreshToken || keychain.save(refreshToken->toUtf8(), service, refreshItem(accountID));
         return keychain.save(accessToken.toUtf8(), service, accessItem(accountID)) && refreshSaved;
     };
-    const std::optional<bool> stored = co_await Async::onWorker(work, keyringPatience);
-    co_return stored.value_or(false);
+    const std::optional<bool> answer = co_await Async::onWorker(work, keyringPatience);
+    const bool stored = answer.value_or(false);
+    if (!stored)
+        Q_EMIT storingFailed();
+    co_return stored;
 }
 
 QCoro::Task<bool> OAuthManager::loadTokens(QString accountID) {

@@ -19,6 +19,11 @@ AppState::AppState(AppServices services, DesktopCommands desktop, QObject* paren
       m_loginItem(m_host), m_sshfsMounter(m_host, services.shell), m_editor(m_host, services.shell) {
     QObject::connect(&m_oauth, &OAuthManager::isAuthenticatingChanged, this,
                      &AppState::isAuthenticatingChanged);
+    QObject::connect(&m_oauth, &OAuthManager::storingFailed, this, [this] {
+        log(QStringLiteral(
+                "Die Anmeldung konnte nicht gespeichert werden und gilt nur, bis das Programm endet."),
+            ActivityLogLevel::error);
+    });
     loadAccountsRegistry();
     removeLegacyKeyPair(m_host.homeFolder);
     if (!services.server.problem.isEmpty())
@@ -41,6 +46,9 @@ AppState::~AppState() = default;
 QCoro::Task<> AppState::startUp() {
     // The icon comes first: loading what speaks TLS takes as long as showing it.
     co_await Async::sleep(std::chrono::milliseconds(50));
+    const QStringList cleared = co_await m_sshfsMounter.clearLeftBehind();
+    for (const QString& domain : cleared)
+        log(QStringLiteral("Übrig gebliebenen Mount von %1 getrennt.").arg(domain), ActivityLogLevel::info);
     co_await dropDuplicates();
     if (m_accounts.isEmpty())
         co_await migrateLegacyLoginIfNeeded();
@@ -49,6 +57,13 @@ QCoro::Task<> AppState::startUp() {
 
 void AppState::log(const QString& message, ActivityLogLevel level) {
     m_activityLog.append(message, level);
+}
+
+void AppState::remember(const QString& key, const QVariant& value) {
+    if (!m_preferences.set(key, value))
+        log(QStringLiteral("Die Einstellungen konnten nicht gespeichert werden: %1")
+                .arg(m_preferences.file()),
+            ActivityLogLevel::error);
 }
 
 void AppState::warn(const QString& message) {
@@ -60,7 +75,7 @@ void AppState::setGlobalHotkeyEnabled(bool enabled) {
     if (enabled == m_globalHotkeyEnabled)
         return;
     m_globalHotkeyEnabled = enabled;
-    m_preferences.set(globalHotkeyKey, enabled);
+    remember(globalHotkeyKey, enabled);
     applyHotkeySetting();
     Q_EMIT globalHotkeyEnabledChanged();
 }

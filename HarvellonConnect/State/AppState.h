@@ -146,6 +146,8 @@ class AppState : public QObject {
 
     /// Appends one line to the activity log.
     void log(const QString& message, ActivityLogLevel level);
+    /// Keeps a preference, and says where that fails.
+    void remember(const QString& key, const QVariant& value);
     /// What is no failure, but must not be overlooked.
     void warn(const QString& message);
 

@@ -32,11 +32,11 @@ void AppState::loadAccountsRegistry() {
 }
 
 void AppState::saveAccountsRegistry() {
-    m_preferences.set(registryKey, encodeAccounts(m_accounts));
     if (m_activeAccountID)
         m_preferences.set(activeKey, *m_activeAccountID);
     else
         m_preferences.remove(activeKey);
+    remember(registryKey, encodeAccounts(m_accounts));
 }
 
 void AppState::setAccounts(const QList<Account>& accounts, const std::optional<QString>& activeID) {

@@ -1,13 +1,17 @@
 #pragma once
 
-#include <QString>
+#include <QStringList>
 
 /// The system's own list of mounts. Reading it never touches a file system that is mounted, so it never waits
 /// for a server.
 namespace MountTable {
 
-/// Whether something is mounted exactly at `path` (absolute, without links). An entry says that a mount
-/// exists, not that its server answers.
-bool lists(const QString& path);
+/// Every path at which something is mounted (absolute, without links). An entry says that a mount exists, not
+/// that its server answers.
+QStringList mountPoints();
+
+inline bool lists(const QString& path) {
+    return mountPoints().contains(path);
+}
 
 } // namespace MountTable

@@ -16,17 +16,17 @@ QByteArray unescaped(const QByteArray& field) {
 }
 } // namespace
 
-bool MountTable::lists(const QString& path) {
+QStringList MountTable::mountPoints() {
     constexpr qsizetype mountPointField = 4;
-    const QByteArray wanted = QFile::encodeName(path);
+    QStringList paths;
     QFile table(QStringLiteral("/proc/self/mountinfo"));
     if (!table.open(QIODevice::ReadOnly))
-        return false;
+        return paths;
     const QByteArray text = table.readAll(); // in one go: the table changes between two reads
     for (const QByteArray& line : text.split('\n')) {
         const QList<QByteArray> fields = line.split(' ');
-        if (fields.size() > mountPointField && unescaped(fields.at(mountPointField)) == wanted)
-            return true;
+        if (fields.size() > mountPointField)
+            paths.append(QFile::decodeName(unescaped(fields.at(mountPointField))));
     }
-    return false;
+    return paths;
 }

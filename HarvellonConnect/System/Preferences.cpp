@@ -15,7 +15,7 @@ std::unique_ptr<QSettings> settingsIn(const QString& file) {
 }
 } // namespace
 
-Preferences::Preferences(const QString& file) : m_settings(settingsIn(file)) {}
+Preferences::Preferences(const QString& file) : m_file(file), m_settings(settingsIn(file)) {}
 
 std::optional<bool> Preferences::boolean(const QString& key) const {
     const QVariant value = m_settings->value(key);
@@ -51,7 +51,14 @@ bool Preferences::remove(const QString& key) {
     return write();
 }
 
+QString Preferences::file() const {
+    return m_settings->fileName();
+}
+
 bool Preferences::write() {
+    // A failure sticks to the object. Another one for the same file shares what is not yet saved.
+    if (m_settings->status() != QSettings::NoError)
+        m_settings = settingsIn(m_file);
     m_settings->sync();
     if (m_settings->status() == QSettings::NoError)
         return true;

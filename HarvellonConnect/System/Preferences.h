@@ -22,7 +22,11 @@ class Preferences {
     bool set(const QString& key, const QVariant& value);
     bool remove(const QString& key);
 
+    /// Where the values are kept.
+    [[nodiscard]] QString file() const;
+
   private:
     bool write();
-    const std::unique_ptr<QSettings> m_settings;
+    const QString m_file;
+    std::unique_ptr<QSettings> m_settings;
 };

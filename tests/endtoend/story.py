@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 """The whole story: sign in through the browser, find a project, mount it, save a file on the server, disconnect, quit
-with a mount alive, and start again signed in."""
+with a mount alive, start again signed in, be killed, and start once more."""
 import json
 import os
 import shutil
@@ -70,6 +70,16 @@ try:
     connect()
     second = subprocess.run([PROGRAM], env=environment, timeout=5)
     assert second.returncode == 0 and app.process.poll() is None
+    app.process.kill()
+    app.process.wait()
+    assert mounted(point)
+
+    app = Program(PROGRAM, environment, log)
+    until("the end of what was left mounted", lambda: not mounted(point))
+    app.open_panel()
+    app.await_heard("Erika Beispiel")
+    words("alpenhof")
+    connect()
     app.finish(lambda: app.process.send_signal(signal.SIGTERM))
     assert not mounted(point)
 

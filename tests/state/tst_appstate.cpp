@@ -1,5 +1,7 @@
 #include "StateFixture.h"
 
+#include "System/MountTable.h"
+
 #include <QFile>
 
 namespace {
@@ -217,6 +219,63 @@ class TestAppState : public StateFixture {
         QVERIFY(messages().last().startsWith(
             QStringLiteral("Mount %1 unerwartet beendet (Exit ").arg(project.domain)));
         QVERIFY(m_state->connectedDomains().isEmpty());
+    }
+
+    void filesOnBothSidesOfAMountAreSpared() {
+        signIn("erika");
+        const Project project = this->project(0);
+        const QString root = m_home->path() + QStringLiteral("/Harvellon/") + project.domain;
+        QVERIFY(QDir().mkpath(root + QStringLiteral("/web")));
+        await(m_state->connectProject(project));
+        QVERIFY(m_state->lastError().value_or(QString()).startsWith(
+            QStringLiteral("Im Ordner %1 liegen lokale Dateien").arg(root)));
+        QFile file(root + QStringLiteral("/web/neu.txt"));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        await(m_state->disconnectProject(project.domain, false));
+        QCOMPARE(file.write("zu Ende geschrieben"), 19);
+        file.close();
+        QCOMPARE(QFile(project.path + QStringLiteral("/web/neu.txt")).size(), 19);
+        const QStringList said = messages().mid(messages().size() - 2);
+        QCOMPARE(said.first(), QStringLiteral("Unmounted %1.").arg(project.domain));
+        QCOMPARE(m_state->lastError(), std::optional(said.last()));
+        QVERIFY(
+            said.last().startsWith(QStringLiteral("Auf %1 sind noch Dateien geöffnet.").arg(project.domain)));
+        QVERIFY(QDir(root).exists(QStringLiteral("web")));
+    }
+
+    void killedProgramLeavesNothingThatTheNextOneMinds() {
+        signIn("erika");
+        for (const int index : {0, 1})
+            await(m_state->connectProject(project(index)));
+        const QString root = m_home->path() + QStringLiteral("/Harvellon/");
+        QFile inUse(root + project(1).domain + QStringLiteral("/public/index.php"));
+        QVERIFY(inUse.open(QIODevice::ReadOnly));
+        start(); // the state that had them is gone, and nobody has told it to end
+        QVERIFY(messages().contains(
+            QStringLiteral("Übrig gebliebenen Mount von %1 getrennt.").arg(project(0).domain)));
+        QVERIFY(!MountTable::lists(root + project(0).domain));
+        QVERIFY(MountTable::lists(root + project(1).domain));
+        await(m_state->connectProject(project(1)));
+        QCOMPARE(m_state->connectedDomains(), QSet<QString>{project(1).domain});
+    }
+
+    void whatCannotBeSavedIsToldAndIsSavedLater() {
+        QFile blocker(m_home->filePath(QStringLiteral("file")));
+        QVERIFY(blocker.open(QIODevice::WriteOnly)); // below it nothing can be written, whoever we are
+        HostSystem host = this->host();
+        host.preferencesFile = blocker.fileName() + QStringLiteral("/preferences.ini");
+        host.privateFolder = blocker.fileName() + QStringLiteral("/private");
+        start(host);
+        signIn("erika");
+        QCOMPARE(m_state->projects().size(), 12);
+        const QString unsaved = QStringLiteral("Die Einstellungen konnten nicht gespeichert werden: ");
+        QCOMPARE(messages().filter(QStringLiteral("Die Anmeldung konnte nicht gespeichert werden")).size(),
+                 1);
+        QCOMPARE(messages().filter(unsaved).size(), 1);
+        QVERIFY(blocker.remove());
+        m_state->setGlobalHotkeyEnabled(false);
+        QCOMPARE(messages().filter(unsaved).size(), 1);
+        QVERIFY(Preferences(host.preferencesFile).data(QStringLiteral("AccountsRegistry")));
     }
 };
 
