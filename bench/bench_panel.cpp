@@ -4,6 +4,7 @@
 
 #include "Desktop/SceneGraph.h"
 #include "desktop/DesktopFixture.h"
+#include "support/LoopWatch.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
@@ -91,5 +92,12 @@ int main(int argc, char* argv[]) {
             qFatal("the keys filter nothing");
     }
     filtering.print("key pressed to filtered list painted, 10,000", 16);
+
+    LoopWatch watch;
+    for (int run = 0; run < runs; ++run)
+        await(desktop.state->refresh());
+    Measured away;
+    away.add(watch.longest());
+    away.print("longest block of the loop, 15 loads of 10,000", 50);
     return EXIT_SUCCESS;
 }

@@ -3,6 +3,7 @@
 #include "Directory/Json.h"
 
 namespace {
+constexpr qsizetype mostProjects = 100'000; // nobody has as many; the memory for more is not wasted on a lie
 constexpr QLatin1StringView nameKey("name");
 constexpr QLatin1StringView resellerKey("reseller");
 constexpr QLatin1StringView coderKey("coder");
@@ -75,6 +76,8 @@ ApplicationsResponse ApplicationsResponse::decode(const QByteArray& json) {
     if (!projects.isArray())
         throw DecodingError(projectsKey, QStringLiteral("Liste erwartet"));
     const QJsonArray array = projects.toArray();
+    if (array.size() > mostProjects)
+        throw DecodingError(projectsKey, QStringLiteral("zu viele"));
     response.projects.reserve(array.size());
     for (const QJsonValue project : array)
         response.projects.append(decodeProject(project));

@@ -11,7 +11,7 @@
 
 namespace {
 constexpr std::chrono::seconds timeLimit{15};
-constexpr qint64 largestAnswer = 64 * 1024 * 1024; // 10,000 projects take about 2 MB
+constexpr qint64 largestAnswer = 16 * 1024 * 1024; // 10,000 projects take about 2 MB
 constexpr qsizetype loggedCharacters = 200;
 
 /// The beginning of a text, or nothing where it is none; the rest is not looked at.

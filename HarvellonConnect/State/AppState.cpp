@@ -151,9 +151,9 @@ void AppState::setUserProfile(std::optional<UserProfile> profile) {
     Q_EMIT userProfileChanged();
 }
 
-void AppState::setProjects(const QList<Project>& projects) {
-    m_projects = projects;
-    m_visibleProjects.setProjects(projects);
+void AppState::setProjects(const ProjectList& list) {
+    m_projects = list.projects;
+    m_visibleProjects.setProjects(list);
     Q_EMIT projectsChanged();
 }
 

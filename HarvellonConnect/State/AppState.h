@@ -213,11 +213,11 @@ class AppState : public QObject {
     void setLastError(std::optional<QString> error);
     void setConnectionStatus(ConnectionStatus::Case status, const QString& failure = {});
     void setUserProfile(std::optional<UserProfile> profile);
-    void setProjects(const QList<Project>& projects);
+    void setProjects(const ProjectList& list);
 
     // AppStateProjects.cpp
     QCoro::Task<> load(int generation);
-    void publish(const ApplicationsResponse& response);
+    QCoro::Task<> publish(ApplicationsResponse response, int generation);
     void publishFailure(const QString& reason, bool asLastError);
 
     // AppStateAccounts.cpp

@@ -1,7 +1,7 @@
 #include "State/AppState.h"
 
 #include "State/Failures.h"
-#include "State/ProjectOrder.h"
+#include "System/Async.h"
 
 namespace {
 constexpr qsizetype shownTokenCharacters = 12;
@@ -45,8 +45,7 @@ QCoro::Task<> AppState::load(int generation) {
     bool refused = false;
     try {
         const ApplicationsResponse response = co_await m_api.fetchApplications(token);
-        if (generation == m_loadGeneration)
-            publish(response);
+        co_await publish(response, generation);
         co_return;
     } catch (const ProjectAPIError& error) {
         refused = error.error() == ProjectAPIError::Case::unauthorized;
@@ -75,8 +74,7 @@ QCoro::Task<> AppState::load(int generation) {
         if (renewed.isEmpty())
             co_return;
         const ApplicationsResponse response = co_await m_api.fetchApplications(renewed);
-        if (generation == m_loadGeneration)
-            publish(response);
+        co_await publish(response, generation);
         co_return;
     } catch (...) {
         failure = std::current_exception();
@@ -88,9 +86,15 @@ QCoro::Task<> AppState::load(int generation) {
         ActivityLogLevel::error);
 }
 
-void AppState::publish(const ApplicationsResponse& response) {
+QCoro::Task<> AppState::publish(ApplicationsResponse response, int generation) {
+    const std::function<ProjectList()> work = [projects = response.projects] {
+        return ProjectList::of(projects);
+    };
+    const std::optional<ProjectList> list = co_await Async::onWorker(work);
+    if (generation != m_loadGeneration)
+        co_return;
     setUserProfile(response.user);
-    setProjects(sortedByDomain(response.projects));
+    setProjects(*list);
     setConnectionStatus(ConnectionStatus::Case::success);
     log(QStringLiteral("Verbunden als %1. %2 Projekte geladen.")
             .arg(response.user.name, QString::number(m_projects.size())),

@@ -1,25 +1,10 @@
 #include "State/ProjectListModel.h"
 
 #include "State/RowActions.h"
-#include "System/CaseFolding.h"
 
-QString searchKey(const QString& text) {
-    const QString decomposed = text.normalized(QString::NormalizationForm_KD);
-    QString key;
-    key.reserve(decomposed.size());
-    for (const QChar character : decomposed) {
-        if (character.category() != QChar::Mark_NonSpacing)
-            key.append(character);
-    }
-    return caseFolded(key);
-}
-
-void ProjectListModel::setProjects(const QList<Project>& projects) {
-    m_projects = projects;
-    m_keys.clear();
-    m_keys.reserve(projects.size());
-    for (const Project& project : projects)
-        m_keys.append(searchKey(project.name.value_or(QString()) + QLatin1Char('\n') + project.domain));
+void ProjectListModel::setProjects(const ProjectList& list) {
+    m_projects = list.projects;
+    m_keys = list.searchKeys;
     filter();
 }
 

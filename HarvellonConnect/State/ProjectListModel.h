@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Directory/ApplicationsResponse.h"
+#include "State/ProjectOrder.h"
 
 #include <QAbstractListModel>
 #include <QDateTime>
@@ -11,9 +12,6 @@
 #include <QtQmlIntegration>
 
 #include <optional>
-
-/// A text in the form in which names are compared when people search: without case and diacritics.
-QString searchKey(const QString& text);
 
 /// The projects that match the search, in the order of the list, with what each row shows. Main thread.
 class ProjectListModel : public QAbstractListModel {
@@ -34,7 +32,7 @@ class ProjectListModel : public QAbstractListModel {
 
     using QAbstractListModel::QAbstractListModel;
 
-    void setProjects(const QList<Project>& projects);
+    void setProjects(const ProjectList& list);
     void setSearchText(const QString& text);
     void setUser(const std::optional<UserProfile>& user);
     void setConnectedDomains(const QSet<QString>& domains);
@@ -57,7 +55,7 @@ class ProjectListModel : public QAbstractListModel {
     void touch(const QString& domain);
 
     QList<Project> m_projects;
-    QStringList m_keys; ///< the search key of each project, made once: typing must stay fast with 10,000
+    QStringList m_keys; ///< the search key of each project
     QList<int> m_visible;
     QString m_searchText;
     std::optional<UserProfile> m_user;

@@ -1,5 +1,7 @@
 #include "State/ProjectOrder.h"
 
+#include "System/CaseFolding.h"
+
 #include <QCollator>
 #include <QLocale>
 
@@ -25,4 +27,25 @@ QList<Project> sortedByDomain(const QList<Project>& projects) {
     for (const size_t index : order)
         sorted.append(projects.at(static_cast<qsizetype>(index)));
     return sorted;
+}
+
+QString searchKey(const QString& text) {
+    const QString decomposed = text.normalized(QString::NormalizationForm_KD);
+    QString key;
+    key.reserve(decomposed.size());
+    for (const QChar character : decomposed) {
+        if (character.category() != QChar::Mark_NonSpacing)
+            key.append(character);
+    }
+    return caseFolded(key);
+}
+
+ProjectList ProjectList::of(const QList<Project>& projects) {
+    ProjectList list;
+    list.projects = sortedByDomain(projects);
+    list.searchKeys.reserve(projects.size());
+    for (const Project& project : std::as_const(list.projects))
+        list.searchKeys.append(
+            searchKey(project.name.value_or(QString()) + QLatin1Char('\n') + project.domain));
+    return list;
 }

@@ -5,13 +5,12 @@
 #include "sandbox/ProjectTrees.h"
 #include "sandbox/Sandbox.h"
 #include "support/Await.h"
+#include "support/Leftovers.h"
 
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
-
-#include <unistd.h>
 
 /// Answers commands as scripted, or never, and runs the rest for real.
 class ScriptedShell : public Shell {
@@ -35,33 +34,6 @@ class ScriptedShell : public Shell {
         co_return co_await Shell::run(executable, arguments, limit);
     }
 };
-
-/// Processes other than this one whose command line holds `text`.
-inline QList<pid_t> processesWith(const QString& text) {
-    QList<pid_t> found;
-    const QStringList entries = QDir(QStringLiteral("/proc")).entryList(QDir::Dirs);
-    for (const QString& entry : entries) {
-        QFile commandLine(QStringLiteral("/proc/%1/cmdline").arg(entry));
-        const pid_t pid = entry.toInt();
-        if (pid > 0 && pid != getpid() && commandLine.open(QIODevice::ReadOnly) &&
-            commandLine.readAll().contains(text.toUtf8()))
-            found.append(pid);
-    }
-    return found;
-}
-
-inline int blockedThreads() {
-    int blocked = 0;
-    const QStringList threads =
-        QDir(QStringLiteral("/proc/self/task")).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
-    for (const QString& thread : threads) {
-        QFile channel(QStringLiteral("/proc/self/task/%1/wchan").arg(thread));
-        if (channel.open(QIODevice::ReadOnly) &&
-            QByteArrayList{"request_wait_answer", "fuse_get_req"}.contains(channel.readAll()))
-            ++blocked;
-    }
-    return blocked;
-}
 
 /// A mounter with real sshfs against a real sshd; after each test nothing of it may be left.
 class MounterFixture : public QObject {

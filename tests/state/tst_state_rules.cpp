@@ -80,17 +80,18 @@ class TestStateRules : public QObject {
         QFETCH(int, hits);
         ProjectListModel model;
         const QAbstractItemModelTester tester(&model);
-        model.setProjects(
+        model.setProjects(ProjectList::of(
             {projectAt(QStringLiteral("www.kornblume.example"), QStringLiteral("Bäckerei Kornblume")),
              projectAt(QStringLiteral("www.s.example"), QStringLiteral("Shop in der Straße")),
-             projectAt(QStringLiteral("nackt.example"))});
+             projectAt(QStringLiteral("nackt.example"))}));
         model.setSearchText(text);
         QCOMPARE(model.count(), hits);
     }
 
     void rowsTellWhatChanges() {
         ProjectListModel model;
-        model.setProjects({projectAt(QStringLiteral("a.example")), projectAt(QStringLiteral("b.example"))});
+        model.setProjects(ProjectList::of(
+            {projectAt(QStringLiteral("a.example")), projectAt(QStringLiteral("b.example"))}));
         QSignalSpy changed(&model, &QAbstractItemModel::dataChanged);
         model.setConnecting(QStringLiteral("b.example"), true);
         QVERIFY(model.data(model.index(1), ProjectListModel::connectingSinceRole).toDateTime().isValid());

@@ -1,0 +1,294 @@
+#include "DesktopFixture.h"
+
+#include "Desktop/SceneGraph.h"
+#include "System/MountTable.h"
+#include "support/Leftovers.h"
+#include "support/LoopWatch.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QRandomGenerator>
+
+#include <csignal>
+#include <cstdio>
+
+using sandbox::Fault;
+using Endpoint = sandbox::Sandbox::Endpoint;
+
+namespace {
+constexpr int projects = 20;
+constexpr double longestBlock = 50; // milliseconds
+constexpr auto sessionOver = "Sitzung abgelaufen. Bitte erneut einloggen.";
+} // namespace
+
+/// The whole desktop part on real parts that fail one after the other, in an order that the seed decides.
+/// After each step nothing is stuck, nothing is left over, and each failure has been told once.
+class TestChaos : public QObject {
+    Q_OBJECT
+
+    struct Step {
+        const char* name;
+        std::function<void()> play;
+        QString told; ///< by one error in the log; empty where nothing goes wrong
+    };
+
+    QTemporaryDir m_platformFolder;
+    QTemporaryDir m_tools; ///< where the program looks for sshfs
+    std::unique_ptr<sandbox::Sandbox> m_platform;
+    std::unique_ptr<DesktopFixture> m_desktop;
+    std::unique_ptr<LoopWatch> m_watch;
+    QRandomGenerator m_random;
+
+    AppState& state() { return *m_desktop->state; }
+
+    [[nodiscard]] QString mountPoint(const Project& project) const {
+        return m_desktop->host.mountRoot() + QLatin1Char('/') + project.domain;
+    }
+
+    Project anyProject() { return state().projects().at(m_random.bounded(projects)); }
+
+    QStringList errors() {
+        QStringList told;
+        for (const ActivityLogEntry& entry : state().activityLog()->entries()) {
+            if (entry.level == ActivityLogLevel::error)
+                told.append(entry.message);
+        }
+        return told;
+    }
+
+    [[nodiscard]] QString sshfs() const { return m_tools.filePath(QStringLiteral("sshfs")); }
+
+    void install(const QString& program) {
+        QFile::remove(sshfs());
+        QVERIFY(program.isEmpty() || QFile::link(program, sshfs()));
+    }
+
+    void refreshWith(Endpoint endpoint, const Fault& fault) {
+        m_platform->setFault(endpoint, fault);
+        await(state().refresh());
+        QVERIFY(state().lastError());
+        QVERIFY(state().projects().isEmpty());
+        m_platform->setFault(endpoint, {});
+        await(state().refresh());
+        QCOMPARE(state().projects().size(), projects);
+    }
+
+    Step answer(const char* name, const Fault& fault, const QString& told) {
+        return {name, [this, fault] { refreshWith(Endpoint::directory, fault); }, told};
+    }
+
+    static Fault fault(int status, const QByteArray& body, qint64 padding = 0, bool cut = false) {
+        Fault fault;
+        fault.status = status;
+        fault.body = body;
+        fault.padding = padding;
+        fault.cut = cut;
+        return fault;
+    }
+
+    void connectTo(const Project& project) {
+        await(state().connectProject(project));
+        QVERIFY(MountTable::lists(mountPoint(project)));
+    }
+
+    void disconnectFrom(const Project& project) {
+        await(state().disconnectProject(project.domain, false));
+        QVERIFY(!MountTable::lists(mountPoint(project)));
+    }
+
+    void withServerStopped(const std::function<void()>& work) {
+        m_watch->pausedFor([this] { m_platform->ssh().stop(); });
+        work();
+        m_watch->pausedFor([this] { m_platform->ssh().start(); });
+    }
+
+    QList<Step> steps() {
+        constexpr qint64 tooMuch = qint64(200) * 1024 * 1024;
+        const QByteArray html("<!doctype html><title>Wartung</title>");
+        const QString unread = QStringLiteral("Projekt-JSON konnte nicht gelesen werden.");
+        const QString connection = QStringLiteral("Mount fuer ");
+        return {
+            answer("server error", fault(500, html), QStringLiteral("unerwartete Antwort (500)")),
+            answer("page instead of records", fault(200, html), unread),
+            answer("nesting", fault(200, QByteArray(100000, '[')), unread),
+            answer("200 MB", fault(200, {}, tooMuch), QStringLiteral("zu groß")),
+            answer("torn answer", fault(200, R"({"user":)", 0, true),
+                   QStringLiteral("konnten nicht geladen werden")),
+            {"page instead of tokens",
+             [this, html] {
+                 m_platform->expireTokens();
+                 refreshWith(Endpoint::token, fault(200, html));
+             },
+             QStringLiteral("Token-Erneuerung fehlgeschlagen")},
+            {"key refused",
+             [this] {
+                 m_platform->ssh().acceptKey(false);
+                 await(state().connectProject(anyProject()));
+                 m_platform->ssh().acceptKey(true);
+             },
+             connection},
+            {"no server",
+             [this] { withServerStopped([this] { await(state().connectProject(anyProject())); }); },
+             connection},
+            {"server gone while mounted",
+             [this] {
+                 const Project project = anyProject();
+                 connectTo(project);
+                 withServerStopped([&] { disconnectFrom(project); });
+             },
+             {}},
+            {"sshfs killed",
+             [this] {
+                 const Project project = anyProject();
+                 connectTo(project);
+                 for (const pid_t pid : processesWith(mountPoint(project)))
+                     ::kill(pid, SIGKILL);
+                 QTRY_VERIFY(state().connectedDomains().isEmpty());
+                 connectTo(project);
+                 disconnectFrom(project);
+             },
+             QStringLiteral("unerwartet beendet")},
+            {"sshfs replaced by a broken one",
+             [this] {
+                 const Project mounted = anyProject();
+                 connectTo(mounted);
+                 install(QStringLiteral("/usr/bin/false"));
+                 disconnectFrom(mounted);
+                 await(state().connectProject(mounted));
+                 state().answerGuidance(-1);
+                 install(QStringLiteral("/usr/bin/sshfs"));
+             },
+             QStringLiteral("sshfs ist installiert, startet aber nicht")},
+            {"sshfs uninstalled while mounted",
+             [this] {
+                 const Project mounted = anyProject();
+                 connectTo(mounted);
+                 install({});
+                 disconnectFrom(mounted);
+                 await(state().connectProject(mounted));
+                 state().answerGuidance(-1);
+                 install(QStringLiteral("/usr/bin/sshfs"));
+             },
+             QStringLiteral("sshfs nicht installiert")},
+            {"file in use",
+             [this] {
+                 const Project project = anyProject();
+                 connectTo(project);
+                 QFile file(mountPoint(project) + QStringLiteral("/neu.txt"));
+                 m_watch->pausedFor(
+                     [&] { QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Unbuffered)); });
+                 disconnectFrom(project);
+                 m_watch->pausedFor([&] { QCOMPARE(file.write("alles"), 5); });
+                 file.close();
+                 QCOMPARE(QFile(project.path + QStringLiteral("/neu.txt")).size(), 5);
+             },
+             {}},
+            {"all at once, in use",
+             [this] {
+                 std::vector<QCoro::Task<>> connecting;
+                 for (const Project& project : state().projects()) {
+                     connecting.push_back(state().connectProject(project));
+                     QCoreApplication::processEvents(); // as fast as a hand could be
+                 }
+                 m_desktop->statusBar->toggle();
+                 for (auto& task : connecting)
+                     await(std::move(task));
+                 m_desktop->statusBar->toggle();
+                 QCOMPARE(state().connectedDomains().size(), projects);
+                 state().setSearchText(QStringLiteral("projekt"));
+                 await(state().refresh());
+                 std::vector<QCoro::Task<>> ending;
+                 for (const Project& project : state().projects()) {
+                     ending.push_back(state().disconnectProject(project.domain, false));
+                     QCoreApplication::processEvents();
+                 }
+                 state().setSearchText({});
+                 for (auto& task : ending)
+                     await(std::move(task));
+             },
+             {}},
+            {"double clicks",
+             [this] {
+                 const Project project = anyProject();
+                 auto first = state().connectProject(project);
+                 auto ending = state().disconnectProject(project.domain, false);
+                 auto second = state().connectProject(project);
+                 await(std::move(first));
+                 await(std::move(ending));
+                 await(std::move(second));
+                 await(state().disconnectProject(project.domain, false));
+             },
+             {}},
+        };
+    }
+
+    void verifyNothingLeft(const Step& step) {
+        QVERIFY(!state().isLoading());
+        QVERIFY(state().connectedDomains().isEmpty());
+        for (const QString& path : MountTable::mountPoints())
+            QVERIFY2(!path.startsWith(m_desktop->host.mountRoot()), qPrintable(path));
+        QTRY_COMPARE(processesWith(m_desktop->host.mountRoot()), QList<pid_t>());
+        QTRY_COMPARE(blockedThreads(), 0);
+        // A mount that is given up while it begins is a failure or none, as it comes.
+        const QStringList told = errors();
+        if (step.told.isEmpty())
+            QVERIFY2(told.isEmpty() || qstrcmp(step.name, "double clicks") == 0,
+                     qPrintable(told.join(u'\n')));
+        else
+            QVERIFY2(told.size() == 1 && told.first().contains(step.told), qPrintable(told.join(u'\n')));
+    }
+
+  private Q_SLOTS:
+
+    void initTestCase() {
+        m_platform =
+            std::make_unique<sandbox::Sandbox>(sandbox::Options{m_platformFolder.path(), projects, true});
+        QVERIFY(m_platform->hasSsh());
+        qputenv("PATH", m_platform->ssh().binFolder().toUtf8() + ':' + qgetenv("PATH"));
+        install(QStringLiteral("/usr/bin/sshfs"));
+        m_desktop = std::make_unique<DesktopFixture>(m_platform->server(), sshfs());
+        m_desktop->signIn("erika");
+        m_desktop->openPanel();
+        QCOMPARE(state().projects().size(), projects);
+    }
+
+    void everythingFailsAndNothingIsLost() {
+        const quint32 seed = qEnvironmentVariableIsSet("HARVELLON_SEED")
+                                 ? quint32(qEnvironmentVariableIntValue("HARVELLON_SEED"))
+                                 : QRandomGenerator::global()->generate();
+        qInfo("HARVELLON_SEED=%u", seed);
+        m_random.seed(seed);
+        QList<Step> order = steps() + steps();
+        std::shuffle(order.begin(), order.end(), m_random);
+        m_watch = std::make_unique<LoopWatch>();
+        for (const Step& step : std::as_const(order)) {
+            m_watch->setStep(step.name);
+            state().clearActivityLog();
+            step.play();
+            if (!QTest::currentTestFailed())
+                m_watch->pausedFor([&] { verifyNothingLeft(step); });
+            if (QTest::currentTestFailed())
+                QFAIL(step.name);
+        }
+    }
+
+    void longestBlockIsPrinted() {
+        std::printf("%-48s %8.1f ms  (%s)  at most %.1f ms: %s\n", "longest block of the main loop",
+                    m_watch->longest(), m_watch->during(), longestBlock,
+                    m_watch->longest() <= longestBlock ? "reached" : "MISSED");
+    }
+
+    void cleanupTestCase() {
+        m_watch.reset();
+        m_desktop.reset();
+    }
+};
+
+int main(int argc, char* argv[]) {
+    chooseSceneGraph(); // as the program does: the other one compiles shaders on the main thread
+    QApplication application(argc, argv);
+    QApplication::setQuitOnLastWindowClosed(false);
+    TestChaos test;
+    return QTest::qExec(&test, argc, argv);
+}
+#include "tst_chaos.moc"
