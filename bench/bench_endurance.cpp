@@ -1,24 +1,22 @@
-// What stays behind when a project is connected and disconnected all day: nothing may grow.
+// What stays behind when the program is used all day: nothing may grow.
 
+#include "Desktop/SceneGraph.h"
 #include "Mounting/SSHFSMounter.h"
+#include "desktop/DesktopFixture.h"
 #include "sandbox/ProjectTrees.h"
 #include "sandbox/Sandbox.h"
 #include "support/Await.h"
 
-#include <QCoreApplication>
+#include <QApplication>
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 
 #include <cstdio>
+#include <functional>
 #include <unistd.h>
 
 namespace {
-constexpr int rounds = 500;
-constexpr int between = 50;       ///< rounds from one look to the next
-constexpr int warmUp = 50;        ///< rounds until pools and caches have what they keep
-constexpr long mostGrowth = 2048; ///< kB of memory
-
 struct Look {
     qsizetype files = 0;
     qsizetype threads = 0;
@@ -43,37 +41,66 @@ struct Look {
         return look;
     }
 
-    void print(int round) const {
-        std::printf("%4d connects: %3lld files, %2lld threads, %lld children, %6ld kB\n", round,
+    void print(int round, const char* what) const {
+        std::printf("%5d %s: %3lld files, %2lld threads, %lld children, %6ld kB\n", round, what,
                     qlonglong(files), qlonglong(threads), qlonglong(children), memory);
     }
 };
-} // namespace
 
-int main(int argc, char* argv[]) {
-    const QCoreApplication application(argc, argv);
-    const QTemporaryDir folder;
-    sandbox::Sandbox platform({folder.filePath(QStringLiteral("platform")), 0, true});
-    qputenv("PATH", platform.ssh().binFolder().toUtf8() + ':' + qgetenv("PATH"));
-    Shell shell;
-    SSHFSMounter mounter(HostSystem::linuxDesktop(folder.filePath(QStringLiteral("home"))), shell);
-    const QList<sandbox::HostedProject>& projects = platform.people().at(0).projects;
+/// Plays `round` again and again, and says whether anything has grown since it was warm.
+void endure(const char* what, int rounds, int between, const std::function<void(int)>& play) {
+    constexpr long mostGrowth = 2048; // kB of memory
     Look first;
     for (int round = 1; round <= rounds; ++round) {
-        const sandbox::HostedProject& hosted = projects.at(round % projects.size());
-        const Project project{hosted.domain, hosted.name, QString::number(hosted.webspaceID),
-                              sandbox::mountedFolder(platform.treeRoot(), hosted), ProjectType::ssh};
-        await(mounter.mount(project));
-        await(mounter.unmount(project.domain));
+        play(round);
         if (round % between != 0)
             continue;
-        Look::now().print(round);
-        if (round == warmUp)
+        Look::now().print(round, what);
+        if (round == between) // pools and caches have by now what they keep
             first = Look::now();
     }
     const Look last = Look::now();
     const bool flat = last.files <= first.files && last.threads <= first.threads &&
                       last.children <= first.children && last.memory - first.memory <= mostGrowth;
-    std::printf("after %d connects and disconnects: %s\n", rounds, flat ? "flat" : "GROWN");
+    std::printf("after %d %s: %s\n", rounds, what, flat ? "flat" : "GROWN");
+}
+
+void connects(const sandbox::Sandbox& platform, const QString& home) {
+    Shell shell;
+    SSHFSMounter mounter(HostSystem::linuxDesktop(home), shell);
+    const QList<sandbox::HostedProject>& projects = platform.people().at(0).projects;
+    endure("connects", 500, 50, [&](int round) {
+        const sandbox::HostedProject& hosted = projects.at(round % projects.size());
+        const Project project{hosted.domain, hosted.name, QString::number(hosted.webspaceID),
+                              sandbox::mountedFolder(platform.treeRoot(), hosted), ProjectType::ssh};
+        await(mounter.mount(project));
+        await(mounter.unmount(project.domain));
+    });
+}
+
+/// With both windows open, which show what is loaded and logged.
+void refreshes(const sandbox::Sandbox& platform) {
+    DesktopFixture desktop(platform.server());
+    desktop.signIn("erika");
+    desktop.settings->show(*desktop.state);
+    desktop.statusBar->show();
+    endure("refreshes", 1000, 200, [&](int) { await(desktop.state->refresh()); });
+    ActivityLog& log = *desktop.state->activityLog();
+    endure("log entries", 10000, 2000, [&](int round) {
+        log.append(QStringLiteral("Zeile %1").arg(round), ActivityLogLevel::info);
+        QCoreApplication::processEvents();
+    });
+}
+} // namespace
+
+int main(int argc, char* argv[]) {
+    chooseSceneGraph();
+    const QApplication application(argc, argv);
+    QApplication::setQuitOnLastWindowClosed(false);
+    const QTemporaryDir folder;
+    sandbox::Sandbox platform({folder.filePath(QStringLiteral("platform")), 0, true});
+    qputenv("PATH", platform.ssh().binFolder().toUtf8() + ':' + qgetenv("PATH"));
+    connects(platform, folder.filePath(QStringLiteral("home")));
+    refreshes(platform);
     return EXIT_SUCCESS;
 }

@@ -18,7 +18,6 @@ using Endpoint = sandbox::Sandbox::Endpoint;
 namespace {
 constexpr int projects = 20;
 constexpr double longestBlock = 50; // milliseconds
-constexpr auto sessionOver = "Sitzung abgelaufen. Bitte erneut einloggen.";
 } // namespace
 
 /// The whole desktop part on real parts that fail one after the other, in an order that the seed decides.

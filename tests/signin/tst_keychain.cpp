@@ -2,6 +2,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -16,11 +17,72 @@ HostSystem hostIn(const QString& folder, bool keyring) {
     host.usesKeyring = keyring;
     return host;
 }
+
+/// A session bus with a keyring that can die.
+class Keyring {
+  public:
+    Keyring() {
+        QFile configuration(m_folder.filePath(QStringLiteral("bus.conf")));
+        if (!configuration.open(QIODevice::WriteOnly))
+            qFatal("no configuration");
+        configuration.write(
+            "<busconfig><type>session</type><listen>unix:path=" +
+            QFile::encodeName(m_folder.filePath(QStringLiteral("bus"))) +
+            "</listen><policy context='default'><allow send_destination='*' eavesdrop='true'/>"
+            "<allow eavesdrop='true'/><allow own='*'/></policy></busconfig>");
+        configuration.close();
+        m_bus.start(
+            QStringLiteral("/usr/bin/dbus-daemon"),
+            {QStringLiteral("--nofork"), QStringLiteral("--config-file=") + configuration.fileName()});
+        if (!QTest::qWaitFor([this] { return QFile::exists(m_folder.filePath(QStringLiteral("bus"))); }))
+            qFatal("no bus");
+        qputenv("DBUS_SESSION_BUS_ADDRESS",
+                "unix:path=" + QFile::encodeName(m_folder.filePath(QStringLiteral("bus"))));
+        qputenv("XDG_DATA_HOME", QFile::encodeName(m_folder.path()));
+        qunsetenv("DISPLAY"); // a keyring that sees one opens a dialog
+        start();
+    }
+
+    ~Keyring() {
+        kill();
+        m_bus.kill();
+        m_bus.waitForFinished();
+    }
+
+    Q_DISABLE_COPY_MOVE(Keyring)
+
+    void start() {
+        m_daemon.start(QStringLiteral("/usr/bin/gnome-keyring-daemon"),
+                       {QStringLiteral("--foreground"), QStringLiteral("--unlock"),
+                        QStringLiteral("--components=secrets")});
+        m_daemon.write("test");
+        m_daemon.closeWriteChannel();
+        const auto answers = [] {
+            return QProcess::execute(QStringLiteral("/usr/bin/dbus-send"),
+                                     {QStringLiteral("--session"), QStringLiteral("--print-reply=literal"),
+                                      QStringLiteral("--dest=org.freedesktop.secrets"), QStringLiteral("/"),
+                                      QStringLiteral("org.freedesktop.DBus.Peer.Ping")}) == 0;
+        };
+        if (!QTest::qWaitFor(answers))
+            qFatal("no keyring");
+    }
+
+    void kill() {
+        m_daemon.kill();
+        m_daemon.waitForFinished();
+    }
+
+  private:
+    QTemporaryDir m_folder;
+    QProcess m_bus;
+    QProcess m_daemon;
+};
 } // namespace
 
 class TestKeychain : public QObject {
     Q_OBJECT
 
+    Keyring m_keyring;
     std::unique_ptr<QTemporaryDir> m_folder;
 
     [[nodiscard]] QString file() const {
@@ -72,6 +134,20 @@ class TestKeychain : public QObject {
         QCOMPARE(file.load(service, item), std::nullopt); // moved back to the keyring
         QCOMPARE(store.load(service, item), std::optional(QByteArray("neuer")));
         QVERIFY(store.remove(service, item));
+    }
+
+    void keyringMayDieAndComeBack() {
+        KeychainStore store(hostIn(m_folder->path(), true));
+        QVERIFY(store.save("eins", service, item));
+        m_keyring.kill();
+        QVERIFY(store.save("zwei", service, item));
+        QVERIFY(QFile::exists(file()));
+        QCOMPARE(store.load(service, item), std::optional(QByteArray("zwei")));
+        m_keyring.start();
+        QCOMPARE(store.load(service, item), std::optional(QByteArray("zwei"))); // the keyring's is older
+        QVERIFY(store.save("drei", service, item));
+        QCOMPARE(KeychainStore(hostIn(m_folder->path(), false)).load(service, item), std::nullopt);
+        QCOMPARE(store.load(service, item), std::optional(QByteArray("drei")));
     }
 
     void fileIsForTheUserAloneAndNeverHalf() {
