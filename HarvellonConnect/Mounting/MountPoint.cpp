@@ -75,8 +75,11 @@ bool isListed(const QString& path) {
 }
 
 QStringList mountedBelow(const QString& root) {
-    const QString folder = QFileInfo(root).canonicalFilePath() + QLatin1Char('/');
     QStringList names;
+    const QFileInfo existing(root);
+    if (!existing.exists())
+        return names;
+    const QString folder = existing.canonicalFilePath() + QLatin1Char('/');
     for (const QString& path : MountTable::mountPoints()) {
         if (path.startsWith(folder) && path.indexOf(QLatin1Char('/'), folder.size()) < 0)
             names.append(path.mid(folder.size()));

@@ -1,5 +1,6 @@
 #include "MounterFixture.h"
 
+#include "Mounting/MountPoint.h"
 #include "Mounting/SSHFSProcess.h"
 
 #include <QElapsedTimer>
@@ -135,6 +136,12 @@ class TestMounter : public MounterFixture {
         QVERIFY(QFile::exists(mountPoint(0) + QStringLiteral("/web/index.php")));
         for (const pid_t pid : former)
             ::kill(pid, SIGKILL);
+    }
+
+    void leftoversAreSoughtBelowTheRootAlone() {
+        QCOMPARE(mountedBelow(m_home->filePath(QStringLiteral("Harvellon"))), QStringList()); // not there yet
+        QCOMPARE(mountFailure(project(0)), QStringLiteral("none"));
+        QCOMPARE(mountedBelow(m_home->filePath(QStringLiteral("Harvellon"))), QStringList{hosted(0).domain});
     }
 
     void folderWithoutItsMountTakesNothing() {
