@@ -138,18 +138,20 @@ void StatusBarController::place() {
     const QPoint anchor = told ? item.center() : QCursor::pos();
     const QScreen* const screen = screenAt(anchor);
     const QRect visible = screen->availableGeometry();
-    const QRect frame =
-        told ? besideItem(size, item, visible) : besideBar(size, screen->geometry(), visible, anchor);
-    m_panel->setPosition(frame.topLeft());
+    m_frame = told ? besideItem(size, item, visible) : besideBar(size, screen->geometry(), visible, anchor);
+    m_panel->setPosition(m_frame.topLeft());
 }
 
+/// Of the frame that was asked for: while a window manager takes the window over, it says of itself that it
+/// lies in the corner.
 void StatusBarController::stayInside() {
-    if (!isShown() || m_panel->kind() != PanelWindow::Kind::popover || !m_panel->screen())
+    if (!isShown() || m_panel->kind() != PanelWindow::Kind::popover)
         return;
-    const QRect frame = m_panel->geometry();
-    const QRect inside = keepInside(frame, m_panel->screen()->availableGeometry());
-    if (inside != frame)
-        m_panel->setPosition(inside.topLeft());
+    const QRect inside = keepInside(m_frame, screenAt(m_frame.center())->availableGeometry());
+    if (inside == m_frame)
+        return;
+    m_frame = inside;
+    m_panel->setPosition(inside.topLeft());
 }
 
 void StatusBarController::activated(QSystemTrayIcon::ActivationReason reason) {

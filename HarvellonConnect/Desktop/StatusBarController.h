@@ -2,6 +2,7 @@
 
 #include <QMenu>
 #include <QObject>
+#include <QRect>
 #include <QString>
 #include <QSystemTrayIcon>
 
@@ -63,5 +64,6 @@ class StatusBarController : public QObject {
     QMenu m_menu;
     QSystemTrayIcon m_statusItem;
     QString m_toldDomain; ///< of the message that was shown last
+    QRect m_frame;        ///< where the popover was asked to stand
     std::unique_ptr<PanelWindow> m_panel;
 };

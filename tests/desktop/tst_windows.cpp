@@ -1,3 +1,4 @@
+#include "Desktop/PopoverPlacement.h"
 #include "Desktop/SceneGraph.h"
 #include "desktop/DesktopFixture.h"
 #include "desktop/Heard.h"
@@ -5,6 +6,7 @@
 #include <QApplication>
 #include <QSignalSpy>
 #include <QSystemTrayIcon>
+#include <QWidget>
 
 using QAccessible::Button;
 
@@ -28,6 +30,15 @@ class TestWindows : public QObject {
         }));
     }
 
+    /// Where the status item lies in the tray; empty while it does not.
+    [[nodiscard]] static QRect statusItem() {
+        for (const QWidget* widget : QApplication::topLevelWidgets()) {
+            if (widget->inherits("QSystemTrayIconSys") && widget->isVisible())
+                return {widget->mapToGlobal(QPoint(0, 0)), widget->size()};
+        }
+        return {};
+    }
+
   private Q_SLOTS:
 
     void initTestCase() {
@@ -43,6 +54,24 @@ class TestWindows : public QObject {
         const PanelWindow* const window = m_desktop->openPanel();
         QCOMPARE(window->size(), QSize(640, 660));
         QTRY_VERIFY(window->screen()->availableGeometry().contains(window->geometry()));
+    }
+
+    void theFirstOpeningStandsAtItsItem() {
+        if (!QSystemTrayIcon::isSystemTrayAvailable())
+            QSKIP("without a bar the panel is an ordinary window");
+        for (int start = 0; start < 4; ++start) {
+            m_desktop.reset();
+            m_desktop = std::make_unique<DesktopFixture>(m_platform->server());
+            QRect item;
+            QTRY_VERIFY(!(item = statusItem()).isEmpty());
+            m_desktop->statusBar->panel().warm();
+            const PanelWindow* const window = m_desktop->openPanel();
+            const QRect visible = window->screen()->availableGeometry();
+            const QPoint wanted = besideItem(window->size(), item, visible).topLeft();
+            QTRY_COMPARE(window->position(), wanted);
+            QTest::qWait(100);
+            QCOMPARE(window->position(), wanted);
+        }
     }
 
     void installingTwiceMakesOneItemAndOnePanel() {
