@@ -1,5 +1,6 @@
 #include "Desktop/PanelWindow.h"
 
+#include <QGuiApplication>
 #include <QPainterPath>
 #include <QQuickItem>
 
@@ -12,11 +13,14 @@ QRegion roundedMask(const QSize& size) {
     shape.addRoundedRect(QRectF(QPointF(0, 0), QSizeF(size)), radius, radius);
     return QRegion(shape.toFillPolygon().toPolygon());
 }
+
+bool isWayland(const QString& platform) {
+    return platform.startsWith(QLatin1String("wayland"));
+}
 } // namespace
 
 PanelWindow::Kind panelKind(bool trayAvailable, const QString& platform) {
-    const bool placeable = !platform.startsWith(QLatin1String("wayland"));
-    return trayAvailable && placeable ? PanelWindow::Kind::popover : PanelWindow::Kind::window;
+    return trayAvailable && !isWayland(platform) ? PanelWindow::Kind::popover : PanelWindow::Kind::window;
 }
 
 PanelWindow::PanelWindow(QQmlEngine* engine) : QQuickView(engine, nullptr) {
@@ -44,7 +48,9 @@ void PanelWindow::setKind(Kind kind) {
 }
 
 void PanelWindow::warm() {
-    if (!isVisible())
+    // On Wayland a hidden window has nothing to draw on; the renderer would take the panel for drawn, and
+    // leave it see-through when it is shown.
+    if (!isVisible() && !isWayland(QGuiApplication::platformName()))
         grabWindow();
 }
 
