@@ -45,7 +45,7 @@ Item {
         color: Theme.ink
         elide: Text.ElideMiddle
         font.pixelSize: Theme.labelSize
-        text: row.message
+        text: row.message.replace(/\s*[\r\n]+\s*/g, " ")
         textFormat: Text.PlainText
     }
 }

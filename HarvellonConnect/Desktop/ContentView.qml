@@ -101,7 +101,8 @@ FocusScope {
     }
 
     ErrorLine {
-        height: 32
+        id: error
+
         text: panel.state.lastError
         visible: panel.hasError
         width: parent.width - 2 * x
@@ -118,7 +119,7 @@ FocusScope {
         state: panel.state
         width: parent.width - 2 * x
         x: Theme.panelMargin
-        y: panel.hasError ? 192 : 152
+        y: panel.hasError ? error.y + error.height + Theme.gap : error.y
     }
 
     ActivitySection {

@@ -1,7 +1,7 @@
 import QtQuick
 import Harvellon.Desktop
 
-/// The last failure, until it is put aside.
+/// The last failure, until it is put aside. Grows with its text, up to six lines.
 Rectangle {
     id: line
 
@@ -13,17 +13,20 @@ Rectangle {
     Accessible.role: Accessible.AlertMessage
     border.color: Theme.badEdge
     color: Theme.badBg
+    height: Math.max(32, words.height + 14)
     radius: Theme.rowRadius
 
     SymbolIcon {
-        anchors.verticalCenter: parent.verticalCenter
         color: Theme.badInk
         size: Theme.smallIconSize
         symbol: "exclamationmark.triangle.fill"
         x: 10
+        y: 8
     }
 
     Text {
+        id: words
+
         anchors.left: parent.left
         anchors.leftMargin: 34
         anchors.right: close.left
@@ -32,8 +35,10 @@ Rectangle {
         color: Theme.badInk
         elide: Text.ElideRight
         font.pixelSize: Theme.labelSize
+        maximumLineCount: 6
         text: line.text
         textFormat: Text.PlainText
+        wrapMode: Text.Wrap
     }
 
     SmallButton {
@@ -41,9 +46,9 @@ Rectangle {
 
         anchors.right: parent.right
         anchors.rightMargin: 4
-        anchors.verticalCenter: parent.verticalCenter
         help: "Meldung schließen"
         tint: Theme.badInk
+        y: 4
 
         onTriggered: line.dismissed()
     }

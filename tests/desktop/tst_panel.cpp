@@ -206,6 +206,29 @@ class TestPanel : public QObject {
         QVERIFY(!m_desktop->state->lastError());
     }
 
+    void aLongFailureLeavesTheListItsPlace() {
+        const QTemporaryDir folder;
+        QFile refusing(folder.filePath(QStringLiteral("sshfs")));
+        QVERIFY(refusing.open(QFile::WriteOnly));
+        refusing.write(
+            "#!/bin/sh\n[ \"$1\" != --version ] || exec echo SSHFS version 3\nseq 30 >&2\nexit 1\n");
+        refusing.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        refusing.close();
+        m_desktop.reset();
+        m_desktop = std::make_unique<DesktopFixture>(m_platform->server(), refusing.fileName());
+        m_desktop->signIn("erika");
+        await(m_desktop->state->connectProject(m_desktop->state->projects().constFirst()));
+        const QString failure = m_desktop->state->lastError().value_or(QString());
+        QVERIFY(failure.count(QLatin1Char('\n')) > 20);
+        PanelWindow* const window = m_desktop->openPanel();
+        const QAccessibleInterface* const line = heard::find(window, failure, QAccessible::AlertMessage);
+        const QAccessibleInterface* const list =
+            heard::find(window, QStringLiteral("Projekte"), QAccessible::List);
+        QVERIFY(line && list);
+        QVERIFY(line->rect().height() > 80);
+        QVERIFY(line->rect().bottom() < list->rect().top());
+    }
+
     void newestLineOfTheLogIsInView() {
         m_desktop->signIn("erika");
         PanelWindow* const window = m_desktop->openPanel();
