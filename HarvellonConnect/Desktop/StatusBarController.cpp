@@ -39,11 +39,11 @@ QScreen* screenAt(const QPoint& point) {
 StatusBarController::StatusBarController(QmlViews& views, QString versionText, QObject* parent)
     : QObject(parent), m_views(views), m_versionText(std::move(versionText)) {
     connect(&m_statusItem, &QSystemTrayIcon::activated, this, &StatusBarController::activated);
-    connect(&m_statusItem, &QSystemTrayIcon::messageClicked, this, [this] {
-        if (m_toldDomain.isEmpty())
+    connect(&m_notifications, &Notifications::clicked, this, [this](const QString& domain) {
+        if (domain.isEmpty())
             show();
         else
-            showProject(m_toldDomain);
+            showProject(domain);
     });
 }
 
@@ -170,11 +170,10 @@ void StatusBarController::tellMountEnded(const QString& domain) {
         if (project.domain == domain)
             title = project.title();
     }
-    tell(title, QStringLiteral("Die Verbindung zu %1 wurde unerwartet beendet.").arg(domain));
-    m_toldDomain = domain;
+    m_notifications.show(title, QStringLiteral("Die Verbindung zu %1 wurde unerwartet beendet.").arg(domain),
+                         domain);
 }
 
 void StatusBarController::tell(const QString& title, const QString& text) {
-    m_toldDomain.clear();
-    m_statusItem.showMessage(title, text, QIcon(QStringLiteral(":/icons/AppIcon.png")));
+    m_notifications.show(title, text);
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Desktop/Notifications.h"
+
 #include <QMenu>
 #include <QObject>
 #include <QRect>
@@ -63,7 +65,7 @@ class StatusBarController : public QObject {
     bool m_isInstalled = false;
     QMenu m_menu;
     QSystemTrayIcon m_statusItem;
-    QString m_toldDomain; ///< of the message that was shown last
-    QRect m_frame;        ///< where the popover was asked to stand
+    Notifications m_notifications{m_statusItem};
+    QRect m_frame; ///< where the popover was asked to stand
     std::unique_ptr<PanelWindow> m_panel;
 };

@@ -1,0 +1,13 @@
+#include "Desktop/Notifications.h"
+
+#include <QIcon>
+#include <QSystemTrayIcon>
+
+Notifications::Notifications(QSystemTrayIcon& item, QObject* parent) : QObject(parent), m_item(item) {
+    connect(&item, &QSystemTrayIcon::messageClicked, this, [this] { Q_EMIT clicked(m_domainAtItem); });
+}
+
+void Notifications::showAtItem(const QString& title, const QString& text, const QString& domain) {
+    m_domainAtItem = domain;
+    m_item.showMessage(title, text, QIcon(QStringLiteral(":/icons/AppIcon.png")));
+}
