@@ -15,6 +15,7 @@ T.ItemDelegate {
 
     Accessible.description: (active ? "Aktiver Account" : "Zu diesem Account wechseln") + (email ? ", " + email : "")
     Accessible.name: displayName
+    Accessible.selectable: true
     Accessible.selected: active
     Accessible.onPressAction: row.clicked()
     focusPolicy: Qt.TabFocus

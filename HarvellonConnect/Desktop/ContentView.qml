@@ -56,6 +56,20 @@ FocusScope {
         onUpdatesRequested: panel.updatesRequested()
     }
 
+    PanelSpeech {
+        id: speech
+
+        state: panel.state
+    }
+
+    Item {
+        Accessible.name: speech.news
+        Accessible.role: Accessible.AlertMessage
+        height: 1
+        visible: speech.news !== ""
+        width: 1
+    }
+
     Rectangle {
         anchors.fill: parent
         border.color: Theme.cardEdge
@@ -116,6 +130,7 @@ FocusScope {
         content: content
         height: activity.y - Theme.gap - y
         keys: keys
+        speech: speech
         state: panel.state
         width: parent.width - 2 * x
         x: Theme.panelMargin

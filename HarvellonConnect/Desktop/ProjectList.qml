@@ -11,6 +11,7 @@ Card {
     required property AppState state
     required property PanelContent content
     required property PanelKeys keys
+    required property PanelSpeech speech
 
     Accessible.name: "Projekte"
     Accessible.role: Accessible.List
@@ -67,7 +68,9 @@ Card {
 
         Connections {
             function onCurrentRowChanged() {
-                list.positionViewAtIndex(card.keys.currentRow, ListView.Contain);
+                const row = card.keys.currentRow;
+                list.positionViewAtIndex(row, ListView.Contain);
+                card.speech.tellFocus(row < 0 ? card.Window.activeFocusItem : list.itemAtIndex(row));
             }
 
             target: card.keys

@@ -28,6 +28,7 @@ Item {
     Accessible.description: connected ? "Gemountet" : connecting ? "Verbinde ..." : "Nicht verbunden"
     Accessible.name: title === domain ? title : title + ", " + domain
     Accessible.role: Accessible.ListItem
+    Accessible.selectable: true
     Accessible.selected: current
     height: Theme.rowHeight
 

@@ -4,6 +4,7 @@
 
 #include <QAccessible>
 #include <QApplication>
+#include <QProcess>
 #include <QQuickItem>
 
 using QAccessible::Button;
@@ -18,6 +19,8 @@ QAccessibleInterface* rowOf(QWindow* window, const QString& title) {
     }
     return nullptr;
 }
+
+QStringList focusHeard;
 
 QString chosenRow(QWindow* window) {
     QString chosen;
@@ -114,6 +117,7 @@ class TestPanel : public QObject {
         PanelWindow* const window = m_desktop->openPanel();
         QAccessibleInterface* row = nullptr;
         QTRY_VERIFY((row = rowOf(window, titleOf(0))) != nullptr);
+        QVERIFY(row->state().selectable);
         QCOMPARE(heard::names(row, Button), buttons);
         QCOMPARE(row->text(QAccessible::Description), QStringLiteral("Nicht verbunden"));
     }
@@ -148,6 +152,29 @@ class TestPanel : public QObject {
         QTest::keyClick(window, Qt::Key_Return, Qt::ControlModifier | Qt::ShiftModifier);
         QTRY_COMPARE(m_desktop->shell.opened.value(1),
                      QStringLiteral("https://") + domainOf(1) + QStringLiteral("/admin"));
+    }
+
+    void theChosenRowIsHeardWhileTheCursorStaysInTheSearch() {
+        m_desktop->signIn("erika");
+        PanelWindow* const window = m_desktop->openPanel();
+        // Nothing is told before a service for screen readers runs; asking for it starts it.
+        QProcess::execute(QStringLiteral("dbus-send"),
+                          QStringLiteral("--session --print-reply --dest=org.a11y.Bus /org/a11y/bus "
+                                         "org.a11y.Bus.GetAddress")
+                              .split(QLatin1Char(' ')));
+        if (!QTest::qWaitFor(&QAccessible::isActive))
+            QSKIP("no service for screen readers here");
+        focusHeard.clear();
+        const auto before = QAccessible::installUpdateHandler([](QAccessibleEvent* event) {
+            if (event->type() == QAccessible::Focus)
+                focusHeard.append(event->accessibleInterface()->text(QAccessible::Name));
+        });
+        QTest::keyClick(window, Qt::Key_Down);
+        QTest::keyClick(window, Qt::Key_End, Qt::ControlModifier);
+        QAccessible::installUpdateHandler(before);
+        QCOMPARE(focusHeard.size(), 2);
+        QVERIFY(focusHeard.constFirst().startsWith(titleOf(0)));
+        QVERIFY(focusHeard.constLast().startsWith(titleOf(m_desktop->state->visibleProjects()->count() - 1)));
     }
 
     void theChosenProjectStaysChosenThroughAReload() {
@@ -277,6 +304,7 @@ class TestPanel : public QObject {
         QTRY_COMPARE_WITH_TIMEOUT(rowOf(window, title)->text(QAccessible::Description),
                                   QStringLiteral("Gemountet"), 20000);
         QVERIFY(heard::find(rowOf(window, title), QStringLiteral("Gemountet")));
+        QVERIFY(heard::find(window, title + QStringLiteral(": Gemountet"), QAccessible::AlertMessage));
         const QStringList buttons = heard::names(rowOf(window, title), Button);
         QCOMPARE(buttons.mid(0, 3),
                  (QStringList{QStringLiteral("Trennen"), QStringLiteral("In VS Code oeffnen"),
@@ -292,6 +320,7 @@ class TestPanel : public QObject {
                                   QStringLiteral("Nicht verbunden"), 20000);
         QCOMPARE(heard::names(rowOf(window, title), Button).constFirst(),
                  QStringLiteral("Verbinden und mounten"));
+        QVERIFY(heard::find(window, title + QStringLiteral(": Nicht verbunden"), QAccessible::AlertMessage));
     }
 };
 
