@@ -85,32 +85,6 @@ class TestDesktopRules : public QObject {
         QCOMPARE(panelKind(true, QStringLiteral("wayland-egl")), Kind::window);
     }
 
-    void saysTheVersion() {
-        QCOMPARE(appVersionText(QStringLiteral("1.0.0"), QStringLiteral("42")), QStringLiteral("1.0.0 (42)"));
-        QCOMPARE(appVersionText(QStringLiteral("1.0.0"), QStringLiteral("1.0.0")), QStringLiteral("1.0.0"));
-        QCOMPARE(appVersionText(QStringLiteral("1.0.0"), QString()), QStringLiteral("1.0.0"));
-    }
-
-    void countsSeconds() {
-        const QDateTime start(QDate(2026, 3, 1), QTime(12, 0));
-        QCOMPARE(connectingText(start, start.addMSecs(999)), QStringLiteral("Verbinde ... 0 s"));
-        QCOMPARE(connectingText(start, start.addSecs(7)), QStringLiteral("Verbinde ... 7 s"));
-        QCOMPARE(connectingText(start, start.addSecs(-60)), QStringLiteral("Verbinde ... 0 s"));
-        QCOMPARE(connectingText({}, start), QStringLiteral("Verbinde ... 0 s"));
-    }
-
-    void ticksOnlyWhileRunning() {
-        ConnectingTime time;
-        time.setSince(QDateTime::currentDateTime().addSecs(-5));
-        int changes = 0;
-        connect(&time, &ConnectingTime::textChanged, this, [&changes] { ++changes; });
-        QTest::qWait(1200);
-        QCOMPARE(changes, 0);
-        time.setRunning(true);
-        QTRY_COMPARE_WITH_TIMEOUT(changes, 3, 4000);
-        QVERIFY(time.text() != QStringLiteral("Verbinde ... 5 s"));
-    }
-
     void theNextButtonMayBeEnteredBeforeThisOneIsLeft() {
         ButtonRail rail;
         const auto cache = static_cast<int>(HoverTarget::cache);

@@ -128,21 +128,6 @@ class TestProjectAPI : public QObject {
         QVERIFY_THROWS_EXCEPTION(NetworkError, fetch(address, QStringLiteral("t")));
     }
 
-    void endlessAnswersAreCutOff() {
-        Fault fault;
-        fault.padding = qint64(200) * 1024 * 1024;
-        m_platform->setFault(Endpoint::directory, fault);
-        QVERIFY_THROWS_EXCEPTION(NetworkError, fetch(endpoint(), QStringLiteral("t")));
-    }
-
-    void lessThanAnnouncedIsAnError() {
-        Fault fault;
-        fault.body = R"({"user":{"name":"E"},"projects":[]})";
-        fault.cut = true;
-        m_platform->setFault(Endpoint::directory, fault);
-        QVERIFY_THROWS_EXCEPTION(NetworkError, fetch(endpoint(), QStringLiteral("t")));
-    }
-
     void dripsEndAfterFifteenSeconds() {
         Fault fault;
         fault.body = QByteArray(1000, ' ');

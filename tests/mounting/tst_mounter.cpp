@@ -320,19 +320,6 @@ class TestMounter : public MounterFixture {
             reader.join();
         verifyNothingLeft();
     }
-
-    void tenAtOnce() {
-        std::vector<QCoro::Task<MountSession>> mounting;
-        for (int i = 0; i < 10; ++i)
-            mounting.push_back(m_mounter->mount(project(i)));
-        for (auto& task : mounting)
-            await(std::move(task));
-        QCOMPARE(m_mounter->connectedDomains().size(), 10);
-        QElapsedTimer timer;
-        timer.start();
-        await(m_mounter->unmountAll());
-        QVERIFY(timer.elapsed() < 5000);
-    }
 };
 
 QTEST_GUILESS_MAIN(TestMounter)

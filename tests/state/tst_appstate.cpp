@@ -180,23 +180,6 @@ class TestAppState : public StateFixture {
         QVERIFY(m_state->connectedDomains().isEmpty());
     }
 
-    void failedConnectIsToldAndForgotten() {
-        signIn("erika");
-        m_platform->ssh().acceptKey(false);
-        const Project project = this->project(0);
-        await(m_state->connectProject(project));
-        m_platform->ssh().acceptKey(true);
-        const QString reason =
-            MounterError(MounterError::Case::authenticationFailed, project.domain).description();
-        QCOMPARE(m_state->lastError(), std::optional(reason));
-        QCOMPARE(messages().last(),
-                 QStringLiteral("Mount fuer %1 fehlgeschlagen: %2").arg(project.domain, reason));
-        QVERIFY(m_state->connectedDomains().isEmpty());
-        await(m_state->connectProject(project));
-        QCOMPARE(m_state->connectedDomains().size(), 1);
-        QCOMPARE(m_state->lastError(), std::nullopt);
-    }
-
     void missingDocumentFolderFallsBackToTheRoot() {
         signIn("erika");
         Project project = this->project(0);

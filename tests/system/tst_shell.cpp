@@ -115,16 +115,6 @@ class TestShell : public QObject {
         QVERIFY(found && QFileInfo(*found).isExecutable());
         QCOMPARE(await(m_shell.which(QStringLiteral("no-such-program"))), std::nullopt);
     }
-
-    void futuresAreWaitedForWithLimit() {
-        QPromise<int> promise;
-        promise.start();
-        const QFuture<int> future = promise.future();
-        QVERIFY(!await(Async::finishesWithin(future, 20ms)));
-        QTimer::singleShot(20ms, this, [&promise] { promise.finish(); });
-        QVERIFY(await(Async::finishesWithin(future, 10s)));
-        QVERIFY(await(Async::finishesWithin(future, 0ms)));
-    }
 };
 
 QTEST_GUILESS_MAIN(TestShell)
