@@ -68,6 +68,9 @@ Card {
             visible: !card.state.isAuthenticating
 
             onClicked: card.state.startAddAccount()
+            onVisibleChanged: if (visible) {
+                card.focusSignIn();
+            }
         }
 
         TextButton {
@@ -78,6 +81,9 @@ Card {
             visible: card.state.isAuthenticating
 
             onClicked: card.state.startCancelLogin()
+            onVisibleChanged: if (visible) {
+                forceActiveFocus(Qt.TabFocusReason);
+            }
         }
     }
 }

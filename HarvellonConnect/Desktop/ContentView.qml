@@ -112,6 +112,10 @@ FocusScope {
         width: parent.width - 2 * x
         x: Theme.panelMargin
         y: 112
+
+        onEnabledChanged: if (enabled) {
+            focusField();
+        }
     }
 
     ErrorLine {
