@@ -132,7 +132,7 @@ FocusScope {
 
     ProjectList {
         content: content
-        height: activity.y - Theme.gap - y
+        height: Math.max(0, activity.y - Theme.gap - y)
         keys: keys
         speech: speech
         state: panel.state
@@ -147,10 +147,12 @@ FocusScope {
         state: panel.state
         width: parent.width - 2 * x
         x: Theme.panelMargin
-        y: 634 - height
+        y: footer.y - height
     }
 
     Text {
+        id: footer
+
         Accessible.name: text
         Accessible.role: Accessible.StaticText
         anchors.horizontalCenter: parent.horizontalCenter
@@ -160,7 +162,7 @@ FocusScope {
         text: "Harvellon Connect " + panel.versionText
         textFormat: Text.PlainText
         verticalAlignment: Text.AlignVCenter
-        y: 634
+        y: panel.height - height
     }
 
     HelpTip {}

@@ -4,6 +4,8 @@
 #include <QPainterPath>
 #include <QQuickItem>
 
+#include <algorithm>
+
 namespace {
 /// One point less than the drawn corner, so that its soft edge lies inside: without a compositor what is left
 /// transparent would be black.
@@ -27,9 +29,7 @@ PanelWindow::PanelWindow(QQmlEngine* engine) : QQuickView(engine, nullptr) {
     setResizeMode(QQuickView::SizeRootObjectToView);
     setTitle(QStringLiteral("Harvellon Connect"));
     setColor(Qt::transparent);
-    setMinimumSize(panelSize);
-    setMaximumSize(panelSize);
-    resize(panelSize);
+    setFixedSize(panelSize);
     setPersistentSceneGraph(true);
     connect(this, &QWindow::activeChanged, this, &PanelWindow::activeHasChanged);
 }
@@ -42,9 +42,26 @@ void PanelWindow::setKind(Kind kind) {
     setFlags(popover ? Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint
                      : Qt::Window | Qt::WindowTitleHint | Qt::WindowSystemMenuHint |
                            Qt::WindowMinimizeButtonHint | Qt::WindowCloseButtonHint);
-    setMask(popover ? roundedMask(panelSize) : QRegion());
+    setMask(popover ? roundedMask(size()) : QRegion());
     if (rootObject())
         rootObject()->setProperty("rounded", popover);
+}
+
+void PanelWindow::fitInto(int room) {
+    // A window manager tells how much it adds when the window is shown, which is too late.
+    constexpr int usualFrame = 40;
+    const bool popover = m_kind == Kind::popover;
+    setFixedSize({panelSize.width(), std::min(panelSize.height(), popover ? room : room - usualFrame)});
+    if (popover)
+        setMask(roundedMask(size()));
+}
+
+void PanelWindow::setFixedSize(const QSize& size) {
+    if (size == this->size() && size == maximumSize())
+        return;
+    setMinimumSize(size);
+    setMaximumSize(size);
+    resize(size);
 }
 
 void PanelWindow::warm() {

@@ -10,6 +10,7 @@ class PanelWindow : public QQuickView {
 
   public:
     enum class Kind { popover, window };
+    /// Where the screen has room for it.
     static constexpr QSize panelSize{640, 660};
 
     explicit PanelWindow(QQmlEngine* engine);
@@ -18,6 +19,10 @@ class PanelWindow : public QQuickView {
     void setKind(Kind kind);
 
     [[nodiscard]] Kind kind() const { return m_kind; }
+
+    /// Makes the panel as tall as it should be, or as `room` allows, in which an ordinary window has its
+    /// frame too.
+    void fitInto(int room);
 
     /// Draws the hidden panel once, so that nothing is left to be made when it is shown.
     void warm();
@@ -29,6 +34,7 @@ class PanelWindow : public QQuickView {
 
   private:
     void activeHasChanged();
+    void setFixedSize(const QSize& size);
 
     Kind m_kind = Kind::popover;
     QElapsedTimer m_sinceFocusLoss;

@@ -127,10 +127,10 @@ void StatusBarController::close() {
 }
 
 void StatusBarController::place() {
-    const QSize size = PanelWindow::panelSize;
     if (m_panel->kind() == PanelWindow::Kind::window) {
         const QRect room = screenAt(QCursor::pos())->availableGeometry();
-        m_panel->setPosition(room.center() - QRect(QPoint(0, 0), size).center());
+        m_panel->fitInto(room.height());
+        m_panel->setPosition(room.center() - QRect(QPoint(0, 0), m_panel->size()).center());
         return;
     }
     const QRect item = m_statusItem.geometry();
@@ -138,6 +138,8 @@ void StatusBarController::place() {
     const QPoint anchor = told ? item.center() : QCursor::pos();
     const QScreen* const screen = screenAt(anchor);
     const QRect visible = screen->availableGeometry();
+    m_panel->fitInto(visible.height());
+    const QSize size = m_panel->size();
     m_frame = told ? besideItem(size, item, visible) : besideBar(size, screen->geometry(), visible, anchor);
     m_panel->setPosition(m_frame.topLeft());
 }

@@ -56,6 +56,21 @@ class TestWindows : public QObject {
         QTRY_VERIFY(window->screen()->availableGeometry().contains(window->geometry()));
     }
 
+    void aLowScreenTakesFromTheList() {
+        PanelWindow* const window = m_desktop->openPanel();
+        window->fitInto(500);
+        QTRY_COMPARE(window->size(), QSize(640, 500));
+        for (const char* name : {"Harvellon Connect", "Projekte", "Harvellon Connect 1.0.0 (42)"}) {
+            const auto fits = [window, name] {
+                const QAccessibleInterface* const part = heard::find(window, QString::fromLatin1(name));
+                return part && window->geometry().contains(part->rect());
+            };
+            QTRY_VERIFY2(fits(), name);
+        }
+        m_desktop->statusBar->close();
+        QTRY_COMPARE(m_desktop->openPanel()->size(), QSize(640, 660));
+    }
+
     void theFirstOpeningStandsAtItsItem() {
         if (!QSystemTrayIcon::isSystemTrayAvailable())
             QSKIP("without a bar the panel is an ordinary window");
