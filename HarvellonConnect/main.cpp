@@ -11,7 +11,13 @@
 #include <QLibraryInfo>
 #include <QTranslator>
 
+#include <cstdio>
+
 int main(int argc, char* argv[]) {
+    if (!hasScreen()) {
+        std::fputs("Harvellon Connect braucht einen grafischen Desktop.\n", stderr);
+        return EXIT_FAILURE;
+    }
     installSystemLog();
     chooseSceneGraph();
     QApplication::setQuitOnLastWindowClosed(false);

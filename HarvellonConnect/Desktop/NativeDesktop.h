@@ -7,6 +7,9 @@ class QWindow;
 // What a program without a Dock icon asks of the desktop itself. Where a desktop needs none of it, nothing
 // happens. Main thread.
 
+/// False when there is nothing to show windows on. Before the application object is made, which would abort.
+[[nodiscard]] bool hasScreen();
+
 /// No Dock icon and no main menu: the program lives in the menu bar. After the application object is made.
 void becomeAccessory();
 

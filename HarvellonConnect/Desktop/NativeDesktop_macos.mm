@@ -8,6 +8,10 @@
 
 #include <algorithm>
 
+bool hasScreen() {
+    return true;
+}
+
 void becomeAccessory() {
     [NSApp setActivationPolicy:NSApplicationActivationPolicyAccessory];
 }
