@@ -63,6 +63,7 @@ Item {
         }
 
         TextButton {
+            Accessible.description: "Strg+Q"
             text: "Beenden"
 
             onClicked: header.quitRequested()

@@ -14,6 +14,10 @@ FocusScope {
 
     signal closeRequested
 
+    function opened() {
+        nextItemInFocusChain()?.forceActiveFocus(Qt.TabFocusReason);
+    }
+
     Accessible.name: "Einstellungen"
     Accessible.role: Accessible.Pane
     focus: true

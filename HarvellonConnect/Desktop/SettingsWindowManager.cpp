@@ -20,6 +20,8 @@ void SettingsWindowManager::show(AppState& state) {
     m_statusBar.close();
     if (!m_window)
         makeWindow(state);
+    if (!m_window->isVisible())
+        QMetaObject::invokeMethod(m_window->rootObject(), "opened");
     if (m_window->windowStates().testFlag(Qt::WindowMinimized))
         m_window->showNormal();
     else

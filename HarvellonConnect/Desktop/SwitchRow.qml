@@ -41,6 +41,7 @@ Item {
     ToggleSwitch {
         id: toggle
 
+        Accessible.description: row.caption
         anchors.right: parent.right
         anchors.rightMargin: 14
         anchors.verticalCenter: parent.verticalCenter

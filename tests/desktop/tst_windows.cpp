@@ -23,6 +23,12 @@ class TestWindows : public QObject {
         return m_desktop->settings->window();
     }
 
+    /// The control at which the keyboard is.
+    [[nodiscard]] static QString focus(QWindow* window) {
+        const QAccessibleInterface* const there = QAccessible::queryAccessibleInterface(window)->focusChild();
+        return there ? there->text(QAccessible::Name) : QString();
+    }
+
     [[nodiscard]] int settingsWindows() const {
         const QWindowList windows = QGuiApplication::topLevelWindows();
         return static_cast<int>(std::count_if(windows.begin(), windows.end(), [](const QWindow* window) {
@@ -154,6 +160,7 @@ class TestWindows : public QObject {
         QVERIFY(heard::find(window, QStringLiteral("Nicht angemeldet")));
         QVERIFY(heard::find(window, QStringLiteral("Melde dich an, um deine Projekte zu verwalten.")));
         QVERIFY(!heard::find(window, QStringLiteral("Account hinzufügen")));
+        QTRY_COMPARE(focus(window), QStringLiteral("Mit Harvellon anmelden"));
         m_desktop->identity = QStringLiteral("erika");
         QVERIFY(heard::press(heard::find(window, QStringLiteral("Mit Harvellon anmelden"), Button)));
         QTRY_COMPARE(m_desktop->state->accounts().size(), 1);
@@ -176,6 +183,7 @@ class TestWindows : public QObject {
                          });
             return names;
         };
+        QTRY_COMPARE(focus(window), people.at(0).name);
         QTRY_COMPARE(heard::names(window, QAccessible::ListItem).size(), 2);
         QCOMPARE(active(), QStringList(people.at(1).name));
         QVERIFY(heard::press(heard::find(window, people.at(0).name, QAccessible::ListItem)));
@@ -191,6 +199,8 @@ class TestWindows : public QObject {
         const bool before = m_desktop->state->globalHotkeyEnabled();
         QAccessibleInterface* const control =
             heard::find(window, QStringLiteral("F19 oeffnet Harvellon Connect"));
+        QCOMPARE(control->text(QAccessible::Description),
+                 QStringLiteral("Systemweit aktiv, auch wenn die App im Hintergrund ist."));
         QVERIFY(heard::press(control));
         QCOMPARE(m_desktop->state->globalHotkeyEnabled(), !before);
         QVERIFY(heard::press(control));
