@@ -1,7 +1,5 @@
-#include "Desktop/AppVersion.h"
 #include "Desktop/Appearance.h"
 #include "Desktop/ButtonRail.h"
-#include "Desktop/ConnectingTime.h"
 #include "Desktop/PanelContent.h"
 #include "Desktop/PanelKeys.h"
 #include "Desktop/PanelWindow.h"
