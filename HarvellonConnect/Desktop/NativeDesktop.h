@@ -13,6 +13,9 @@ class QWindow;
 /// No Dock icon and no main menu: the program lives in the menu bar. After the application object is made.
 void becomeAccessory();
 
+/// Whether the desktop has a bar that takes status items now. Waits for the bar's answer, briefly.
+[[nodiscard]] bool barIsThere();
+
 /// Brings the program to the front, whatever is there: windows of a program without a Dock icon open behind
 /// others.
 void activateApplication();

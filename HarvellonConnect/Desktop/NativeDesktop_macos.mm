@@ -16,6 +16,10 @@ void becomeAccessory() {
     [NSApp setActivationPolicy:NSApplicationActivationPolicyAccessory];
 }
 
+bool barIsThere() {
+    return true;
+}
+
 void activateApplication() {
     [NSApp activateIgnoringOtherApps:YES];
 }

@@ -11,8 +11,10 @@ class Notifications : public QObject {
     Q_OBJECT
 
   public:
+    using QObject::QObject;
+
     /// `item` shows the messages where the desktop has no service for them; it outlives this.
-    explicit Notifications(QSystemTrayIcon& item, QObject* parent = nullptr);
+    void setItem(QSystemTrayIcon& item);
 
     /// `domain`: the project that the message is about; empty for none.
     void show(const QString& title, const QString& text, const QString& domain = {});
@@ -25,7 +27,7 @@ class Notifications : public QObject {
     friend NotificationService;
     void showAtItem(const QString& title, const QString& text, const QString& domain);
 
-    QSystemTrayIcon& m_item;
+    QSystemTrayIcon* m_item = nullptr;
     QString m_domainAtItem; ///< of the last message there: the item does not tell which one was clicked
     NotificationService* m_service = nullptr; ///< a child, made for the first message
 };

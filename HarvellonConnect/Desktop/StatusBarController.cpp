@@ -21,6 +21,8 @@ namespace {
 constexpr auto warmingDelay = 300ms;
 /// At login a bar may start a little after its items.
 constexpr auto patienceForBar = 1s;
+constexpr auto barInterval = 250ms;
+constexpr std::chrono::milliseconds longestWaitForBar = 5s;
 
 QIcon statusIcon() {
     QIcon icon;
@@ -38,7 +40,6 @@ QScreen* screenAt(const QPoint& point) {
 
 StatusBarController::StatusBarController(QmlViews& views, QString versionText, QObject* parent)
     : QObject(parent), m_views(views), m_versionText(std::move(versionText)) {
-    connect(&m_statusItem, &QSystemTrayIcon::activated, this, &StatusBarController::activated);
     connect(&m_notifications, &Notifications::clicked, this, [this](const QString& domain) {
         if (domain.isEmpty())
             show();
@@ -54,18 +55,38 @@ void StatusBarController::install(AppState& state) {
         return;
     m_state = &state;
     makeMenu();
-    m_statusItem.setIcon(statusIcon());
-    m_statusItem.setToolTip(QStringLiteral("Harvellon Connect"));
-    if (state.host().statusItemHasMenu)
-        m_statusItem.setContextMenu(&m_menu);
-    m_statusItem.show();
     m_isInstalled = true;
+    m_sinceInstall.start();
+    waitForBar();
     QTimer::singleShot(warmingDelay, this, [this] { panel().warm(); });
     QTimer::singleShot(patienceForBar, this, &StatusBarController::showWithoutBar);
 }
 
+/// With the first item the toolkit looks for a bar, and remembers for good that there was none.
+void StatusBarController::waitForBar() {
+    if (barIsThere() || m_sinceInstall.hasExpired(longestWaitForBar.count()))
+        makeStatusItem();
+    else
+        QTimer::singleShot(barInterval, this, &StatusBarController::waitForBar);
+}
+
+void StatusBarController::makeStatusItem() {
+    m_statusItem = std::make_unique<QSystemTrayIcon>();
+    connect(m_statusItem.get(), &QSystemTrayIcon::activated, this, &StatusBarController::activated);
+    m_notifications.setItem(*m_statusItem);
+    m_statusItem->setIcon(statusIcon());
+    m_statusItem->setToolTip(QStringLiteral("Harvellon Connect"));
+    if (m_state->host().statusItemHasMenu)
+        m_statusItem->setContextMenu(&m_menu);
+    m_statusItem->show();
+}
+
+bool StatusBarController::hasBar() const {
+    return m_statusItem && QSystemTrayIcon::isSystemTrayAvailable();
+}
+
 void StatusBarController::showWithoutBar() {
-    if (!QSystemTrayIcon::isSystemTrayAvailable())
+    if (!hasBar())
         show();
 }
 
@@ -85,7 +106,7 @@ PanelWindow& StatusBarController::panel() {
     m_panel->setInitialProperties({{QStringLiteral("state"), QVariant::fromValue(m_state)},
                                    {QStringLiteral("versionText"), m_versionText}});
     m_panel->setSource(QmlViews::address(QStringLiteral("ContentView")));
-    m_panel->setKind(panelKind(QSystemTrayIcon::isSystemTrayAvailable(), QGuiApplication::platformName()));
+    m_panel->setKind(panelKind(hasBar(), QGuiApplication::platformName()));
     if (QQuickItem* const view = m_panel->rootObject()) {
         connect(view, SIGNAL(closeRequested()), this, SLOT(close()));
         connect(view, SIGNAL(settingsRequested()), this, SIGNAL(settingsRequested()));
@@ -109,7 +130,7 @@ void StatusBarController::toggle() {
 void StatusBarController::show() {
     PanelWindow& window = panel();
     if (!window.isVisible()) {
-        window.setKind(panelKind(QSystemTrayIcon::isSystemTrayAvailable(), QGuiApplication::platformName()));
+        window.setKind(panelKind(hasBar(), QGuiApplication::platformName()));
         place();
         QMetaObject::invokeMethod(window.rootObject(), "opened");
     }
@@ -133,7 +154,7 @@ void StatusBarController::place() {
         m_panel->setPosition(room.center() - QRect(QPoint(0, 0), m_panel->size()).center());
         return;
     }
-    const QRect item = m_statusItem.geometry();
+    const QRect item = m_statusItem->geometry();
     const bool told = item.width() > 0 && item.height() > 0;
     const QPoint anchor = told ? item.center() : QCursor::pos();
     const QScreen* const screen = screenAt(anchor);

@@ -2,6 +2,7 @@
 
 #include "Desktop/Notifications.h"
 
+#include <QElapsedTimer>
 #include <QMenu>
 #include <QObject>
 #include <QRect>
@@ -58,14 +59,18 @@ class StatusBarController : public QObject {
     void place();
     void stayInside();
     void showWithoutBar();
+    void waitForBar();
+    void makeStatusItem();
+    [[nodiscard]] bool hasBar() const;
 
     QmlViews& m_views;
     QString m_versionText;
     AppState* m_state = nullptr;
     bool m_isInstalled = false;
     QMenu m_menu;
-    QSystemTrayIcon m_statusItem;
-    Notifications m_notifications{m_statusItem};
+    std::unique_ptr<QSystemTrayIcon> m_statusItem; ///< none while a bar is waited for
+    QElapsedTimer m_sinceInstall;
+    Notifications m_notifications;
     QRect m_frame; ///< where the popover was asked to stand
     std::unique_ptr<PanelWindow> m_panel;
 };
