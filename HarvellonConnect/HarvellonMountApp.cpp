@@ -43,19 +43,17 @@ void HarvellonMountApp::quit() {
 QCoro::Task<> HarvellonMountApp::shutDown() {
     co_await m_state.shutDown();
     m_shutDown = true;
+    Q_EMIT everythingEnded();
     QCoreApplication::quit();
 }
 
 /// Somebody else may end the event loop, a session manager for one: the mounts get their time even then.
 void HarvellonMountApp::finishBeforeLoopEnds() {
-    if (m_shutDown || m_state.sshfsMounter().sessions().isEmpty())
+    if (m_shutDown || m_state.sshfsMounter().isIdle())
         return;
     QEventLoop loop;
     QTimer::singleShot(longestEnd, &loop, &QEventLoop::quit);
-    connect(&m_state, &AppState::connectedDomainsChanged, &loop, [this, &loop] {
-        if (m_state.connectedDomains().isEmpty())
-            loop.quit();
-    });
+    connect(this, &HarvellonMountApp::everythingEnded, &loop, &QEventLoop::quit);
     quit();
     loop.exec();
 }

@@ -29,6 +29,9 @@ class HarvellonMountApp : public QObject {
     /// Shows the panel, for a program that was started again.
     void showPanel() { m_statusBar.show(); }
 
+  Q_SIGNALS:
+    void everythingEnded();
+
   private:
     QCoro::Task<> shutDown();
     void finishBeforeLoopEnds();

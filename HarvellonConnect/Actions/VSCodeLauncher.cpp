@@ -1,11 +1,12 @@
 #include "Actions/VSCodeLauncher.h"
 
+#include "System/WholeFile.h"
+
 #include <QDir>
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QSaveFile>
 
 namespace {
 const QString never = QStringLiteral("never");
@@ -71,11 +72,7 @@ std::optional<QString> VSCodeLauncher::writeWorkspace(const QString& domain, con
         return std::nullopt;
     const QString path =
         workspaces + QLatin1Char('/') + sanitizedFileName(domain) + QStringLiteral(".code-workspace");
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
-        return std::nullopt;
-    file.write(workspaceFor(folder));
-    return file.commit() ? std::optional(path) : std::nullopt;
+    return writeWholeFile(path, workspaceFor(folder)) ? std::optional(path) : std::nullopt;
 }
 
 QCoro::Task<std::optional<QString>> VSCodeLauncher::locateCodeCommand() {

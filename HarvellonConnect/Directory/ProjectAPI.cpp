@@ -9,6 +9,8 @@
 #include <QStringDecoder>
 #include <QUrl>
 
+#include <algorithm>
+
 namespace {
 constexpr std::chrono::seconds timeLimit{15};
 constexpr qint64 largestAnswer = 16 * 1024 * 1024; // 10,000 projects take about 2 MB
@@ -18,8 +20,15 @@ constexpr qsizetype loggedCharacters = 200;
 QString beginning(const QByteArray& bytes) {
     constexpr qsizetype longestCharacter = 4;     // bytes
     QStringDecoder decoder(QStringDecoder::Utf8); // with a state: the last character may be cut in two
-    const QString text = decoder.decode(bytes.left(loggedCharacters * longestCharacter));
-    return decoder.hasError() ? QString() : text.left(loggedCharacters);
+    QString text = decoder.decode(bytes.left(loggedCharacters * longestCharacter));
+    if (decoder.hasError())
+        return {};
+    text.truncate(loggedCharacters);
+    // A terminal would obey its control characters, and a line break would forge a line of our own.
+    std::replace_if(
+        text.begin(), text.end(), [](QChar character) { return !character.isPrint(); },
+        QChar(QChar::ReplacementCharacter));
+    return text;
 }
 } // namespace
 

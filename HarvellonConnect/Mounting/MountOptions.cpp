@@ -3,6 +3,8 @@
 #include <algorithm>
 
 namespace {
+constexpr qsizetype longestName = 200; // beyond a few thousand characters the kernel refuses the mount
+
 /// A path as ssh reads it from one of its options: blanks separate there, and a percent sign begins a token.
 QString sshPath(const QString& path) {
     QString text = path;
@@ -36,7 +38,8 @@ QString mountOptions(const HostSystem& host, const Project& project) {
     QStringList options{QStringLiteral("reconnect"), QStringLiteral("ServerAliveInterval=15"),
                         QStringLiteral("ServerAliveCountMax=3")};
     options += host.platformMountOptions;
-    options += host.volumeNameOption + QStringLiteral("=HV ") + optionValue(withoutControls(project.title()));
+    options += host.volumeNameOption + QStringLiteral("=HV ") +
+               optionValue(withoutControls(project.title().left(longestName)));
     options += QStringLiteral("StrictHostKeyChecking=accept-new");
     options += QStringLiteral("UserKnownHostsFile=") + optionValue(sshPath(host.knownHostsFile()));
     return options.join(QLatin1Char(','));

@@ -159,7 +159,7 @@ QCoro::Task<bool> SSHFSMounter::takeDown(MountSession session, Patience patience
     if (outcome.inUse && patience.sparesOpenFiles) {
         const QFuture<void> processEnd = session.process->end();
         const bool ended = co_await Async::finishesWithin(processEnd, patience.grace);
-        spared = !ended && guard;
+        spared = !ended && guard && m_closing == 0;
     }
     if (spared)
         spare(session.process); // ending it now would cut off what is being written
@@ -180,26 +180,23 @@ void SSHFSMounter::spare(const std::shared_ptr<SSHFSProcess>& process) {
         Qt::QueuedConnection);
 }
 
-QCoro::Task<QStringList> SSHFSMounter::clearLeftBehind() {
+QStringList SSHFSMounter::leftBehind() const {
+    QStringList domains = mountedBelow(m_host.mountRoot());
+    domains.removeIf([this](const QString& domain) {
+        return m_attempts.contains(domain) || m_sessions.contains(domain) || m_endings.contains(domain);
+    });
+    return domains;
+}
+
+QCoro::Task<bool> SSHFSMounter::clearLeftBehind(QString domain) {
     HostSystem gentle = m_host;
     gentle.unmountCommands.removeOne(m_host.forcedUnmount);
     Shell& shell = m_shell;
-    const QPointer<SSHFSMounter> guard(this);
-    const QString root = m_host.mountRoot();
-    const QStringList left = mountedBelow(root);
-    QStringList cleared;
-    for (const QString& domain : left) {
-        if (!guard || m_attempts.contains(domain) || m_sessions.contains(domain) ||
-            m_endings.contains(domain))
-            continue;
-        const Ending ending(this, domain); // who connects meanwhile waits
-        const QString mountPoint = root + QLatin1Char('/') + domain;
-        const UnmountOutcome outcome =
-            co_await unmountByCommands(gentle, shell, mountPoint, usualPatience.command);
-        if (!outcome.complaint)
-            cleared.append(domain);
-    }
-    co_return cleared;
+    const Ending ending(this, domain); // who connects meanwhile waits
+    const QString mountPoint = m_host.mountRoot() + QLatin1Char('/') + domain;
+    const UnmountOutcome outcome =
+        co_await unmountByCommands(gentle, shell, mountPoint, usualPatience.command);
+    co_return !outcome.complaint;
 }
 
 QCoro::Task<> SSHFSMounter::unmountAll() {

@@ -57,6 +57,11 @@ class SSHFSMounter : public QObject {
     /// Where `domain` is mounted; asks the table of sessions, not the file system.
     [[nodiscard]] std::optional<QString> mountPoint(const QString& domain) const;
 
+    /// Whether nothing is mounted, under way or in use.
+    [[nodiscard]] bool isIdle() const {
+        return m_sessions.isEmpty() && m_attempts.isEmpty() && m_endings.isEmpty() && m_spared.isEmpty();
+    }
+
     /// Whether a mount of `domain` is under way.
     [[nodiscard]] bool isMounting(const QString& domain) const { return m_attempts.contains(domain); }
 
@@ -74,9 +79,11 @@ class SSHFSMounter : public QObject {
     /// command failed; the session is gone even then.
     QCoro::Task<bool> unmount(QString domain);
 
-    /// Takes down, gently, what a program that was killed has left mounted; a mount that somebody works in is
-    /// left alone. Yields the domains that are free again. For the start of the program. Never throws.
-    QCoro::Task<QStringList> clearLeftBehind();
+    /// The domains that a program which was killed has left mounted.
+    [[nodiscard]] QStringList leftBehind() const;
+    /// Takes such a mount down, gently: one that somebody works in stays. Yields whether it is gone. Never
+    /// throws.
+    QCoro::Task<bool> clearLeftBehind(QString domain);
 
     /// Ends every mount, those under way and those still in use included, all at once. Never throws; done
     /// within five seconds even where servers are silent.

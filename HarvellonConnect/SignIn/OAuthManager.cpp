@@ -66,6 +66,7 @@ OAuthManager::OAuthManager(const ServerAddress& server, QNetworkAccessManager& n
 QCoro::Task<AuthResult> OAuthManager::startLogin() {
     if (m_isAuthenticating)
         throw OAuthError(OAuthError::Case::alreadyAuthenticating);
+    m_cancelled = false;
     setAuthenticating(true);
     setAuthError(std::nullopt);
     try {
@@ -129,6 +130,7 @@ QCoro::Task<AuthResult> OAuthManager::login() {
 }
 
 void OAuthManager::cancelLogin() {
+    m_cancelled = true;
     Q_EMIT loginCancelled();
 }
 
@@ -148,6 +150,8 @@ QCoro::Task<AuthResult> OAuthManager::exchangeCode(QString code, QString redirec
         throw OAuthError(OAuthError::Case::tokenExchangeFailed, QStringLiteral("HTTP %1").arg(answer.status));
     }
     const TokenResponse tokens = TokenResponse::parse(answer.body);
+    if (m_cancelled) // while the server was asked
+        throw OAuthError(OAuthError::Case::listenerFailed, QStringLiteral("Listener abgebrochen."));
     use(tokens.accessToken, tokens.refreshToken, std::nullopt);
     const IdentityClaims claims = IdentityClaims::read(tokens.idToken.value_or(QString()));
     qCInfo(lcOAuth).noquote().nospace()
@@ -163,6 +167,10 @@ QCoro::Task<HttpAnswer> OAuthManager::post(QUrl url, QByteArray form) {
 }
 
 QCoro::Task<> OAuthManager::renewTokens(QString refusedToken) {
+    while (m_renewal && m_renewingAccountID != m_activeAccountID) {
+        QFuture<std::exception_ptr> another = *m_renewal;
+        co_await another; // how that went is not the business of this account
+    }
     if (m_accessToken && *m_accessToken != refusedToken)
         co_return;
     std::exception_ptr failure;
@@ -170,6 +178,7 @@ QCoro::Task<> OAuthManager::renewTokens(QString refusedToken) {
         QFuture<std::exception_ptr> running = *m_renewal;
         failure = co_await running;
     } else {
+        m_renewingAccountID = m_activeAccountID;
         QPromise<std::exception_ptr> promise;
         promise.start();
         m_renewal = promise.future();

@@ -123,5 +123,7 @@ class OAuthManager : public QObject {
     std::optional<QString> m_accessToken;
     std::optional<QString> m_refreshToken;
     std::optional<QString> m_activeAccountID;
+    bool m_cancelled = false;                             ///< the login that runs
     std::optional<QFuture<std::exception_ptr>> m_renewal; ///< while one runs
+    std::optional<QString> m_renewingAccountID;           ///< whose it is
 };

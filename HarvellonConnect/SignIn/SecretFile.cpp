@@ -1,13 +1,13 @@
 #include "SignIn/SecretFile.h"
 
 #include "System/Logging.h"
+#include "System/WholeFile.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QSaveFile>
 
 namespace {
 constexpr QFile::Permissions ownerOnly = QFile::ReadOwner | QFile::WriteOwner;
@@ -26,11 +26,7 @@ bool write(const QString& path, const QJsonObject& items) {
     const QString folder = QFileInfo(path).path();
     if (!QDir().mkpath(folder))
         return false;
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || !file.setPermissions(ownerOnly))
-        return false;
-    file.write(QJsonDocument(items).toJson());
-    return file.commit();
+    return writeWholeFile(path, QJsonDocument(items).toJson(), ownerOnly);
 }
 
 QString nameOf(const QString& service, const QString& account) {

@@ -3,6 +3,7 @@
 #include "Mounting/LegacyKey.h"
 #include "System/Async.h"
 
+#include <QPointer>
 #include <QUrl>
 
 namespace {
@@ -46,13 +47,26 @@ AppState::~AppState() = default;
 QCoro::Task<> AppState::startUp() {
     // The icon comes first: loading what speaks TLS takes as long as showing it.
     co_await Async::sleep(std::chrono::milliseconds(50));
-    const QStringList cleared = co_await m_sshfsMounter.clearLeftBehind();
-    for (const QString& domain : cleared)
-        log(QStringLiteral("Übrig gebliebenen Mount von %1 getrennt.").arg(domain), ActivityLogLevel::info);
+    for (const QString& domain : m_sshfsMounter.leftBehind())
+        clearLeftBehind(domain);
     co_await dropDuplicates();
     if (m_accounts.isEmpty())
         co_await migrateLegacyLoginIfNeeded();
     co_await refresh();
+}
+
+QCoro::Task<> AppState::clearLeftBehind(QString domain) {
+    const QPointer<AppState> guard(this);
+    const bool cleared = co_await m_sshfsMounter.clearLeftBehind(domain);
+    if (!guard)
+        co_return;
+    if (cleared)
+        log(QStringLiteral("Übrig gebliebenen Mount von %1 getrennt.").arg(domain), ActivityLogLevel::info);
+    else
+        log(QStringLiteral(
+                "Ein Mount von %1 ist übrig geblieben und wird noch benutzt. Verbinden ersetzt ihn.")
+                .arg(domain),
+            ActivityLogLevel::warning);
 }
 
 void AppState::log(const QString& message, ActivityLogLevel level) {
@@ -107,6 +121,7 @@ void AppState::mountEnded(const QString& domain, qint32 exitCode) {
 }
 
 QCoro::Task<> AppState::shutDown() {
+    m_preferences.retry();
     co_await m_sshfsMounter.unmountAll();
     publishSessions();
 }

@@ -146,6 +146,9 @@ class AppState : public QObject {
 
     /// Appends one line to the activity log.
     void log(const QString& message, ActivityLogLevel level);
+    QCoro::Task<> clearLeftBehind(QString domain);
+    /// Stores the tokens of a sign-in, then the account.
+    QCoro::Task<> keepAccount(QString accessToken, std::optional<QString> refreshToken, QString accountID);
     /// Keeps a preference, and says where that fails.
     void remember(const QString& key, const QVariant& value);
     /// What is no failure, but must not be overlooked.

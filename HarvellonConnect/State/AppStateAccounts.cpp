@@ -98,16 +98,23 @@ QCoro::Task<> AppState::activate(AuthResult result) {
 
     const QString accessToken = result.accessToken;
     const std::optional<QString> refreshToken = result.refreshToken;
-    co_await m_oauth.saveTokens(accessToken, refreshToken, id);
     setAccounts(withAccount(m_accounts, {id, result.email, displayName}), id);
-    co_await dropDuplicates();
-    saveAccountsRegistry();
+    // A keyring may wait for its password: the session goes on meanwhile.
+    QCoro::Task<> keeping = keepAccount(accessToken, refreshToken, id);
     if (known)
         log(QStringLiteral("Account bereits vorhanden – wird aktiviert: %1.").arg(displayName),
             ActivityLogLevel::info);
     else
         log(QStringLiteral("Account hinzugefuegt: %1.").arg(displayName), ActivityLogLevel::success);
     co_await refresh();
+    co_await keeping;
+}
+
+QCoro::Task<> AppState::keepAccount(QString accessToken, std::optional<QString> refreshToken,
+                                    QString accountID) {
+    co_await m_oauth.saveTokens(accessToken, refreshToken, accountID);
+    co_await dropDuplicates();
+    saveAccountsRegistry();
 }
 
 void AppState::startCancelLogin() {

@@ -4,6 +4,7 @@
 #include "Actions/SearchDomain.h"
 #include "Actions/SiteAddresses.h"
 #include "Actions/TerminalProgram.h"
+#include "Mounting/MountPoint.h"
 #include "System/Async.h"
 #include "System/Http.h"
 
@@ -11,6 +12,10 @@
 #include <QUrl>
 
 using namespace std::chrono_literals;
+
+namespace {
+constexpr auto longestReading = 30s; // of a configuration from a host that may fall silent
+}
 
 /// Hands an address or a folder to the user's own program. Where nothing opens, that is plain to see.
 void AppState::openAddress(const QString& address) {
@@ -157,10 +162,15 @@ void AppState::startOpenDatabase(const QString& domain) {
 
 QCoro::Task<> AppState::openDatabase(Project project) {
     log(QStringLiteral("Lese DB-Konfiguration von %1...").arg(project.domain), ActivityLogLevel::info);
+    if (!isPlainDomain(project.domain)) {
+        log(QStringLiteral("SSH-Verbindung fehlgeschlagen: Die Domain ist nicht zulässig."),
+            ActivityLogLevel::error);
+        co_return;
+    }
     const QStringList arguments = configurationArguments(project);
     ShellResult result;
     try {
-        result = co_await m_shell.run(m_host.ssh, arguments);
+        result = co_await m_shell.run(m_host.ssh, arguments, longestReading);
     } catch (const ShellError& error) {
         log(QStringLiteral("SSH-Verbindung fehlgeschlagen: ") + error.description(), ActivityLogLevel::error);
         co_return;

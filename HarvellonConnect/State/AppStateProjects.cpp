@@ -19,6 +19,7 @@ void AppState::startRefresh() {
 }
 
 QCoro::Task<> AppState::refresh() {
+    m_preferences.retry();
     setLastError(std::nullopt);
     setLoading(+1);
     setConnectionStatus(ConnectionStatus::Case::checking);

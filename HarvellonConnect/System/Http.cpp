@@ -1,10 +1,15 @@
 #include "System/Http.h"
 
 #include <QCoroNetworkReply>
+#include <QElapsedTimer>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QScopedPointer>
 #include <QTimer>
+
+namespace {
+constexpr std::chrono::milliseconds afterSleep{2000};
+}
 
 QCoro::Task<HttpAnswer> Http::exchange(QNetworkAccessManager& network, QNetworkRequest request,
                                        QByteArray method, QByteArray body, std::chrono::milliseconds limit,
@@ -20,10 +25,21 @@ QCoro::Task<HttpAnswer> Http::exchange(QNetworkAccessManager& network, QNetworkR
     bool late = false;
     bool tooLarge = false;
     // A time-out of the request itself counts silence only; an answer in drips would go on for ever.
-    QTimer::singleShot(limit, Qt::PreciseTimer, reply.get(), [&late, reply = reply.get()] {
+    QElapsedTimer sinceAsked;
+    sinceAsked.start();
+    const auto giveUp = [&late, reply = reply.get()] {
         late = true;
         reply->abort();
-    });
+    };
+    QTimer::singleShot(limit, Qt::PreciseTimer, reply.get(),
+                       [limit, giveUp, sinceAsked, reply = reply.get()] {
+                           // Who has slept finds the time over before the answer that came meanwhile: it gets
+                           // its chance.
+                           if (sinceAsked.hasExpired((limit + afterSleep).count()))
+                               QTimer::singleShot(afterSleep, reply, giveUp);
+                           else
+                               giveUp();
+                       });
     QObject::connect(reply.get(), &QNetworkReply::readyRead, reply.get(),
                      [&tooLarge, largestBody, reply = reply.get()] {
                          if (reply->bytesAvailable() <= largestBody)

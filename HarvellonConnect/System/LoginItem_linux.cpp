@@ -1,10 +1,11 @@
 #include "System/LoginItem.h"
 
+#include "System/WholeFile.h"
+
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QSaveFile>
 
 namespace {
 /// A program's path inside of Exec=, where blanks part arguments, and quotes and percent signs mean
@@ -31,16 +32,12 @@ bool LoginItem::setEnabled(bool enabled) {
         return !QFileInfo::exists(m_autostartFile) || QFile::remove(m_autostartFile);
     if (!QDir().mkpath(QFileInfo(m_autostartFile).path()))
         return false;
-    QSaveFile file(m_autostartFile);
-    if (!file.open(QIODevice::WriteOnly))
-        return false;
-    file.write(QStringLiteral("[Desktop Entry]\n"
-                              "Type=Application\n"
-                              "Name=Harvellon Connect\n"
-                              "Exec=%1\n"
-                              "Icon=com.harvellon.HarvellonConnect\n"
-                              "X-GNOME-Autostart-enabled=true\n")
-                   .arg(execValue(QCoreApplication::applicationFilePath()))
-                   .toUtf8());
-    return file.commit();
+    const QString entry = QStringLiteral("[Desktop Entry]\n"
+                                         "Type=Application\n"
+                                         "Name=Harvellon Connect\n"
+                                         "Exec=%1\n"
+                                         "Icon=com.harvellon.HarvellonConnect\n"
+                                         "X-GNOME-Autostart-enabled=true\n");
+    return writeWholeFile(m_autostartFile,
+                          entry.arg(execValue(QCoreApplication::applicationFilePath())).toUtf8());
 }

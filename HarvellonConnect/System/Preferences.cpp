@@ -55,6 +55,11 @@ QString Preferences::file() const {
     return m_settings->fileName();
 }
 
+void Preferences::retry() {
+    if (m_settings->status() != QSettings::NoError)
+        write();
+}
+
 bool Preferences::write() {
     // A failure sticks to the object. Another one for the same file shares what is not yet saved.
     if (m_settings->status() != QSettings::NoError)

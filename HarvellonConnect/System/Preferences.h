@@ -22,6 +22,9 @@ class Preferences {
     bool set(const QString& key, const QVariant& value);
     bool remove(const QString& key);
 
+    /// Tries again to store what could not be stored.
+    void retry();
+
     /// Where the values are kept.
     [[nodiscard]] QString file() const;
 

@@ -290,4 +290,5 @@ int main(int argc, char* argv[]) {
     TestChaos test;
     return QTest::qExec(&test, argc, argv);
 }
+
 #include "tst_chaos.moc"

@@ -6,6 +6,8 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <csignal>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 namespace {
@@ -148,6 +150,20 @@ class TestKeychain : public QObject {
         QVERIFY(store.save("drei", service, item));
         QCOMPARE(KeychainStore(hostIn(m_folder->path(), false)).load(service, item), std::nullopt);
         QCOMPARE(store.load(service, item), std::optional(QByteArray("drei")));
+    }
+
+    void fullDiskKeepsWhatIsThere() {
+        KeychainStore store(hostIn(m_folder->path(), false));
+        QVERIFY(store.save("eins", service, item));
+        rlimit before{};
+        ::getrlimit(RLIMIT_FSIZE, &before);
+        ::signal(SIGXFSZ, SIG_IGN);
+        const rlimit full{16, before.rlim_max}; // bytes: writing more fails as on a full disk
+        ::setrlimit(RLIMIT_FSIZE, &full);
+        const bool saved = store.save("zwei", service, item);
+        ::setrlimit(RLIMIT_FSIZE, &before);
+        QVERIFY(!saved);
+        QCOMPARE(store.load(service, item), std::optional(QByteArray("eins")));
     }
 
     void fileIsForTheUserAloneAndNeverHalf() {
