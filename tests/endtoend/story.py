@@ -61,7 +61,7 @@ try:
     connect()
     app.finish(lambda: app.press("Beenden"))
     assert not mounted(point)
-    assert not subprocess.run(["pgrep", "-f", "sshfs.*" + DOMAIN], capture_output=True).stdout
+    assert not subprocess.run(["pgrep", "-f", "sshfs.*" + point], capture_output=True).stdout
 
     app = Program(PROGRAM, environment, log)
     app.open_panel()
