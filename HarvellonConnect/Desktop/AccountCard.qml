@@ -82,7 +82,7 @@ Card {
 
             onClicked: card.state.startCancelLogin()
             onVisibleChanged: if (visible) {
-                forceActiveFocus(Qt.TabFocusReason);
+                forceActiveFocus(Qt.OtherFocusReason);
             }
         }
     }

@@ -15,8 +15,14 @@ T.Button {
     implicitWidth: contentItem.implicitWidth + 16
     opacity: enabled ? 1 : 0.38
 
-    Keys.onEnterPressed: clicked()
-    Keys.onReturnPressed: clicked()
+    Keys.onEnterPressed: event => {
+        if (!event.isAutoRepeat)
+            clicked();
+    }
+    Keys.onReturnPressed: event => {
+        if (!event.isAutoRepeat)
+            clicked();
+    }
 
     background: Item {
         Rectangle {

@@ -15,7 +15,7 @@ FocusScope {
     signal closeRequested
 
     function opened() {
-        nextItemInFocusChain()?.forceActiveFocus(Qt.TabFocusReason);
+        nextItemInFocusChain()?.forceActiveFocus(Qt.OtherFocusReason);
     }
 
     Accessible.name: "Einstellungen"

@@ -24,8 +24,14 @@ T.Button {
     implicitWidth: contentItem.implicitWidth + leftPadding + rightPadding
     opacity: enabled ? 1 : 0.38
 
-    Keys.onEnterPressed: clicked()
-    Keys.onReturnPressed: clicked()
+    Keys.onEnterPressed: event => {
+        if (!event.isAutoRepeat)
+            clicked();
+    }
+    Keys.onReturnPressed: event => {
+        if (!event.isAutoRepeat)
+            clicked();
+    }
 
     background: Rectangle {
         border.color: button.primary ? Theme.primaryBg : button.hovered ? Qt.alpha(button.glow, 0.40) : Theme.outline
