@@ -6,6 +6,10 @@
 
 namespace sandbox {
 
+namespace {
+constexpr qsizetype keptRequests = 200; // the sandbox runs all day, too
+}
+
 Fault Fault::fromJson(const QJsonObject& object) {
     Fault fault;
     for (auto member = object.begin(); member != object.end(); ++member) {
@@ -47,6 +51,8 @@ Fault Faults::of(Endpoint endpoint) const {
 void Faults::record(const RecordedRequest& request) {
     const std::lock_guard lock(m_mutex);
     m_requests.append(request);
+    if (m_requests.size() > keptRequests)
+        m_requests.removeFirst();
 }
 
 QList<RecordedRequest> Faults::requests(const QByteArray& path) const {

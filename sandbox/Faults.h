@@ -46,7 +46,7 @@ class Faults {
     [[nodiscard]] Fault of(Endpoint endpoint) const;
 
     void record(const RecordedRequest& request);
-    /// In the order of arrival; all of them for an empty path.
+    /// The newest 200 in the order of arrival; all of them for an empty path.
     [[nodiscard]] QList<RecordedRequest> requests(const QByteArray& path) const;
 
   private:
