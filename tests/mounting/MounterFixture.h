@@ -131,6 +131,7 @@ class MounterFixture : public QObject {
     }
 
     void cleanupTestCase() {
+        QTest::qWait(200); // the last commands have ended, and their objects go with the next events
         m_platform.reset();
         qputenv("PATH", m_searchPath);
     }
