@@ -159,7 +159,7 @@ QCoro::Task<bool> SSHFSMounter::takeDown(MountSession session, Patience patience
     if (outcome.inUse && patience.sparesOpenFiles) {
         const QFuture<void> processEnd = session.process->end();
         const bool ended = co_await Async::finishesWithin(processEnd, patience.grace);
-        spared = !ended && guard && m_closing == 0;
+        spared = !ended && session.process->isRunning() && guard && m_closing == 0;
     }
     if (spared)
         spare(session.process); // ending it now would cut off what is being written

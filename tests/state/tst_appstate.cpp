@@ -234,8 +234,13 @@ class TestAppState : public StateFixture {
         QFile inUse(root + project(1).domain + QStringLiteral("/public/index.php"));
         QVERIFY(inUse.open(QIODevice::ReadOnly));
         start(); // the state that had them is gone, and nobody has told it to end
-        QVERIFY(messages().contains(
+        QTRY_VERIFY(messages().contains(
             QStringLiteral("Übrig gebliebenen Mount von %1 getrennt.").arg(project(0).domain)));
+        QTRY_COMPARE(
+            messages()
+                .filter(QStringLiteral("Ein Mount von %1 ist übrig geblieben").arg(project(1).domain))
+                .size(),
+            1);
         QVERIFY(!MountTable::lists(root + project(0).domain));
         QVERIFY(MountTable::lists(root + project(1).domain));
         await(m_state->connectProject(project(1)));
