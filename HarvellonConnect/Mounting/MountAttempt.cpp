@@ -11,11 +11,25 @@
 
 #include <QDeadlineTimer>
 
+#include <algorithm>
+
 namespace {
 constexpr std::chrono::seconds mountLimit{15};
 constexpr std::chrono::milliseconds pollingStep{150};
 constexpr std::chrono::milliseconds tableStep{20}; // a look at the mount table costs next to nothing
 constexpr std::chrono::seconds staleLimit{2};
+// A beginning ssh takes some 80 ms of a processor; twenty at once keep the panel waiting for as long.
+constexpr std::chrono::milliseconds startStep{50};
+
+using Clock = std::chrono::steady_clock;
+
+/// When the caller may start its sshfs.
+Clock::time_point turnToStart() {
+    static Clock::time_point next;
+    const Clock::time_point turn = std::max(Clock::now(), next);
+    next = turn + startStep;
+    return turn;
+}
 } // namespace
 
 MountAttempt::MountAttempt(HostSystem host, Shell& shell, Project project)
@@ -48,6 +62,11 @@ QCoro::Task<std::shared_ptr<SSHFSProcess>> MountAttempt::run(std::shared_ptr<Mou
 
 QCoro::Task<> MountAttempt::start(std::shared_ptr<MountAttempt> attempt) {
     attempt->failWhenGivenUp();
+    for (const Clock::time_point turn = turnToStart(); Clock::now() < turn;) {
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(turn - Clock::now());
+        co_await Async::sleep(std::min(left, startStep)); // who gives up is not kept waiting
+        attempt->failWhenGivenUp();
+    }
     const std::optional<QString> sshfs = sshfsPath(attempt->m_host);
     if (!sshfs)
         throw MounterError(MounterError::Case::sshfsNotFound);

@@ -68,9 +68,9 @@ class SSHFSMounter : public QObject {
     /// Called when an sshfs ended that `unmount` did not take down, after its session is gone.
     std::function<void(QString domain, qint32 exitCode)> onUnexpectedTermination;
 
-    /// Mounts the project's tree at <mount root>/<domain>. Takes at most 15 seconds plus the clean-up. A
-    /// domain that is mounted yields its session; one that is being mounted is refused. Throws MounterError;
-    /// of what was begun nothing is left then.
+    /// Mounts the project's tree at <mount root>/<domain>. Takes at most 15 seconds plus the clean-up; of
+    /// many at once each begins a moment after the one before. A domain that is mounted yields its session;
+    /// one that is being mounted is refused. Throws MounterError; of what was begun nothing is left then.
     QCoro::Task<MountSession> mount(Project project);
 
     /// Takes the mount of `domain` down: gently first, and in any case. A mount under way is given up.

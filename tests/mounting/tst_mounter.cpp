@@ -286,6 +286,19 @@ class TestMounter : public MounterFixture {
         verifyNothingLeft();
     }
 
+    void ofManyAtOnceTheLastCanStillBeGivenUp() {
+        std::vector<QCoro::Task<MountSession>> mounting;
+        for (int i = 0; i < 12; ++i)
+            mounting.push_back(m_mounter->mount(project(i)));
+        QCOMPARE(unmountFailure(hosted(11).domain), QStringLiteral("none"));
+        QVERIFY_THROWS_EXCEPTION(MounterError, await(std::move(mounting.back())));
+        QVERIFY(!QFileInfo::exists(mountPoint(11))); // its turn had not come
+        mounting.pop_back();
+        for (auto& task : mounting)
+            await(std::move(task));
+        QCOMPARE(m_mounter->sessions().size(), 11);
+    }
+
     void hangingCommandDoesNotHoldUpTheEnd() {
         for (int i = 0; i < 2; ++i)
             QCOMPARE(mountFailure(project(i)), QStringLiteral("none"));
