@@ -10,6 +10,8 @@
 
 #include <cstdint>
 
+using namespace Qt::StringLiterals;
+
 /// One function for each parser, by the name of its corpus.
 namespace parsers {
 void callback_request(const QByteArray& input) {
@@ -49,7 +51,7 @@ void session_file(const QByteArray& input) {
 }
 
 void update_feed(const QByteArray& input) {
-    static_cast<void>(newerRelease(input, QStringLiteral("1.0.0")));
+    static_cast<void>(newerRelease(input, u"1.0.0"_s));
 }
 } // namespace parsers
 

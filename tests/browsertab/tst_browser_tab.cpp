@@ -8,6 +8,8 @@
 
 #include <unistd.h>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 constexpr qint32 firstWindow = 100;
 constexpr qint32 secondWindow = 200;
@@ -50,19 +52,18 @@ QByteArray header(qint32 version = 3) {
 
 /// Two windows: in the first the tabs a and b, in the second c, which was used last.
 QByteArray session() {
-    return header() + tabOf(firstWindow, 1, 0) + page(1, 0, "https://a.example/", QStringLiteral("Ä")) +
-           tabOf(firstWindow, 2, 1) + page(2, 0, "https://b.example/", QStringLiteral("B")) +
-           tabOf(secondWindow, 3, 0) + page(3, 0, "https://c.example/", QStringLiteral("C")) +
-           command(8, firstWindow, 1) + command(8, secondWindow, 0) + command(20, number(secondWindow));
+    return header() + tabOf(firstWindow, 1, 0) + page(1, 0, "https://a.example/", u"Ä"_s) +
+           tabOf(firstWindow, 2, 1) + page(2, 0, "https://b.example/", u"B"_s) + tabOf(secondWindow, 3, 0) +
+           page(3, 0, "https://c.example/", u"C"_s) + command(8, firstWindow, 1) +
+           command(8, secondWindow, 0) + command(20, number(secondWindow));
 }
 
 /// "address title*", the star for the window used last.
 QString told(const QList<SavedWindow>& windows) {
     QStringList texts;
     for (const SavedWindow& window : windows)
-        texts.append(window.address + QLatin1Char(' ') + window.title +
-                     (window.isLastActive ? QStringLiteral("*") : QString()));
-    return texts.join(QStringLiteral(", "));
+        texts.append(window.address + u' ' + window.title + (window.isLastActive ? u"*"_s : QString()));
+    return texts.join(u", "_s);
 }
 
 SavedWindow saved(const char* title, const char* address, bool lastActive = false) {
@@ -82,39 +83,36 @@ class TestBrowserTab : public QObject {
     void sessionFiles_data() {
         QTest::addColumn<QByteArray>("file");
         QTest::addColumn<QString>("windows");
-        const QString both = QStringLiteral("https://b.example/ B, https://c.example/ C*");
+        const QString both = u"https://b.example/ B, https://c.example/ C*"_s;
         QTest::newRow("two windows") << session() << both;
         QTest::newRow("torn tail") << session() + page(3, 1, "https://d.example/", {}).chopped(5) << both;
         QTest::newRow("half a length") << session() + QByteArray(1, '\7') << both;
         QTest::newRow("unknown commands")
             << session() + command(99, number(1)) + command(19, QByteArray(3, 'x')) << both;
         QTest::newRow("other tab") << session() + command(8, firstWindow, 0)
-                                   << "https://a.example/ Ä, https://c.example/ C*";
-        QTest::newRow("next page") << session() + page(3, 1, "https://d.example/", QStringLiteral("D")) +
-                                          command(7, 3, 1)
-                                   << "https://b.example/ B, https://d.example/ D*";
-        QTest::newRow("title later") << session() + page(3, 0, "https://c.example/", QStringLiteral("Neu"))
-                                     << "https://b.example/ B, https://c.example/ Neu*";
+                                   << u"https://a.example/ Ä, https://c.example/ C*"_s;
+        QTest::newRow("next page") << session() + page(3, 1, "https://d.example/", u"D"_s) + command(7, 3, 1)
+                                   << u"https://b.example/ B, https://d.example/ D*"_s;
+        QTest::newRow("title later") << session() + page(3, 0, "https://c.example/", u"Neu"_s)
+                                     << u"https://b.example/ B, https://c.example/ Neu*"_s;
         QTest::newRow("history cut before")
-            << session() + page(3, 1, "https://d.example/", QStringLiteral("D")) + command(7, 3, 1) +
-                   command(11, 3, 1)
-            << "https://b.example/ B, https://d.example/ D*";
+            << session() + page(3, 1, "https://d.example/", u"D"_s) + command(7, 3, 1) + command(11, 3, 1)
+            << u"https://b.example/ B, https://d.example/ D*"_s;
         QTest::newRow("history cut inside")
-            << session() + page(3, 1, "https://x.example/", {}) +
-                   page(3, 2, "https://d.example/", QStringLiteral("D")) + command(7, 3, 2) +
-                   command(24, number(3) + number(1) + number(1))
-            << "https://b.example/ B, https://d.example/ D*";
+            << session() + page(3, 1, "https://x.example/", {}) + page(3, 2, "https://d.example/", u"D"_s) +
+                   command(7, 3, 2) + command(24, number(3) + number(1) + number(1))
+            << u"https://b.example/ B, https://d.example/ D*"_s;
         QTest::newRow("tab closed") << session() + command(16, number(1) + QByteArray(12, '\0')) +
                                            command(8, firstWindow, 0)
                                     << both;
-        QTest::newRow("window closed")
-            << session() + command(17, number(secondWindow) + QByteArray(12, '\0')) << "https://b.example/ B";
+        QTest::newRow("window closed") << session() + command(17, number(secondWindow) + QByteArray(12, '\0'))
+                                       << u"https://b.example/ B"_s;
         QTest::newRow("window without a page") << session() + tabOf(300, 9, 0) + command(8, 300, 0) << both;
         QTest::newRow("length that lies")
             << session() + command(6, number(0) + number(3) + number(0) + number(0x7fffffff)) +
                    command(6, number(0) + number(3) + number(0) + number(-1))
             << both;
-        QTest::newRow("empty") << header(1) << "";
+        QTest::newRow("empty") << header(1) << u""_s;
         QTest::newRow("encrypted") << "SNSS" + number(4) << QString();
         QTest::newRow("something else") << QByteArray("SQLite format 3") << QString();
         QTest::newRow("nothing") << QByteArray() << QString();
@@ -139,24 +137,24 @@ class TestBrowserTab : public QObject {
         const ScreenWindow shownB = onScreen("B - Chromium");
         using Saved = QList<SavedWindow>;
         using Screen = QList<ScreenWindow>;
-        QTest::newRow("no screen: used last") << Saved{a, b} << Screen() << "https://b" << true;
+        QTest::newRow("no screen: used last") << Saved{a, b} << Screen() << u"https://b"_s << true;
         QTest::newRow("topmost, not used last")
-            << Saved{a, b} << Screen{shownA, shownB} << "https://a" << true;
+            << Saved{a, b} << Screen{shownA, shownB} << u"https://a"_s << true;
         QTest::newRow("web app above")
-            << Saved{a, b} << Screen{onScreen("B - Chromium", 1, true), shownA} << "https://a" << true;
+            << Saved{a, b} << Screen{onScreen("B - Chromium", 1, true), shownA} << u"https://a"_s << true;
         QTest::newRow("same title twice: used last")
-            << Saved{a, saved("A", "https://c", true)} << Screen{shownA, shownA} << "https://c" << true;
+            << Saved{a, saved("A", "https://c", true)} << Screen{shownA, shownA} << u"https://c"_s << true;
         QTest::newRow("without a title")
             << Saved{saved("", "http://x.example/p/"), b}
-            << Screen{onScreen("x.example/p - Chromium"), shownB} << "http://x.example/p/" << true;
+            << Screen{onScreen("x.example/p - Chromium"), shownB} << u"http://x.example/p/"_s << true;
         QTest::newRow("changed its title")
-            << Saved{a, b} << Screen{onScreen("(3) A! - Chromium"), shownB} << "https://a" << false;
+            << Saved{a, b} << Screen{onScreen("(3) A! - Chromium"), shownB} << u"https://a"_s << false;
         QTest::newRow("not saved") << Saved{a, b} << Screen{onScreen("Geheim - Chromium"), shownA, shownB}
-                                   << "" << false;
+                                   << u""_s << false;
         QTest::newRow("one of two not saved")
             << Saved{a, b} << Screen{onScreen("Geheim - Chromium"), onScreen("(3) A! - Chromium"), shownB}
-            << "" << false;
-        QTest::newRow("nothing saved") << Saved() << Screen{shownA} << "" << false;
+            << u""_s << false;
+        QTest::newRow("nothing saved") << Saved() << Screen{shownA} << u""_s << false;
     }
 
     void frontWindows() {
@@ -171,43 +169,40 @@ class TestBrowserTab : public QObject {
     }
 
     void offeredAddresses() {
-        const QList<AccessibleDocument> documents{
-            {QStringLiteral("A - Chromium"), QStringLiteral("https://a")},
-            {QStringLiteral("B - Chromium"), QStringLiteral("https://b")}};
+        const QList<AccessibleDocument> documents{{u"A - Chromium"_s, u"https://a"_s},
+                                                  {u"B - Chromium"_s, u"https://b"_s}};
         QCOMPARE(offeredAddress(documents, {onScreen("B - Chromium"), onScreen("A - Chromium")}),
-                 QStringLiteral("https://b"));
+                 u"https://b"_s);
         QCOMPARE(offeredAddress(documents, {}), QString());
-        QCOMPARE(offeredAddress(documents.first(1), {}), QStringLiteral("https://a"));
+        QCOMPARE(offeredAddress(documents.first(1), {}), u"https://a"_s);
         QCOMPARE(offeredAddress(documents.first(1), {onScreen("B - Chromium")}), QString());
     }
 
     void runningBrowsersAreTheOnesWithALiveLock() {
         QTemporaryDir home;
-        const QString config = home.filePath(QStringLiteral("config"));
+        const QString config = home.filePath(u"config"_s);
         const auto lay = [&](const QString& folder, const QString& lock, const QByteArray& content) {
-            QDir().mkpath(folder + QStringLiteral("/Default/Sessions"));
-            QFile::link(lock, folder + QStringLiteral("/SingletonLock"));
-            QFile file(folder + QStringLiteral("/Default/Sessions/Session_1"));
+            QDir().mkpath(folder + u"/Default/Sessions"_s);
+            QFile::link(lock, folder + u"/SingletonLock"_s);
+            QFile file(folder + u"/Default/Sessions/Session_1"_s);
             if (!file.open(QIODevice::WriteOnly) || file.write(content) < 0)
                 qFatal("no session file");
         };
         const qint64 alive = ::getpid();
-        lay(config + QStringLiteral("/google-chrome"), QStringLiteral("host-with-dash-99999999"), session());
+        lay(config + u"/google-chrome"_s, u"host-with-dash-99999999"_s, session());
         QVERIFY(runningBrowsers(config, home.path()).isEmpty());
-        lay(config + QStringLiteral("/chromium"), QStringLiteral("host-%1").arg(alive), session());
+        lay(config + u"/chromium"_s, u"host-%1"_s.arg(alive), session());
         const QList<RunningBrowser> browsers = runningBrowsers(config, home.path());
         QCOMPARE(browsers.size(), 1);
         QCOMPARE(browsers.first().pid, alive);
-        QCOMPARE(tabInSessions(browsers, {}).address, QStringLiteral("https://c.example/"));
-        QCOMPARE(tabInSessions(browsers, {onScreen("B - Chromium", alive)}).address,
-                 QStringLiteral("https://b.example/"));
+        QCOMPARE(tabInSessions(browsers, {}).address, u"https://c.example/"_s);
+        QCOMPARE(tabInSessions(browsers, {onScreen("B - Chromium", alive)}).address, u"https://b.example/"_s);
 
-        lay(home.filePath(QStringLiteral("snap/chromium/common/chromium")), QStringLiteral("box-2"),
-            "no session");
+        lay(home.filePath(u"snap/chromium/common/chromium"_s), u"box-2"_s, "no session");
         QCOMPARE(runningBrowsers(config, home.path()).size(), 2);
-        QFile::remove(config + QStringLiteral("/chromium/SingletonLock"));
+        QFile::remove(config + u"/chromium/SingletonLock"_s);
         QCOMPARE(tabInSessions(runningBrowsers(config, home.path()), {}).problem,
-                 QStringLiteral("Die Sitzungsdatei von Chrome hat ein unbekanntes Format."));
+                 u"Die Sitzungsdatei von Chrome hat ein unbekanntes Format."_s);
     }
 };
 

@@ -1,7 +1,6 @@
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusVariant>
-#include <QDir>
 #include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
@@ -10,15 +9,15 @@
 
 #include <csignal>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 constexpr int patience = 40000; // milliseconds; a cold browser on a busy machine takes its time
 
 void setAccessibility(bool on) {
-    QDBusMessage call = QDBusMessage::createMethodCall(
-        QStringLiteral("org.a11y.Bus"), QStringLiteral("/org/a11y/bus"),
-        QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Set"));
-    call.setArguments({QStringLiteral("org.a11y.Status"), QStringLiteral("IsEnabled"),
-                       QVariant::fromValue(QDBusVariant(on))});
+    QDBusMessage call = QDBusMessage::createMethodCall(u"org.a11y.Bus"_s, u"/org/a11y/bus"_s,
+                                                       u"org.freedesktop.DBus.Properties"_s, u"Set"_s);
+    call.setArguments({u"org.a11y.Status"_s, u"IsEnabled"_s, QVariant::fromValue(QDBusVariant(on))});
     QDBusConnection::sessionBus().call(call);
 }
 } // namespace
@@ -35,19 +34,19 @@ class TestBrowserTabReal : public QObject {
     }
 
     [[nodiscard]] static QStringList browserArguments() {
-        return {QStringLiteral("--no-sandbox"),
-                QStringLiteral("--password-store=basic"),
-                QStringLiteral("--no-first-run"),
-                QStringLiteral("--disable-background-networking"),
-                QStringLiteral("--disable-component-update"),
-                QStringLiteral("--disable-sync")};
+        return {u"--no-sandbox"_s,
+                u"--password-store=basic"_s,
+                u"--no-first-run"_s,
+                u"--disable-background-networking"_s,
+                u"--disable-component-update"_s,
+                u"--disable-sync"_s};
     }
 
     static void browse(const QStringList& arguments) {
         QProcess process;
         process.setStandardOutputFile(QProcess::nullDevice());
         process.setStandardErrorFile(QProcess::nullDevice());
-        process.start(QStringLiteral("chromium"), browserArguments() + arguments);
+        process.start(u"chromium"_s, browserArguments() + arguments);
         process.waitForFinished();
     }
 
@@ -58,53 +57,43 @@ class TestBrowserTabReal : public QObject {
         process.waitForFinished();
         const QString out = QString::fromUtf8(process.readAllStandardOutput()).trimmed();
         const QString error = QString::fromUtf8(process.readAllStandardError()).trimmed();
-        return process.exitCode() == 0 && error.isEmpty() ? out : error + QLatin1Char('!');
+        return process.exitCode() == 0 && error.isEmpty() ? out : error + u'!';
     }
 
     static QByteArray xdotool(const QStringList& arguments) {
         QProcess process;
-        process.start(QStringLiteral("xdotool"), arguments);
+        process.start(u"xdotool"_s, arguments);
         process.waitForFinished();
         return process.readAllStandardOutput().trimmed();
     }
 
-    static void type(const char* keys) { xdotool({QStringLiteral("key"), QLatin1String(keys)}); }
+    static void type(const char* keys) { xdotool({u"key"_s, QLatin1String(keys)}); }
 
-    /// Waits until a page's title is that of the focused window.
-    static bool isInFront(const char* title) {
-        return QTest::qWaitFor(
-            [title] {
-                return xdotool({QStringLiteral("getactivewindow"), QStringLiteral("getwindowname")})
-                    .startsWith(title);
-            },
-            patience);
-    }
-
-    /// The same for a browser that has just been started: no window manager is bound to give it the focus.
-    static bool comesToFront(const char* title) {
-        return QTest::qWaitFor(
-            [title] {
-                const QByteArray window =
-                    xdotool({QStringLiteral("search"), QStringLiteral("--onlyvisible"),
-                             QStringLiteral("--name"), QLatin1Char('^') + QLatin1String(title)});
-                xdotool({QStringLiteral("windowactivate"), QString::fromLatin1(window.split('\n').first())});
-                return xdotool({QStringLiteral("getactivewindow"), QStringLiteral("getwindowname")})
-                    .startsWith(title);
-            },
-            patience);
+    /// Waits until a page's title is that of the focused window. A browser that has just been started is
+    /// raised: no window manager is bound to give it the focus.
+    static bool isInFront(const char* title, bool raise = false) {
+        const auto isThere = [title, raise] {
+            if (raise) {
+                const QByteArray window = xdotool(
+                    {u"search"_s, u"--onlyvisible"_s, u"--name"_s, QLatin1Char('^') + QLatin1String(title)});
+                xdotool({u"windowactivate"_s, QString::fromLatin1(window.split('\n').first())});
+            }
+            return xdotool({u"getactivewindow"_s, u"getwindowname"_s}).startsWith(title);
+        };
+        return QTest::qWaitFor(isThere, patience);
     }
 
   private Q_SLOTS:
 
     void init() {
         m_home = std::make_unique<QTemporaryDir>();
-        qputenv("XDG_CONFIG_HOME", m_home->filePath(QStringLiteral("config")).toUtf8());
+        qputenv("XDG_CONFIG_HOME", m_home->filePath(u"config"_s).toUtf8());
         for (const char* name : {"a", "b", "c", "d"}) {
             QFile file(m_home->filePath(QLatin1String(name)));
             QVERIFY(file.open(QIODevice::WriteOnly));
             file.write(QByteArray("<!DOCTYPE html><title>Seite ") + name +
                        "</title><iframe srcdoc='<title>frame</title>x'></iframe>");
-            QVERIFY(file.rename(file.fileName() + QStringLiteral(".html")));
+            QVERIFY(file.rename(file.fileName() + u".html"_s));
         }
         m_browser.setStandardOutputFile(QProcess::nullDevice());
         m_browser.setStandardErrorFile(QProcess::nullDevice());
@@ -125,36 +114,35 @@ class TestBrowserTabReal : public QObject {
 
     void tabsAreFound() {
         QFETCH(bool, accessible);
-        QCOMPARE(tab(), QStringLiteral("Google Chrome läuft nicht.!"));
+        QCOMPARE(tab(), u"Google Chrome läuft nicht.!"_s);
         setAccessibility(accessible);
         QStringList arguments = browserArguments();
         if (accessible)
-            arguments.append(QStringLiteral("--force-renderer-accessibility"));
-        m_browser.start(QStringLiteral("chromium"), arguments + QStringList{page("a.html"), page("b.html")});
-        QVERIFY(comesToFront("Seite a"));
+            arguments.append(u"--force-renderer-accessibility"_s);
+        m_browser.start(u"chromium"_s, arguments + QStringList{page("a.html"), page("b.html")});
+        QVERIFY(isInFront("Seite a", true));
         QTRY_COMPARE_WITH_TIMEOUT(tab(), page("a.html"), 10000);
 
-        browse({QStringLiteral("--new-window"), page("c.html"), page("d.html")});
+        browse({u"--new-window"_s, page("c.html"), page("d.html")});
         QVERIFY(isInFront("Seite c"));
         QTRY_COMPARE_WITH_TIMEOUT(tab(), page("c.html"), 10000);
         type("ctrl+Tab");
         QVERIFY(isInFront("Seite d"));
         QCOMPARE(tab(), page("d.html")); // at once, before it is written down
 
-        xdotool({QStringLiteral("search"), QStringLiteral("--name"), QStringLiteral("^Seite a"),
-                 QStringLiteral("windowactivate"), QStringLiteral("--sync")});
+        xdotool({u"search"_s, u"--name"_s, u"^Seite a"_s, u"windowactivate"_s, u"--sync"_s});
         QVERIFY(isInFront("Seite a"));
         QCOMPARE(tab(), page("a.html"));
         type("ctrl+l");
-        xdotool({QStringLiteral("type"), QStringLiteral("half.typed.example")});
+        xdotool({u"type"_s, u"half.typed.example"_s});
         QCOMPARE(tab(), page("a.html"));
         if (accessible)
             return;
 
-        browse({QStringLiteral("--incognito"), QStringLiteral("data:text/html,<title>Geheim</title>x")});
+        browse({u"--incognito"_s, u"data:text/html,<title>Geheim</title>x"_s});
         QVERIFY(isInFront("Geheim"));
-        QCOMPARE(tab(), QStringLiteral("Das vorderste Chrome-Fenster ist nicht gespeichert; bei "
-                                       "Inkognito-Fenstern ist das immer so.!"));
+        QCOMPARE(tab(), u"Das vorderste Chrome-Fenster ist nicht gespeichert; bei "
+                        "Inkognito-Fenstern ist das immer so.!"_s);
     }
 };
 

@@ -3,6 +3,7 @@
 #include "Desktop/GuidanceAlerts.h"
 #include "Desktop/PanelWindow.h"
 #include "Desktop/QmlViews.h"
+#include "Desktop/SceneGraph.h"
 #include "Desktop/SettingsWindowManager.h"
 #include "Desktop/StatusBarController.h"
 #include "State/AppState.h"
@@ -10,6 +11,7 @@
 #include "support/Await.h"
 #include "support/DesktopShell.h"
 
+#include <QApplication>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QTemporaryDir>
@@ -90,3 +92,12 @@ class DesktopFixture {
     std::unique_ptr<SettingsWindowManager> settings;
     std::unique_ptr<GuidanceAlerts> alerts;
 };
+
+template <typename Test>
+int runOnDesktop(int argc, char* argv[]) {
+    chooseSceneGraph(); // as the program does: the other one compiles shaders on the main thread
+    QApplication application(argc, argv);
+    QApplication::setQuitOnLastWindowClosed(false);
+    Test test;
+    return QTest::qExec(&test, argc, argv);
+}

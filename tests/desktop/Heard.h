@@ -56,6 +56,22 @@ inline QStringList names(QWindow* window, QAccessible::Role role) {
     return names(QAccessible::queryAccessibleInterface(window), role);
 }
 
+/// The names of the selected rows.
+inline QStringList chosen(QWindow* window) {
+    QStringList texts;
+    visit(QAccessible::queryAccessibleInterface(window), [&texts](QAccessibleInterface* control) {
+        if (control->role() == QAccessible::ListItem && control->state().selected)
+            texts.append(control->text(QAccessible::Name));
+    });
+    return texts;
+}
+
+/// The control at which the keyboard is.
+inline QString focus(QWindow* window) {
+    const QAccessibleInterface* const there = QAccessible::queryAccessibleInterface(window)->focusChild();
+    return there ? there->text(QAccessible::Name) : QString();
+}
+
 /// Presses a button as a screen reader does.
 inline bool press(QAccessibleInterface* control) {
     if (!control || !control->actionInterface())

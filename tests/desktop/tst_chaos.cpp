@@ -1,17 +1,15 @@
 #include "DesktopFixture.h"
 
-#include "Desktop/SceneGraph.h"
 #include "System/MountTable.h"
 #include "support/Leftovers.h"
 #include "support/LoopWatch.h"
 
-#include <QApplication>
-#include <QDir>
 #include <QRandomGenerator>
 
 #include <csignal>
 #include <cstdio>
 
+using namespace Qt::StringLiterals;
 using sandbox::Fault;
 using Endpoint = sandbox::Sandbox::Endpoint;
 
@@ -41,7 +39,7 @@ class TestChaos : public QObject {
     AppState& state() { return *m_desktop->state; }
 
     [[nodiscard]] QString mountPoint(const Project& project) const {
-        return m_desktop->host.mountRoot() + QLatin1Char('/') + project.domain;
+        return m_desktop->host.mountRoot() + u'/' + project.domain;
     }
 
     Project anyProject() { return state().projects().at(m_random.bounded(projects)); }
@@ -55,7 +53,7 @@ class TestChaos : public QObject {
         return told;
     }
 
-    [[nodiscard]] QString sshfs() const { return m_tools.filePath(QStringLiteral("sshfs")); }
+    [[nodiscard]] QString sshfs() const { return m_tools.filePath(u"sshfs"_s); }
 
     void install(const QString& program) {
         QFile::remove(sshfs());
@@ -104,21 +102,20 @@ class TestChaos : public QObject {
     QList<Step> steps() {
         constexpr qint64 tooMuch = qint64(200) * 1024 * 1024;
         const QByteArray html("<!doctype html><title>Wartung</title>");
-        const QString unread = QStringLiteral("Projekt-JSON konnte nicht gelesen werden.");
-        const QString connection = QStringLiteral("Mount fuer ");
+        const QString unread = u"Projekt-JSON konnte nicht gelesen werden."_s;
+        const QString connection = u"Mount fuer "_s;
         return {
-            answer("server error", fault(500, html), QStringLiteral("unerwartete Antwort (500)")),
+            answer("server error", fault(500, html), u"unerwartete Antwort (500)"_s),
             answer("page instead of records", fault(200, html), unread),
             answer("nesting", fault(200, QByteArray(100000, '[')), unread),
-            answer("200 MB", fault(200, {}, tooMuch), QStringLiteral("zu groß")),
-            answer("torn answer", fault(200, R"({"user":)", 0, true),
-                   QStringLiteral("konnten nicht geladen werden")),
+            answer("200 MB", fault(200, {}, tooMuch), u"zu groß"_s),
+            answer("torn answer", fault(200, R"({"user":)", 0, true), u"konnten nicht geladen werden"_s),
             {"page instead of tokens",
              [this, html] {
                  m_platform->expireTokens();
                  refreshWith(Endpoint::token, fault(200, html));
              },
-             QStringLiteral("Token-Erneuerung fehlgeschlagen")},
+             u"Token-Erneuerung fehlgeschlagen"_s},
             {"key refused",
              [this] {
                  m_platform->ssh().acceptKey(false);
@@ -146,18 +143,18 @@ class TestChaos : public QObject {
                  connectTo(project);
                  disconnectFrom(project);
              },
-             QStringLiteral("unerwartet beendet")},
+             u"unerwartet beendet"_s},
             {"sshfs replaced by a broken one",
              [this] {
                  const Project mounted = anyProject();
                  connectTo(mounted);
-                 install(QStringLiteral("/usr/bin/false"));
+                 install(u"/usr/bin/false"_s);
                  disconnectFrom(mounted);
                  await(state().connectProject(mounted));
                  state().answerGuidance(-1);
-                 install(QStringLiteral("/usr/bin/sshfs"));
+                 install(u"/usr/bin/sshfs"_s);
              },
-             QStringLiteral("sshfs ist installiert, startet aber nicht")},
+             u"sshfs ist installiert, startet aber nicht"_s},
             {"sshfs uninstalled while mounted",
              [this] {
                  const Project mounted = anyProject();
@@ -166,20 +163,20 @@ class TestChaos : public QObject {
                  disconnectFrom(mounted);
                  await(state().connectProject(mounted));
                  state().answerGuidance(-1);
-                 install(QStringLiteral("/usr/bin/sshfs"));
+                 install(u"/usr/bin/sshfs"_s);
              },
-             QStringLiteral("sshfs nicht installiert")},
+             u"sshfs nicht installiert"_s},
             {"file in use",
              [this] {
                  const Project project = anyProject();
                  connectTo(project);
-                 QFile file(mountPoint(project) + QStringLiteral("/neu.txt"));
+                 QFile file(mountPoint(project) + u"/neu.txt"_s);
                  m_watch->pausedFor(
                      [&] { QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Unbuffered)); });
                  disconnectFrom(project);
                  m_watch->pausedFor([&] { QCOMPARE(file.write("alles"), 5); });
                  file.close();
-                 QCOMPARE(QFile(project.path + QStringLiteral("/neu.txt")).size(), 5);
+                 QCOMPARE(QFile(project.path + u"/neu.txt"_s).size(), 5);
              },
              {}},
             {"all at once, in use",
@@ -194,7 +191,7 @@ class TestChaos : public QObject {
                      await(std::move(task));
                  m_desktop->statusBar->toggle();
                  QCOMPARE(state().connectedDomains().size(), projects);
-                 state().setSearchText(QStringLiteral("projekt"));
+                 state().setSearchText(u"projekt"_s);
                  await(state().refresh());
                  std::vector<QCoro::Task<>> ending;
                  for (const Project& project : state().projects()) {
@@ -244,7 +241,7 @@ class TestChaos : public QObject {
             std::make_unique<sandbox::Sandbox>(sandbox::Options{m_platformFolder.path(), projects, true});
         QVERIFY(m_platform->hasSsh());
         qputenv("PATH", m_platform->ssh().binFolder().toUtf8() + ':' + qgetenv("PATH"));
-        install(QStringLiteral("/usr/bin/sshfs"));
+        install(u"/usr/bin/sshfs"_s);
         m_desktop = std::make_unique<DesktopFixture>(m_platform->server(), sshfs());
         m_desktop->signIn("erika");
         m_desktop->openPanel();
@@ -284,11 +281,7 @@ class TestChaos : public QObject {
 };
 
 int main(int argc, char* argv[]) {
-    chooseSceneGraph(); // as the program does: the other one compiles shaders on the main thread
-    QApplication application(argc, argv);
-    QApplication::setQuitOnLastWindowClosed(false);
-    TestChaos test;
-    return QTest::qExec(&test, argc, argv);
+    return runOnDesktop<TestChaos>(argc, argv);
 }
 
 #include "tst_chaos.moc"

@@ -1,14 +1,11 @@
-#include "Desktop/Appearance.h"
 #include "Desktop/ButtonRail.h"
-#include "Desktop/PanelContent.h"
 #include "Desktop/PanelKeys.h"
-#include "Desktop/PanelWindow.h"
 #include "Desktop/PopoverPlacement.h"
-#include "Desktop/RowButtons.h"
-#include "Desktop/SceneGraph.h"
 #include "Desktop/UpdateFeed.h"
 
 #include <QTest>
+
+using namespace Qt::StringLiterals;
 
 namespace {
 const QSize panel{640, 660};
@@ -75,14 +72,6 @@ class TestDesktopRules : public QObject {
         QCOMPARE(besideBar(panel, screen, visible, pointer).topLeft(), corner);
     }
 
-    void isAPopoverOnlyWhereItCanBe() {
-        using Kind = PanelWindow::Kind;
-        QCOMPARE(panelKind(true, QStringLiteral("xcb")), Kind::popover);
-        QCOMPARE(panelKind(true, QStringLiteral("cocoa")), Kind::popover);
-        QCOMPARE(panelKind(false, QStringLiteral("xcb")), Kind::window);
-        QCOMPARE(panelKind(true, QStringLiteral("wayland-egl")), Kind::window);
-    }
-
     void theNextButtonMayBeEnteredBeforeThisOneIsLeft() {
         ButtonRail rail;
         const auto cache = static_cast<int>(HoverTarget::cache);
@@ -93,13 +82,6 @@ class TestDesktopRules : public QObject {
         QCOMPARE(rail.hoveredButton(), std::optional(HoverTarget::safari));
         rail.pointer(safari, false);
         QCOMPARE(rail.hoveredButton(), std::nullopt);
-    }
-
-    void enterDoesTheObviousThing() {
-        QCOMPARE(obviousAction(true, false, false), std::optional(HoverTarget::connect));
-        QCOMPARE(obviousAction(false, true, false), std::optional(HoverTarget::vscode));
-        QCOMPARE(obviousAction(false, false, false), std::optional(HoverTarget::safari));
-        QCOMPARE(obviousAction(true, false, true), std::nullopt);
     }
 
     void movesThroughRows_data() {
@@ -128,30 +110,6 @@ class TestDesktopRules : public QObject {
         QCOMPARE(rowAfter(key, control, -1, 0, 10), std::nullopt);
     }
 
-    void saysWhyThereAreNoRows() {
-        PanelFacts facts;
-        QCOMPARE(listNotice(facts).symbol, QStringLiteral("person.crop.circle"));
-        QVERIFY(!isFirstLoad(facts));
-
-        facts.hasAccount = facts.loading = true;
-        QVERIFY(isFirstLoad(facts));
-        QCOMPARE(listNotice(facts), ListNotice());
-        facts.loading = false;
-        QCOMPARE(listNotice(facts).title, QStringLiteral("Projekte nicht geladen"));
-
-        facts.signedIn = true;
-        QCOMPARE(listNotice(facts).title, QStringLiteral("Keine Projekte"));
-
-        facts.projects = 12;
-        facts.searchText = QStringLiteral(" kornblmue ");
-        QCOMPARE(listNotice(facts).title, QStringLiteral("Kein Projekt passt zu „kornblmue“"));
-
-        facts.visible = 3;
-        QCOMPARE(listNotice(facts), ListNotice());
-        facts.loading = true;
-        QVERIFY2(!isFirstLoad(facts), "a reload keeps the rows");
-    }
-
     void feeds_data() {
         QTest::addColumn<QByteArray>("items");
         QTest::addColumn<QString>("version");
@@ -162,10 +120,10 @@ class TestDesktopRules : public QObject {
         QTest::newRow("newest of several")
             << item("1.2", "https://x.example/1") + item("1.10.1", "https://x.example/2") +
                    item("1.9", "https://x.example/3")
-            << "1.10.1";
+            << u"1.10.1"_s;
         QTest::newRow("attributes") << QByteArray("<item><enclosure url='https://x.example/a' "
                                                   "sparkle:shortVersionString='2.0'/></item>")
-                                    << "2.0";
+                                    << u"2.0"_s;
         QTest::newRow("the same") << item("1.0.0", "https://x.example/1") << QString();
         QTest::newRow("plain http") << item("2.0", "http://x.example/1") << QString();
         QTest::newRow("no version") << item("neu", "https://x.example/1") << QString();
@@ -179,7 +137,7 @@ class TestDesktopRules : public QObject {
         const QByteArray feed =
             "<rss xmlns:sparkle='http://www.andymatuschak.org/xml-namespaces/sparkle'><channel>" + items +
             "</channel></rss>";
-        const std::optional<Release> release = newerRelease(feed, QStringLiteral("1.0.0"));
+        const std::optional<Release> release = newerRelease(feed, u"1.0.0"_s);
         QCOMPARE(release ? release->version : QString(), version);
     }
 };

@@ -1,17 +1,15 @@
 #include "Desktop/Appearance.h"
-#include "Desktop/IconButtonStyle.h"
 #include "Desktop/QmlViews.h"
-#include "Desktop/SymbolImage.h"
 
 #include <QColor>
-#include <QDir>
 #include <QGuiApplication>
 #include <QPalette>
 #include <QQmlComponent>
-#include <QQmlEngine>
 #include <QTest>
 
 #include <cmath>
+
+using namespace Qt::StringLiterals;
 
 namespace {
 double luminance(const QColor& color) {
@@ -27,7 +25,7 @@ double contrast(const QColor& one, const QColor& other) {
 }
 
 QString modeName(bool dark) {
-    return dark ? QStringLiteral("dark") : QStringLiteral("light");
+    return dark ? u"dark"_s : u"light"_s;
 }
 
 void setDesktop(bool dark) {
@@ -102,7 +100,7 @@ class TestLook : public QObject {
         for (const bool dark : {false, true}) {
             setDesktop(dark);
             const double reached = contrast(colour(ink.constData()), colour(ground.constData()));
-            QVERIFY2(reached >= least, qPrintable(QStringLiteral("%1 %2").arg(modeName(dark)).arg(reached)));
+            QVERIFY2(reached >= least, qPrintable(u"%1 %2"_s.arg(modeName(dark)).arg(reached)));
         }
     }
 
@@ -118,49 +116,19 @@ class TestLook : public QObject {
         Appearance appearance;
         int changes = 0;
         connect(&appearance, &Appearance::darkChanged, this, [&changes] { ++changes; });
-        const QString space = QStringLiteral("org.freedesktop.appearance");
-        const QString key = QStringLiteral("color-scheme");
+        const QString space = u"org.freedesktop.appearance"_s;
+        const QString key = u"color-scheme"_s;
         appearance.take(space, key, 1U);
         QVERIFY(appearance.dark());
-        appearance.take(space, QStringLiteral("contrast"), 2U);
+        appearance.take(space, u"contrast"_s, 2U);
         QVERIFY(appearance.dark());
         appearance.take(space, key, 0U);
         QVERIFY(!appearance.dark());
         QCOMPARE(changes, 2);
     }
 
-    void everySymbolIsDrawnInItsColour_data() {
-        QTest::addColumn<QString>("name");
-        const QStringList symbols = QDir(QStringLiteral(":/icons")).entryList({QStringLiteral("*.svg")});
-        QVERIFY(symbols.size() > 20);
-        for (const QString& symbol : symbols)
-            QTest::newRow(qPrintable(symbol)) << symbol.chopped(4);
-    }
-
-    void everySymbolIsDrawnInItsColour() {
-        QFETCH(QString, name);
-        const QColor colour(0x0b, 0x5e, 0x1e);
-        for (const int pixels : {16, 18, 20, 27, 36}) {
-            const QImage image = symbolImage(name, colour, pixels).convertToFormat(QImage::Format_ARGB32);
-            QCOMPARE(image.size(), QSize(pixels, pixels));
-            int inked = 0;
-            for (int y = 0; y < pixels; ++y) {
-                for (int x = 0; x < pixels; ++x) {
-                    const QColor pixel = image.pixelColor(x, y);
-                    if (pixel.alpha() < 200)
-                        continue;
-                    ++inked;
-                    QVERIFY(std::abs(pixel.red() - colour.red()) < 4 &&
-                            std::abs(pixel.green() - colour.green()) < 4);
-                }
-            }
-            QVERIFY2(inked >= pixels / 3, "hardly anything is drawn");
-            QCOMPARE(image.pixelColor(0, 0).alpha(), 0);
-        }
-    }
-
     void theStatusIconIsLegibleOnAnyBar() {
-        const QImage icon(QStringLiteral(":/icons/StatusIcon-22.png"));
+        const QImage icon(u":/icons/StatusIcon-22.png"_s);
         QVERIFY(!icon.isNull());
         const QColor ink = icon.pixelColor(icon.width() / 4, icon.height() / 2);
         QCOMPARE(ink.alpha(), 255);

@@ -1,9 +1,9 @@
-#include "Desktop/SceneGraph.h"
 #include "desktop/DesktopFixture.h"
 #include "desktop/Heard.h"
 
-#include <QApplication>
 #include <QDBusConnection>
+
+using namespace Qt::StringLiterals;
 
 /// A desktop's service for messages, on a connection of its own.
 class MessageService : public QObject {
@@ -11,11 +11,10 @@ class MessageService : public QObject {
     Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Notifications")
 
   public:
-    MessageService()
-        : bus(QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("messages"))) {
-        bus.registerObject(QStringLiteral("/org/freedesktop/Notifications"), this,
+    MessageService() : bus(QDBusConnection::connectToBus(QDBusConnection::SessionBus, u"messages"_s)) {
+        bus.registerObject(u"/org/freedesktop/Notifications"_s, this,
                            QDBusConnection::ExportAllSlots | QDBusConnection::ExportAllSignals);
-        isThere = bus.registerService(QStringLiteral("org.freedesktop.Notifications"));
+        isThere = bus.registerService(u"org.freedesktop.Notifications"_s);
     }
 
     ~MessageService() override { QDBusConnection::disconnectFromBus(bus.name()); }
@@ -61,39 +60,27 @@ class TestNotifications : public QObject {
         const QString domain = desktop.state->projects().at(4).domain;
         desktop.statusBar->tellMountEnded(domain);
         QTRY_COMPARE(service.bodies.size(), 1);
-        QCOMPARE(service.actions, (QStringList{QStringLiteral("default"), QStringLiteral("Öffnen")}));
-        desktop.statusBar->tell(QStringLiteral("Titel"), QStringLiteral("1 < 2 & 3"));
+        QCOMPARE(service.actions, (QStringList{u"default"_s, u"Öffnen"_s}));
+        desktop.statusBar->tell(u"Titel"_s, u"1 < 2 & 3"_s);
         QTRY_COMPARE(service.bodies.size(), 2);
-        QCOMPARE(service.bodies.constLast(), QStringLiteral("1 < 2 & 3"));
-        service.capabilities = QStringList(QStringLiteral("body-markup"));
-        desktop.statusBar->tell(QStringLiteral("Titel"), QStringLiteral("1 < 2 & 3"));
+        QCOMPARE(service.bodies.constLast(), u"1 < 2 & 3"_s);
+        service.capabilities = QStringList(u"body-markup"_s);
+        desktop.statusBar->tell(u"Titel"_s, u"1 < 2 & 3"_s);
         QTRY_COMPARE(service.bodies.size(), 3);
-        QCOMPARE(service.bodies.constLast(), QStringLiteral("1 &lt; 2 &amp; 3"));
+        QCOMPARE(service.bodies.constLast(), u"1 &lt; 2 &amp; 3"_s);
 
-        Q_EMIT service.ActionInvoked(77, QStringLiteral("default"));
+        Q_EMIT service.ActionInvoked(77, u"default"_s);
         QTest::qWait(50);
         QVERIFY2(!desktop.statusBar->isShown(), "a message of somebody else opened the panel");
-        Q_EMIT service.ActionInvoked(1, QStringLiteral("default"));
+        desktop.state->setSearchText(u"nichts davon"_s);
+        Q_EMIT service.ActionInvoked(1, u"default"_s);
         QTRY_VERIFY(desktop.statusBar->isShown());
-        const auto chosen = [&] {
-            const QAccessibleInterface* row = nullptr;
-            heard::visit(QAccessible::queryAccessibleInterface(&desktop.statusBar->panel()),
-                         [&row](QAccessibleInterface* control) {
-                             if (control->role() == QAccessible::ListItem && control->state().selected)
-                                 row = control;
-                         });
-            return row && row->text(QAccessible::Name).endsWith(domain);
-        };
-        QTRY_VERIFY(chosen());
+        QTRY_VERIFY(heard::chosen(&desktop.statusBar->panel()).value(0).endsWith(domain));
     }
 };
 
 int main(int argc, char* argv[]) {
-    chooseSceneGraph();
-    QApplication application(argc, argv);
-    QApplication::setQuitOnLastWindowClosed(false);
-    TestNotifications test;
-    return QTest::qExec(&test, argc, argv);
+    return runOnDesktop<TestNotifications>(argc, argv);
 }
 
 #include "tst_notifications.moc"

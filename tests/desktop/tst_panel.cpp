@@ -1,12 +1,9 @@
-#include "Desktop/SceneGraph.h"
 #include "desktop/DesktopFixture.h"
 #include "desktop/Heard.h"
 
-#include <QAccessible>
-#include <QApplication>
 #include <QProcess>
-#include <QQuickItem>
 
+using namespace Qt::StringLiterals;
 using QAccessible::Button;
 using QAccessible::ListItem;
 
@@ -23,12 +20,7 @@ QAccessibleInterface* rowOf(QWindow* window, const QString& title) {
 QStringList focusHeard;
 
 QString chosenRow(QWindow* window) {
-    QString chosen;
-    heard::visit(QAccessible::queryAccessibleInterface(window), [&chosen](QAccessibleInterface* control) {
-        if (control->role() == ListItem && control->state().selected)
-            chosen = control->text(QAccessible::Name);
-    });
-    return chosen;
+    return heard::chosen(window).value(0);
 }
 
 void type(QWindow* window, const char* text) {
@@ -67,28 +59,23 @@ class TestPanel : public QObject {
 
     void signsInFromThePanel() {
         PanelWindow* const window = m_desktop->openPanel();
-        QVERIFY(heard::find(window, QStringLiteral("Nicht angemeldet")));
+        QVERIFY(heard::find(window, u"Nicht angemeldet"_s));
         QVERIFY(heard::names(window, ListItem).isEmpty());
-        const auto focus = [window] {
-            const QAccessibleInterface* const there =
-                QAccessible::queryAccessibleInterface(window)->focusChild();
-            return there ? there->text(QAccessible::Name) : QString();
-        };
-        QCOMPARE(focus(), QStringLiteral("Mit Harvellon anmelden"));
+        QCOMPARE(heard::focus(window), u"Mit Harvellon anmelden"_s);
         QTest::keyClick(window, Qt::Key_Return);
-        QTRY_VERIFY(heard::find(window, QStringLiteral("Warte auf Browser-Login...")));
-        QCOMPARE(focus(), QStringLiteral("Abbrechen"));
+        QTRY_VERIFY(heard::find(window, u"Warte auf Browser-Login..."_s));
+        QCOMPARE(heard::focus(window), u"Abbrechen"_s);
         QTest::keyClick(window, Qt::Key_Return);
-        QTRY_COMPARE(focus(), QStringLiteral("Mit Harvellon anmelden"));
-        m_desktop->identity = QStringLiteral("erika");
+        QTRY_COMPARE(heard::focus(window), u"Mit Harvellon anmelden"_s);
+        m_desktop->identity = u"erika"_s;
         QTest::keyClick(window, Qt::Key_Return);
-        QTRY_COMPARE(focus(), QStringLiteral("Domain suchen"));
+        QTRY_COMPARE(heard::focus(window), u"Domain suchen"_s);
         QTRY_VERIFY(m_desktop->state->signedIn() && !m_desktop->state->isLoading());
         QAccessibleInterface* const badge = heard::find(window, m_desktop->state->userName());
         QVERIFY(badge);
         QCOMPARE(badge->text(QAccessible::Description),
-                 QStringLiteral("%1 Projekte, Verbunden").arg(m_desktop->state->projectCount()));
-        QVERIFY(!heard::find(window, QStringLiteral("Nicht angemeldet")));
+                 u"%1 Projekte, Verbunden"_s.arg(m_desktop->state->projectCount()));
+        QVERIFY(!heard::find(window, u"Nicht angemeldet"_s));
         QTRY_VERIFY(heard::names(window, ListItem).size() >= 10);
     }
 
@@ -97,18 +84,18 @@ class TestPanel : public QObject {
         for (const char* name : {"Aktualisieren", "Auf Updates prüfen", "Einstellungen", "Beenden",
                                  "Domain des aktiven Chrome-Tabs verwenden", "Anzeigen", "Leeren"})
             QVERIFY2(heard::find(window, QString::fromUtf8(name), Button), name);
-        QVERIFY(heard::find(window, QStringLiteral("Domain suchen"), QAccessible::EditableText));
-        QVERIFY(heard::find(window, QStringLiteral("Harvellon Connect 1.0.0 (42)")));
+        QVERIFY(heard::find(window, u"Domain suchen"_s, QAccessible::EditableText));
+        QVERIFY(heard::find(window, u"Harvellon Connect 1.0.0 (42)"_s));
     }
 
     void aRowOffersWhatItsUserMayDo_data() {
         QTest::addColumn<QByteArray>("who");
         QTest::addColumn<QStringList>("buttons");
-        const QString connect = QStringLiteral("Verbinden und mounten");
-        const QString ssh = QStringLiteral("SSH-Shell");
-        const QString database = QStringLiteral("Datenbank in Sequel Ace oeffnen");
-        const QString cache = QStringLiteral("Cache leeren");
-        const QString site = QStringLiteral("Seite oeffnen (Shift: /admin)");
+        const QString connect = u"Verbinden und mounten"_s;
+        const QString ssh = u"SSH-Shell"_s;
+        const QString database = u"Datenbank in Sequel Ace oeffnen"_s;
+        const QString cache = u"Cache leeren"_s;
+        const QString site = u"Seite oeffnen (Shift: /admin)"_s;
         for (const sandbox::Identity& person : sandbox::identities()) {
             QStringList buttons{cache, site};
             if (person.coder && person.allowDatabaseConnect)
@@ -128,7 +115,7 @@ class TestPanel : public QObject {
         QTRY_VERIFY((row = rowOf(window, titleOf(0))) != nullptr);
         QVERIFY(row->state().selectable);
         QCOMPARE(heard::names(row, Button), buttons);
-        QCOMPARE(row->text(QAccessible::Description), QStringLiteral("Nicht verbunden"));
+        QCOMPARE(row->text(QAccessible::Description), u"Nicht verbunden"_s);
     }
 
     void typingFiltersAndEscapeGoesBack() {
@@ -140,8 +127,7 @@ class TestPanel : public QObject {
         QTRY_COMPARE(heard::names(window, ListItem).size(), 1);
         QTRY_VERIFY2(!chosenRow(window).isEmpty(), "the first hit is what Enter acts on");
         type(window, "zzz");
-        QTRY_VERIFY(heard::find(
-            window, QStringLiteral("Kein Projekt passt zu „%1“").arg(m_desktop->state->searchText())));
+        QTRY_VERIFY(heard::find(window, u"Kein Projekt passt zu „%1“"_s.arg(m_desktop->state->searchText())));
         QTest::keyClick(window, Qt::Key_Escape);
         QCOMPARE(m_desktop->state->visibleProjects()->count(), all);
         QVERIFY(m_desktop->statusBar->isShown());
@@ -157,20 +143,17 @@ class TestPanel : public QObject {
         QTRY_VERIFY(chosenRow(window).startsWith(titleOf(1)));
         m_desktop->shell.opened.clear();
         QTest::keyClick(window, Qt::Key_Return, Qt::ControlModifier);
-        QTRY_COMPARE(m_desktop->shell.opened, QStringList(QStringLiteral("https://") + domainOf(1)));
+        QTRY_COMPARE(m_desktop->shell.opened, QStringList(u"https://"_s + domainOf(1)));
         QTest::keyClick(window, Qt::Key_Return, Qt::ControlModifier | Qt::ShiftModifier);
-        QTRY_COMPARE(m_desktop->shell.opened.value(1),
-                     QStringLiteral("https://") + domainOf(1) + QStringLiteral("/admin"));
+        QTRY_COMPARE(m_desktop->shell.opened.value(1), u"https://"_s + domainOf(1) + u"/admin"_s);
     }
 
     void theChosenRowIsHeardWhileTheCursorStaysInTheSearch() {
         m_desktop->signIn("erika");
         PanelWindow* const window = m_desktop->openPanel();
         // Nothing is told before a service for screen readers runs; asking for it starts it.
-        QProcess::execute(QStringLiteral("dbus-send"),
-                          QStringLiteral("--session --print-reply --dest=org.a11y.Bus /org/a11y/bus "
-                                         "org.a11y.Bus.GetAddress")
-                              .split(QLatin1Char(' ')));
+        QProcess::execute(u"dbus-send"_s, u"--session --print-reply --dest=org.a11y.Bus /org/a11y/bus "
+                                          "org.a11y.Bus.GetAddress"_s.split(u' '));
         if (!QTest::qWaitFor(&QAccessible::isActive))
             QSKIP("no service for screen readers here");
         focusHeard.clear();
@@ -203,15 +186,13 @@ class TestPanel : public QObject {
         QTest::keyClick(window, Qt::Key_Down);
         QTRY_VERIFY(!chosenRow(window).isEmpty());
         QStringList reached;
-        const QString start = QStringLiteral("Domain suchen");
+        const QString start = u"Domain suchen"_s;
         for (int i = 0; i < 40 && (reached.isEmpty() || reached.constLast() != start); ++i) {
             QTest::keyClick(window, Qt::Key_Tab);
-            if (const QAccessibleInterface* const focus =
-                    QAccessible::queryAccessibleInterface(window)->focusChild())
-                reached.append(focus->text(QAccessible::Name));
+            reached.append(heard::focus(window));
         }
-        QCOMPARE(reached.count(QStringLiteral("Verbinden und mounten")), 1);
-        QVERIFY(reached.contains(QStringLiteral("Anzeigen")));
+        QCOMPARE(reached.count(u"Verbinden und mounten"_s), 1);
+        QVERIFY(reached.contains(u"Anzeigen"_s));
         QCOMPARE(reached.constLast(), start);
     }
 
@@ -219,32 +200,16 @@ class TestPanel : public QObject {
         m_desktop->signIn("erika");
         PanelWindow* const window = m_desktop->openPanel();
         QAccessibleInterface* site = nullptr;
-        QTRY_VERIFY(
-            (site = heard::find(rowOf(window, titleOf(0)), QStringLiteral("Seite oeffnen (Shift: /admin)"))));
+        QTRY_VERIFY((site = heard::find(rowOf(window, titleOf(0)), u"Seite oeffnen (Shift: /admin)"_s)));
         m_desktop->shell.opened.clear();
         const QPoint centre = window->mapFromGlobal(site->rect().center());
         QTest::mouseClick(window, Qt::LeftButton, Qt::ShiftModifier, centre);
-        QTRY_COMPARE(m_desktop->shell.opened,
-                     QStringList(QStringLiteral("https://") + domainOf(0) + QStringLiteral("/admin")));
+        QTRY_COMPARE(m_desktop->shell.opened, QStringList(u"https://"_s + domainOf(0) + u"/admin"_s));
     }
 
-    void aFailureIsALineThatCanBePutAside() {
-        m_desktop->signIn("erika");
-        sandbox::Fault broken;
-        broken.status = 500;
-        m_platform->setFault(sandbox::Sandbox::Endpoint::directory, broken);
-        await(m_desktop->state->refresh());
-        m_platform->setFault(sandbox::Sandbox::Endpoint::directory, {});
-        QVERIFY(m_desktop->state->lastError());
-        PanelWindow* const window = m_desktop->openPanel();
-        QVERIFY(heard::find(window, *m_desktop->state->lastError(), QAccessible::AlertMessage));
-        QVERIFY(heard::press(heard::find(window, QStringLiteral("Meldung schließen"), Button)));
-        QVERIFY(!m_desktop->state->lastError());
-    }
-
-    void aLongFailureLeavesTheListItsPlace() {
+    void aLongFailureLeavesTheListItsPlaceAndCanBePutAside() {
         const QTemporaryDir folder;
-        QFile refusing(folder.filePath(QStringLiteral("sshfs")));
+        QFile refusing(folder.filePath(u"sshfs"_s));
         QVERIFY(refusing.open(QFile::WriteOnly));
         refusing.write(
             "#!/bin/sh\n[ \"$1\" != --version ] || exec echo SSHFS version 3\nseq 30 >&2\nexit 1\n");
@@ -255,23 +220,23 @@ class TestPanel : public QObject {
         m_desktop->signIn("erika");
         await(m_desktop->state->connectProject(m_desktop->state->projects().constFirst()));
         const QString failure = m_desktop->state->lastError().value_or(QString());
-        QVERIFY(failure.count(QLatin1Char('\n')) > 20);
+        QVERIFY(failure.count(u'\n') > 20);
         PanelWindow* const window = m_desktop->openPanel();
         const QAccessibleInterface* const line = heard::find(window, failure, QAccessible::AlertMessage);
-        const QAccessibleInterface* const list =
-            heard::find(window, QStringLiteral("Projekte"), QAccessible::List);
+        const QAccessibleInterface* const list = heard::find(window, u"Projekte"_s, QAccessible::List);
         QVERIFY(line && list);
         QVERIFY(line->rect().height() > 80);
         QVERIFY(line->rect().bottom() < list->rect().top());
+        QVERIFY(heard::press(heard::find(window, u"Meldung schließen"_s, Button)));
+        QVERIFY(!m_desktop->state->lastError());
     }
 
     void newestLineOfTheLogIsInView() {
         m_desktop->signIn("erika");
         PanelWindow* const window = m_desktop->openPanel();
-        QVERIFY(heard::press(heard::find(window, QStringLiteral("Anzeigen"), Button)));
+        QVERIFY(heard::press(heard::find(window, u"Anzeigen"_s, Button)));
         const auto lowest = [window] {
-            QAccessibleInterface* const log =
-                heard::find(window, QStringLiteral("Aktivitaet"), QAccessible::List);
+            QAccessibleInterface* const log = heard::find(window, u"Aktivitaet"_s, QAccessible::List);
             const int bottom = log ? log->rect().bottom() : 0;
             QString name;
             heard::visit(log, [&](QAccessibleInterface* line) {
@@ -282,24 +247,15 @@ class TestPanel : public QObject {
             return name;
         };
         for (int i = 0; i < 130; ++i) { // more than the log keeps
-            const QString message = QStringLiteral("Zeile %1").arg(i);
+            const QString message = u"Zeile %1"_s.arg(i);
             m_desktop->state->log(message, ActivityLogLevel::info);
             if (i % 10 == 9)
                 QTRY_COMPARE(lowest(), message);
         }
         m_desktop->statusBar->close();
-        m_desktop->state->log(QStringLiteral("Im Verborgenen"), ActivityLogLevel::info);
+        m_desktop->state->log(u"Im Verborgenen"_s, ActivityLogLevel::info);
         m_desktop->openPanel();
-        QTRY_COMPARE(lowest(), QStringLiteral("Im Verborgenen"));
-    }
-
-    void showsAProjectWhateverIsSearched() {
-        m_desktop->signIn("erika");
-        const QString domain = domainOf(7);
-        const QString title = titleOf(7);
-        m_desktop->state->setSearchText(QStringLiteral("nichts davon"));
-        m_desktop->statusBar->showProject(domain);
-        QTRY_VERIFY(chosenRow(&m_desktop->statusBar->panel()).startsWith(title));
+        QTRY_COMPARE(lowest(), u"Im Verborgenen"_s);
     }
 
     void connectsOpensAndDisconnectsByKeys() {
@@ -310,35 +266,29 @@ class TestPanel : public QObject {
         const QString title = titleOf(0);
         QTest::keyClick(window, Qt::Key_Down);
         QTest::keyClick(window, Qt::Key_Return);
-        QTRY_COMPARE_WITH_TIMEOUT(rowOf(window, title)->text(QAccessible::Description),
-                                  QStringLiteral("Gemountet"), 20000);
-        QVERIFY(heard::find(rowOf(window, title), QStringLiteral("Gemountet")));
-        QVERIFY(heard::find(window, title + QStringLiteral(": Gemountet"), QAccessible::AlertMessage));
+        QTRY_COMPARE_WITH_TIMEOUT(rowOf(window, title)->text(QAccessible::Description), u"Gemountet"_s,
+                                  20000);
+        QVERIFY(heard::find(rowOf(window, title), u"Gemountet"_s));
+        QVERIFY(heard::find(window, title + u": Gemountet"_s, QAccessible::AlertMessage));
         const QStringList buttons = heard::names(rowOf(window, title), Button);
         QCOMPARE(buttons.mid(0, 3),
-                 (QStringList{QStringLiteral("Trennen"), QStringLiteral("In VS Code oeffnen"),
-                              QStringLiteral("Im Finder oeffnen")}));
-        QVERIFY(!buttons.contains(QStringLiteral("Verbinden und mounten")));
+                 (QStringList{u"Trennen"_s, u"In VS Code oeffnen"_s, u"Im Finder oeffnen"_s}));
+        QVERIFY(!buttons.contains(u"Verbinden und mounten"_s));
 
         m_desktop->shell.opened.clear();
         QTest::keyClick(window, Qt::Key_Return);
-        QTRY_VERIFY_WITH_TIMEOUT(!m_desktop->shell.opened.filter(QStringLiteral("code ")).isEmpty(), 10000);
+        QTRY_VERIFY_WITH_TIMEOUT(!m_desktop->shell.opened.filter(u"code "_s).isEmpty(), 10000);
 
         QTest::keyClick(window, Qt::Key_T, Qt::ControlModifier);
-        QTRY_COMPARE_WITH_TIMEOUT(rowOf(window, title)->text(QAccessible::Description),
-                                  QStringLiteral("Nicht verbunden"), 20000);
-        QCOMPARE(heard::names(rowOf(window, title), Button).constFirst(),
-                 QStringLiteral("Verbinden und mounten"));
-        QVERIFY(heard::find(window, title + QStringLiteral(": Nicht verbunden"), QAccessible::AlertMessage));
+        QTRY_COMPARE_WITH_TIMEOUT(rowOf(window, title)->text(QAccessible::Description), u"Nicht verbunden"_s,
+                                  20000);
+        QCOMPARE(heard::names(rowOf(window, title), Button).constFirst(), u"Verbinden und mounten"_s);
+        QVERIFY(heard::find(window, title + u": Nicht verbunden"_s, QAccessible::AlertMessage));
     }
 };
 
 int main(int argc, char* argv[]) {
-    chooseSceneGraph();
-    QApplication application(argc, argv);
-    QApplication::setQuitOnLastWindowClosed(false);
-    TestPanel test;
-    return QTest::qExec(&test, argc, argv);
+    return runOnDesktop<TestPanel>(argc, argv);
 }
 
 #include "tst_panel.moc"

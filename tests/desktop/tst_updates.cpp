@@ -8,6 +8,8 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+using namespace Qt::StringLiterals;
+
 /// The feed over https, from the question to what the user is told.
 class TestUpdates : public QObject {
     Q_OBJECT
@@ -30,15 +32,13 @@ class TestUpdates : public QObject {
         QTest::addColumn<QByteArray>("version");
         QTest::addColumn<QString>("scheme");
         QTest::addColumn<QString>("told");
-        const QString unreachable = QStringLiteral("Die Liste der Versionen ist gerade nicht erreichbar.");
-        QTest::newRow("newer") << 200 << QByteArray("1.1") << "https"
-                               << "Version 1.1 ist verfügbar: https://x.example/1.1";
-        QTest::newRow("same") << 200 << QByteArray("1.0.0") << "https"
-                              << "Harvellon Connect ist auf dem neuesten Stand.";
-        QTest::newRow("broken") << 200 << QByteArray("<") << "https"
-                                << "Harvellon Connect ist auf dem neuesten Stand.";
-        QTest::newRow("gone") << 404 << QByteArray("1.1") << "https" << unreachable;
-        QTest::newRow("not encrypted") << 200 << QByteArray("1.1") << "http" << unreachable;
+        const QString unreachable = u"Die Liste der Versionen ist gerade nicht erreichbar."_s;
+        QTest::newRow("newer") << 200 << QByteArray("1.1") << u"https"_s
+                               << u"Version 1.1 ist verfügbar: https://x.example/1.1"_s;
+        QTest::newRow("same") << 200 << QByteArray("1.0.0") << u"https"_s
+                              << u"Harvellon Connect ist auf dem neuesten Stand."_s;
+        QTest::newRow("gone") << 404 << QByteArray("1.1") << u"https"_s << unreachable;
+        QTest::newRow("not encrypted") << 200 << QByteArray("1.1") << u"http"_s << unreachable;
     }
 
     void whoAsksIsTold() {
@@ -55,8 +55,8 @@ class TestUpdates : public QObject {
             "</link></item></channel></rss>";
         m_answers.set(sandbox::Endpoint::site, answer);
         QNetworkAccessManager network;
-        UpdateController updates(QStringLiteral("%1://127.0.0.1:%2/feed.xml").arg(scheme).arg(m_site->port()),
-                                 QStringLiteral("1.0.0"), network);
+        UpdateController updates(u"%1://127.0.0.1:%2/feed.xml"_s.arg(scheme).arg(m_site->port()), u"1.0.0"_s,
+                                 network);
         const QSignalSpy spy(&updates, &UpdateController::announced);
         updates.checkForUpdates();
         QTRY_COMPARE(spy.size(), 1);

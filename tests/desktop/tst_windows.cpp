@@ -1,13 +1,12 @@
 #include "Desktop/PopoverPlacement.h"
-#include "Desktop/SceneGraph.h"
 #include "desktop/DesktopFixture.h"
 #include "desktop/Heard.h"
 
-#include <QApplication>
 #include <QSignalSpy>
 #include <QSystemTrayIcon>
 #include <QWidget>
 
+using namespace Qt::StringLiterals;
 using QAccessible::Button;
 
 /// The status item with its panel, the settings and the alerts, as windows of the desktop.
@@ -23,16 +22,10 @@ class TestWindows : public QObject {
         return m_desktop->settings->window();
     }
 
-    /// The control at which the keyboard is.
-    [[nodiscard]] static QString focus(QWindow* window) {
-        const QAccessibleInterface* const there = QAccessible::queryAccessibleInterface(window)->focusChild();
-        return there ? there->text(QAccessible::Name) : QString();
-    }
-
     [[nodiscard]] int settingsWindows() const {
         const QWindowList windows = QGuiApplication::topLevelWindows();
         return static_cast<int>(std::count_if(windows.begin(), windows.end(), [](const QWindow* window) {
-            return window->title() == QLatin1String("Einstellungen");
+            return window->title() == "Einstellungen"_L1;
         }));
     }
 
@@ -55,12 +48,6 @@ class TestWindows : public QObject {
     void init() { m_desktop = std::make_unique<DesktopFixture>(m_platform->server()); }
 
     void cleanup() { m_desktop.reset(); }
-
-    void thePanelHasItsSizeAndLiesOnTheScreen() {
-        const PanelWindow* const window = m_desktop->openPanel();
-        QCOMPARE(window->size(), QSize(640, 660));
-        QTRY_VERIFY(window->screen()->availableGeometry().contains(window->geometry()));
-    }
 
     void aLowScreenTakesFromTheList() {
         PanelWindow* const window = m_desktop->openPanel();
@@ -95,15 +82,6 @@ class TestWindows : public QObject {
         }
     }
 
-    void installingTwiceMakesOneItemAndOnePanel() {
-        m_desktop->openPanel();
-        const PanelWindow* const before = &m_desktop->statusBar->panel();
-        const auto items = m_desktop->statusBar->children().size();
-        m_desktop->statusBar->install(*m_desktop->state);
-        QCOMPARE(&m_desktop->statusBar->panel(), before);
-        QCOMPARE(m_desktop->statusBar->children().size(), items);
-    }
-
     void turningElsewhereClosesThePopoverAndTheSameClickKeepsItClosed() {
         if (!QSystemTrayIcon::isSystemTrayAvailable())
             QSKIP("without a bar the panel is an ordinary window");
@@ -118,13 +96,6 @@ class TestWindows : public QObject {
         QTest::qWait(400);
         m_desktop->statusBar->toggle();
         QVERIFY(m_desktop->statusBar->isShown());
-    }
-
-    void closingThePanelDoesNotDestroyIt() {
-        PanelWindow* const window = m_desktop->openPanel();
-        window->close();
-        QVERIFY(!m_desktop->statusBar->isShown());
-        QCOMPARE(m_desktop->openPanel(), window);
     }
 
     void keysReachTheProgram() {
@@ -145,7 +116,7 @@ class TestWindows : public QObject {
         QWindow* const window = settings();
         QVERIFY2(!m_desktop->statusBar->isShown(), "the panel closes first");
         QVERIFY(QTest::qWaitForWindowActive(window));
-        QCOMPARE(window->title(), QStringLiteral("Einstellungen"));
+        QCOMPARE(window->title(), u"Einstellungen"_s);
         QCOMPARE(window->size(), QSize(520, 460));
         QCOMPARE(settings(), window);
         window->close();
@@ -156,17 +127,17 @@ class TestWindows : public QObject {
 
     void settingsOfNobody() {
         QWindow* const window = settings();
-        QVERIFY(heard::find(window, QStringLiteral("Einstellungen - Harvellon Connect")));
-        QVERIFY(heard::find(window, QStringLiteral("Nicht angemeldet")));
-        QVERIFY(heard::find(window, QStringLiteral("Melde dich an, um deine Projekte zu verwalten.")));
-        QVERIFY(!heard::find(window, QStringLiteral("Account hinzufügen")));
-        QTRY_COMPARE(focus(window), QStringLiteral("Mit Harvellon anmelden"));
-        m_desktop->identity = QStringLiteral("erika");
-        QVERIFY(heard::press(heard::find(window, QStringLiteral("Mit Harvellon anmelden"), Button)));
+        QVERIFY(heard::find(window, u"Einstellungen - Harvellon Connect"_s));
+        QVERIFY(heard::find(window, u"Nicht angemeldet"_s));
+        QVERIFY(heard::find(window, u"Melde dich an, um deine Projekte zu verwalten."_s));
+        QVERIFY(!heard::find(window, u"Account hinzufügen"_s));
+        QTRY_COMPARE(heard::focus(window), u"Mit Harvellon anmelden"_s);
+        m_desktop->identity = u"erika"_s;
+        QVERIFY(heard::press(heard::find(window, u"Mit Harvellon anmelden"_s, Button)));
         QTRY_COMPARE(m_desktop->state->accounts().size(), 1);
         QTRY_VERIFY(!m_desktop->state->isLoading());
-        QTRY_VERIFY(heard::find(window, QStringLiteral("Account hinzufügen"), Button));
-        QVERIFY(!heard::find(window, QStringLiteral("Nicht angemeldet")));
+        QTRY_VERIFY(heard::find(window, u"Account hinzufügen"_s, Button));
+        QVERIFY(!heard::find(window, u"Nicht angemeldet"_s));
     }
 
     void ofTwoAccountsOneIsActive() {
@@ -174,22 +145,13 @@ class TestWindows : public QObject {
         m_desktop->signIn(qPrintable(people.at(0).key));
         m_desktop->signIn(qPrintable(people.at(1).key));
         QWindow* const window = settings();
-        const auto active = [window] {
-            QStringList names;
-            heard::visit(QAccessible::queryAccessibleInterface(window),
-                         [&names](QAccessibleInterface* control) {
-                             if (control->role() == QAccessible::ListItem && control->state().selected)
-                                 names.append(control->text(QAccessible::Name));
-                         });
-            return names;
-        };
-        QTRY_COMPARE(focus(window), people.at(0).name);
+        QTRY_COMPARE(heard::focus(window), people.at(0).name);
         QTRY_COMPARE(heard::names(window, QAccessible::ListItem).size(), 2);
-        QCOMPARE(active(), QStringList(people.at(1).name));
+        QCOMPARE(heard::chosen(window), QStringList(people.at(1).name));
         QVERIFY(heard::press(heard::find(window, people.at(0).name, QAccessible::ListItem)));
-        QTRY_COMPARE(active(), QStringList(people.at(0).name));
+        QTRY_COMPARE(heard::chosen(window), QStringList(people.at(0).name));
 
-        QVERIFY(heard::press(heard::find(window, QStringLiteral("Account entfernen"), Button)));
+        QVERIFY(heard::press(heard::find(window, u"Account entfernen"_s, Button)));
         QTRY_COMPARE(m_desktop->state->accounts().size(), 1);
         QTRY_COMPARE(heard::names(window, QAccessible::ListItem), QStringList(people.at(1).name));
     }
@@ -197,10 +159,9 @@ class TestWindows : public QObject {
     void theSwitchTurnsTheHotKeyOff() {
         QWindow* const window = settings();
         const bool before = m_desktop->state->globalHotkeyEnabled();
-        QAccessibleInterface* const control =
-            heard::find(window, QStringLiteral("F19 oeffnet Harvellon Connect"));
+        QAccessibleInterface* const control = heard::find(window, u"F19 oeffnet Harvellon Connect"_s);
         QCOMPARE(control->text(QAccessible::Description),
-                 QStringLiteral("Systemweit aktiv, auch wenn die App im Hintergrund ist."));
+                 u"Systemweit aktiv, auch wenn die App im Hintergrund ist."_s);
         QVERIFY(heard::press(control));
         QCOMPARE(m_desktop->state->globalHotkeyEnabled(), !before);
         QVERIFY(heard::press(control));
@@ -209,41 +170,25 @@ class TestWindows : public QObject {
 
     void guidanceIsAskedOnceAndAnswered() {
         m_desktop.reset();
-        m_desktop = std::make_unique<DesktopFixture>(m_platform->server(), QStringLiteral("/nowhere/sshfs"));
+        m_desktop = std::make_unique<DesktopFixture>(m_platform->server(), u"/nowhere/sshfs"_s);
         m_desktop->signIn("erika");
         await(m_desktop->state->connectProject(m_desktop->state->projects().constFirst()));
         QWindow* const alert = m_desktop->alerts->window();
         QVERIFY(alert);
         QVERIFY(QTest::qWaitForWindowExposed(alert));
         const QVariantMap guidance = m_desktop->state->guidanceMap();
-        QVERIFY(heard::find(alert, guidance.value(QStringLiteral("title")).toString()));
-        const QStringList labels = guidance.value(QStringLiteral("buttons")).toStringList();
+        QVERIFY(heard::find(alert, guidance.value(u"title"_s).toString()));
+        const QStringList labels = guidance.value(u"buttons"_s).toStringList();
         for (const QString& label : labels)
             QVERIFY2(heard::find(alert, label, Button), qPrintable(label));
         QVERIFY(heard::press(heard::find(alert, labels.constLast(), Button)));
         QVERIFY(m_desktop->state->guidanceMap().isEmpty());
         QVERIFY(!m_desktop->alerts->window());
     }
-
-    void closingTheAlertIsAnAnswerToo() {
-        m_desktop.reset();
-        m_desktop = std::make_unique<DesktopFixture>(m_platform->server(), QStringLiteral("/nowhere/sshfs"));
-        m_desktop->signIn("erika");
-        await(m_desktop->state->connectProject(m_desktop->state->projects().constFirst()));
-        QWindow* const alert = m_desktop->alerts->window();
-        QVERIFY(alert && QTest::qWaitForWindowExposed(alert));
-        QTest::keyClick(alert, Qt::Key_Escape);
-        QVERIFY(m_desktop->state->guidanceMap().isEmpty());
-        QVERIFY(m_desktop->copied.isEmpty());
-    }
 };
 
 int main(int argc, char* argv[]) {
-    chooseSceneGraph();
-    QApplication application(argc, argv);
-    QApplication::setQuitOnLastWindowClosed(false);
-    TestWindows test;
-    return QTest::qExec(&test, argc, argv);
+    return runOnDesktop<TestWindows>(argc, argv);
 }
 
 #include "tst_windows.moc"

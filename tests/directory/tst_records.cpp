@@ -4,6 +4,8 @@
 
 #include <QTest>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 /// JSON in C++ is easier to read with single quotes.
 QByteArray json(const char* text) {
@@ -34,28 +36,28 @@ class TestRecords : public QObject {
         const auto row = [](const char* name, const QByteArray& text, const Project& project) {
             QTest::newRow(name) << text << project;
         };
-        const QString d = QStringLiteral("d.example");
+        const QString d = u"d.example"_s;
         row("least", json("{'domain':'d.example','webspace_id':12}"),
-            {d, none, QStringLiteral("12"), QStringLiteral("/"), ProjectType::harvellon});
+            {d, none, u"12"_s, u"/"_s, ProjectType::harvellon});
         row("trimmed and lowered",
             json("{'domain':'d.example','ispconfig_webspace':7,'path':'  web ','type':' SSH\\n','name':'N'}"),
-            {d, QStringLiteral("N"), QStringLiteral("7"), QStringLiteral("/web"), ProjectType::ssh});
+            {d, u"N"_s, u"7"_s, u"/web"_s, ProjectType::ssh});
         row("first identifier wins", json("{'domain':'d.example','webspace_id':1,'ispconfig_webspace':2}"),
-            {d, none, QStringLiteral("1"), QStringLiteral("/"), ProjectType::harvellon});
+            {d, none, u"1"_s, u"/"_s, ProjectType::harvellon});
         row("null falls to the second",
             json("{'domain':'d.example','webspace_id':null,'ispconfig_webspace':9}"),
-            {d, none, QStringLiteral("9"), QStringLiteral("/"), ProjectType::harvellon});
+            {d, none, u"9"_s, u"/"_s, ProjectType::harvellon});
         row("fraction falls to the second",
             json("{'domain':'d.example','webspace_id':1.5,'ispconfig_webspace':9}"),
-            {d, none, QStringLiteral("9"), QStringLiteral("/"), ProjectType::harvellon});
+            {d, none, u"9"_s, u"/"_s, ProjectType::harvellon});
         row("digits beyond doubles", json("{'domain':'d.example','webspace_id':9007199254740993}"),
-            {d, none, QStringLiteral("9007199254740993"), QStringLiteral("/"), ProjectType::harvellon});
+            {d, none, u"9007199254740993"_s, u"/"_s, ProjectType::harvellon});
         row("negative, largest", json("{'domain':'d.example','webspace_id':-9223372036854775807}"),
-            {d, none, QStringLiteral("-9223372036854775807"), QStringLiteral("/"), ProjectType::harvellon});
+            {d, none, u"-9223372036854775807"_s, u"/"_s, ProjectType::harvellon});
         row("ill-typed trifles", json("{'domain':'d.example','webspace_id':1,'name':5,'path':[],'type':5}"),
-            {d, none, QStringLiteral("1"), QStringLiteral("/"), ProjectType::harvellon});
+            {d, none, u"1"_s, u"/"_s, ProjectType::harvellon});
         row("path stays", json("{'domain':'d.example','webspace_id':1,'path':'//a//','type':'ftp'}"),
-            {d, none, QStringLiteral("1"), QStringLiteral("//a//"), ProjectType::harvellon});
+            {d, none, u"1"_s, u"//a//"_s, ProjectType::harvellon});
     }
 
     void projects() {
@@ -69,18 +71,19 @@ class TestRecords : public QObject {
     void refused_data() {
         QTest::addColumn<QByteArray>("text");
         QTest::addColumn<QString>("path");
-        QTest::newRow("no domain") << answerWith(json("{'webspace_id':1}")) << "domain";
+        QTest::newRow("no domain") << answerWith(json("{'webspace_id':1}")) << u"domain"_s;
         QTest::newRow("text as identifier")
-            << answerWith(json("{'domain':'d','webspace_id':'12'}")) << "ispconfig_webspace";
+            << answerWith(json("{'domain':'d','webspace_id':'12'}")) << u"ispconfig_webspace"_s;
         QTest::newRow("identifier beyond 64 bits")
-            << answerWith(json("{'domain':'d','webspace_id':99999999999999999999}")) << "ispconfig_webspace";
-        QTest::newRow("no user name") << (json("{'user':{},'projects':[]}")) << "name";
+            << answerWith(json("{'domain':'d','webspace_id':99999999999999999999}"))
+            << u"ispconfig_webspace"_s;
+        QTest::newRow("no user name") << (json("{'user':{},'projects':[]}")) << u"name"_s;
         QTest::newRow("coder as text")
-            << (json("{'user':{'name':'E','coder':'ja'},'projects':[]}")) << "coder";
-        QTest::newRow("no projects") << (json("{'user':{'name':'E'}}")) << "projects";
-        QTest::newRow("project is a number") << answerWith("5") << "projects";
-        QTest::newRow("half a file") << (json("{'user':{'name':'E'},'proj")) << "";
-        QTest::newRow("nested without end") << QByteArray(100000, '[') << "";
+            << (json("{'user':{'name':'E','coder':'ja'},'projects':[]}")) << u"coder"_s;
+        QTest::newRow("no projects") << (json("{'user':{'name':'E'}}")) << u"projects"_s;
+        QTest::newRow("project is a number") << answerWith("5") << u"projects"_s;
+        QTest::newRow("half a file") << (json("{'user':{'name':'E'},'proj")) << u""_s;
+        QTest::newRow("nested without end") << QByteArray(100000, '[') << u""_s;
     }
 
     void refused() {
@@ -91,15 +94,13 @@ class TestRecords : public QObject {
             QFAIL("decoded");
         } catch (const DecodingError& error) {
             QCOMPARE(error.path(), path);
-            if (path == QLatin1String("ispconfig_webspace"))
-                QCOMPARE(error.description(), QStringLiteral("Webspace-ID fehlt"));
+            if (path == "ispconfig_webspace"_L1)
+                QCOMPARE(error.description(), u"Webspace-ID fehlt"_s);
         }
     }
 
     void accountsSurviveARoundTrip() {
-        const QList<Account> accounts{
-            {QStringLiteral("1"), QStringLiteral("ü@x.example"), QStringLiteral("\"Ü\"")},
-            {QStringLiteral("2"), none, QStringLiteral("Zwei")}};
+        const QList<Account> accounts{{u"1"_s, u"ü@x.example"_s, u"\"Ü\""_s}, {u"2"_s, none, u"Zwei"_s}};
         const QByteArray encoded = encodeAccounts(accounts);
         QVERIFY(!encoded.contains("null"));
         QCOMPARE(decodeAccounts(encoded), accounts);
@@ -108,8 +109,7 @@ class TestRecords : public QObject {
     }
 
     void encodedProjectKeepsItsOrderAndIsNotReadBack() {
-        const Project project{QStringLiteral("d.example"), none, QStringLiteral("7"), QStringLiteral("/web"),
-                              ProjectType::ssh};
+        const Project project{u"d.example"_s, none, u"7"_s, u"/web"_s, ProjectType::ssh};
         const QByteArray encoded = encodeProject(project);
         QCOMPARE(encoded, json("{'domain':'d.example','webspace_id':'7','ispconfig_webspace':'7',"
                                "'path':'/web','type':'ssh'}"));

@@ -9,6 +9,7 @@
 #include <csignal>
 #include <thread>
 
+using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
 class TestMounter : public MounterFixture {
@@ -21,18 +22,18 @@ class TestMounter : public MounterFixture {
         QCOMPARE(session.mountPoint, mountPoint(0));
         QCOMPARE(m_mounter->mountPoint(session.domain), std::optional(session.mountPoint));
         QCOMPARE(QDir(session.mountPoint).entryList(QDir::Dirs | QDir::NoDotAndDotDot),
-                 (QStringList{QStringLiteral("log"), QStringLiteral("web")}));
-        QFile file(session.mountPoint + QStringLiteral("/web/neu.txt"));
+                 (QStringList{u"log"_s, u"web"_s}));
+        QFile file(session.mountPoint + u"/web/neu.txt"_s);
         QVERIFY(file.open(QIODevice::WriteOnly));
         file.write("gespeichert");
         file.close();
-        QFile onServer(project(0).path + QStringLiteral("/web/neu.txt"));
+        QFile onServer(project(0).path + u"/web/neu.txt"_s);
         QVERIFY(onServer.open(QIODevice::ReadOnly));
         QCOMPARE(onServer.readAll(), QByteArray("gespeichert"));
 
         QCOMPARE(await(m_mounter->mount(project(0))).startedAt, session.startedAt); // the same session
-        QCOMPARE(unmountFailure(session.domain), QStringLiteral("none"));
-        QCOMPARE(unmountFailure(session.domain), QStringLiteral("none")); // no session: silent
+        QCOMPARE(unmountFailure(session.domain), u"none"_s);
+        QCOMPARE(unmountFailure(session.domain), u"none"_s); // no session: silent
         QVERIFY(QDir(session.mountPoint).isEmpty());
         QVERIFY(nobodyCanSaveInto(session.mountPoint));
         QFile hosts(host().knownHostsFile());
@@ -43,64 +44,59 @@ class TestMounter : public MounterFixture {
     }
 
     void projectNameInjectsNothing() {
-        const QString proof = m_home->filePath(QStringLiteral("proof"));
-        const QString script = m_home->filePath(QStringLiteral("evil.sh"));
+        const QString proof = m_home->filePath(u"proof"_s);
+        const QString script = m_home->filePath(u"evil.sh"_s);
         writeScript(script, "#!/bin/sh\ntouch '" + proof.toUtf8() + "'\n");
         Project project = this->project(0);
-        project.name = QStringLiteral("a\\,ssh_command=") + script + QStringLiteral(",b");
-        QCOMPARE(mountFailure(project), QStringLiteral("none"));
+        project.name = u"a\\,ssh_command="_s + script + u",b"_s;
+        QCOMPARE(mountFailure(project), u"none"_s);
         QVERIFY(!QFile::exists(proof));
     }
 
     void impossibleProjectsCreateNothing() {
         Project above = project(0);
-        above.domain = QStringLiteral("../evil");
+        above.domain = u"../evil"_s;
         Project torn = project(0);
         torn.path.append(QChar(QChar::Null));
         for (const Project& project : {above, torn}) {
-            QVERIFY(mountFailure(project).endsWith(QStringLiteral("ist nicht zulässig.")));
+            QVERIFY(mountFailure(project).endsWith(u"ist nicht zulässig."_s));
             QVERIFY(QDir(m_home->path()).isEmpty());
         }
     }
 
     void refusalsAreToldApart() {
         Project missing = project(0);
-        missing.path = QStringLiteral("/no/such/folder");
-        QVERIFY(mountFailure(missing).contains(QStringLiteral("No such file or directory")));
+        missing.path = u"/no/such/folder"_s;
+        QVERIFY(mountFailure(missing).contains(u"No such file or directory"_s));
         m_platform->ssh().acceptKey(false);
         QCOMPARE(mountFailure(project(0)),
                  MounterError(MounterError::Case::authenticationFailed, hosted(0).domain).description());
         m_platform->ssh().acceptKey(true);
         m_platform->ssh().replaceHostKey();
-        QVERIFY(mountFailure(project(0)).contains(QStringLiteral("Host key verification failed")));
+        QVERIFY(mountFailure(project(0)).contains(u"Host key verification failed"_s));
     }
 
     void missingMeansAreTold_data() {
         QTest::addColumn<QString>("sshfs");
         QTest::addColumn<QString>("privateFolder");
         QTest::addColumn<QString>("failure");
-        QTest::newRow("no sshfs") << "/nowhere/sshfs"
-                                  << "p" << MounterError(MounterError::Case::sshfsNotFound).description();
-        QTest::newRow("silent sshfs") << "/usr/bin/true"
-                                      << "p"
-                                      << "Mount fehlgeschlagen: sshfs beendet ohne Mount";
-        QTest::newRow("sshfs without interpreter") << "script"
-                                                   << "p"
-                                                   << "No such file or directory";
+        QTest::newRow("no sshfs") << u"/nowhere/sshfs"_s << u"p"_s
+                                  << MounterError(MounterError::Case::sshfsNotFound).description();
+        QTest::newRow("silent sshfs")
+            << u"/usr/bin/true"_s << u"p"_s << u"Mount fehlgeschlagen: sshfs beendet ohne Mount"_s;
+        QTest::newRow("sshfs without interpreter") << u"script"_s << u"p"_s << u"No such file or directory"_s;
         QTest::newRow("no data folder")
-            << "/usr/bin/sshfs"
-            << ""
-            << "Mount fehlgeschlagen: Application Support Verzeichnis nicht zugänglich.";
-        QTest::newRow("data folder below a file") << "/usr/bin/sshfs"
-                                                  << "script/p"
-                                                  << "Not a directory";
+            << u"/usr/bin/sshfs"_s << u""_s
+            << u"Mount fehlgeschlagen: Application Support Verzeichnis nicht zugänglich."_s;
+        QTest::newRow("data folder below a file")
+            << u"/usr/bin/sshfs"_s << u"script/p"_s << u"Not a directory"_s;
     }
 
     void missingMeansAreTold() {
         QFETCH(QString, sshfs);
         QFETCH(QString, privateFolder);
         QFETCH(QString, failure);
-        writeScript(m_home->filePath(QStringLiteral("script")), "#!/no/such/interpreter\n");
+        writeScript(m_home->filePath(u"script"_s), "#!/no/such/interpreter\n");
         HostSystem host = this->host();
         host.sshfsCandidates = {QDir(m_home->path()).absoluteFilePath(sshfs)};
         host.privateFolder = privateFolder.isEmpty() ? QString() : m_home->filePath(privateFolder);
@@ -123,25 +119,25 @@ class TestMounter : public MounterFixture {
         QFETCH(bool, homeIsLink);
         HostSystem host = this->host();
         if (homeIsLink) {
-            host.homeFolder = m_home->filePath(QStringLiteral("link"));
+            host.homeFolder = m_home->filePath(u"link"_s);
             QVERIFY(QFile::link(m_home->path(), host.homeFolder));
         }
-        QCOMPARE(mountFailure(project(0)), QStringLiteral("none"));
-        const QList<pid_t> former = processesWith(QStringLiteral("ssh4711@"));
+        QCOMPARE(mountFailure(project(0)), u"none"_s);
+        const QList<pid_t> former = processesWith(u"ssh4711@"_s);
         m_mounter = std::make_unique<SSHFSMounter>(host, *m_shell); // the former one ends without a word
         QVERIFY(MountTable::lists(mountPoint(0)));
         for (const pid_t pid : former)
             ::kill(pid, signal);
-        QCOMPARE(mountFailure(project(0)), QStringLiteral("none"));
-        QVERIFY(QFile::exists(mountPoint(0) + QStringLiteral("/web/index.php")));
+        QCOMPARE(mountFailure(project(0)), u"none"_s);
+        QVERIFY(QFile::exists(mountPoint(0) + u"/web/index.php"_s));
         for (const pid_t pid : former)
             ::kill(pid, SIGKILL);
     }
 
     void leftoversAreSoughtBelowTheRootAlone() {
-        QCOMPARE(mountedBelow(m_home->filePath(QStringLiteral("Harvellon"))), QStringList()); // not there yet
-        QCOMPARE(mountFailure(project(0)), QStringLiteral("none"));
-        QCOMPARE(mountedBelow(m_home->filePath(QStringLiteral("Harvellon"))), QStringList{hosted(0).domain});
+        QCOMPARE(mountedBelow(m_home->filePath(u"Harvellon"_s)), QStringList()); // not there yet
+        QCOMPARE(mountFailure(project(0)), u"none"_s);
+        QCOMPARE(mountedBelow(m_home->filePath(u"Harvellon"_s)), QStringList{hosted(0).domain});
     }
 
     void folderWithoutItsMountTakesNothing() {
@@ -153,18 +149,18 @@ class TestMounter : public MounterFixture {
 
         // From an accident that an older program allowed.
         QFile::setPermissions(mountPoint(0), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-        QFile file(mountPoint(0) + QStringLiteral("/lokal.txt"));
+        QFile file(mountPoint(0) + u"/lokal.txt"_s);
         QVERIFY(file.open(QIODevice::WriteOnly));
         QVERIFY(await(m_mounter->mount(project(0))).coversFiles);
         QVERIFY(!file.exists());
-        QCOMPARE(unmountFailure(hosted(0).domain), QStringLiteral("none"));
+        QCOMPARE(unmountFailure(hosted(0).domain), u"none"_s);
         QVERIFY(file.exists());
         QVERIFY(nobodyCanSaveInto(mountPoint(0)));
         QFile::setPermissions(mountPoint(0), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
         QVERIFY(file.remove());
 
         m_platform->ssh().acceptKey(false);
-        QVERIFY(mountFailure(project(1)) != QLatin1String("none"));
+        QVERIFY(mountFailure(project(1)) != "none"_L1);
         QVERIFY(nobodyCanSaveInto(mountPoint(1)));
     }
 
@@ -177,66 +173,65 @@ class TestMounter : public MounterFixture {
             ++calls;
             again.emplace(m_mounter->mount(project(0))); // at once, while the dead mount is being cleared
         };
-        QCOMPARE(mountFailure(project(0)), QStringLiteral("none"));
+        QCOMPARE(mountFailure(project(0)), u"none"_s);
         const QList<pid_t> sshfs = processesWith(mountPoint(0));
         QCOMPARE(sshfs.size(), 1);
         ::kill(sshfs.first(), SIGKILL);
         QTRY_COMPARE(calls, 1);
         await(std::move(*again));
-        QVERIFY(QFile::exists(mountPoint(0) + QStringLiteral("/web")));
-        QCOMPARE(unmountFailure(hosted(0).domain), QStringLiteral("none"));
+        QVERIFY(QFile::exists(mountPoint(0) + u"/web"_s));
+        QCOMPARE(unmountFailure(hosted(0).domain), u"none"_s);
         QTest::qWait(100);
         QCOMPARE(calls, 1); // taken down on purpose
     }
 
     void unmountCommandsGoFromGentleToForced() {
-        QCOMPARE(mountFailure(project(0)), QStringLiteral("none"));
+        QCOMPARE(mountFailure(project(0)), u"none"_s);
         QProcess inside;
         inside.setWorkingDirectory(mountPoint(0));
-        inside.start(QStringLiteral("/bin/sleep"), {QStringLiteral("60")});
+        inside.start(u"/bin/sleep"_s, {u"60"_s});
         QVERIFY(inside.waitForStarted());
         m_shell->calls.clear();
-        QCOMPARE(unmountFailure(hosted(0).domain), QStringLiteral("none")); // busy: only the last one helps
-        QCOMPARE(m_shell->calls,
-                 (QStringList{QStringLiteral("/usr/bin/fusermount3 -u ") + mountPoint(0),
-                              QStringLiteral("/usr/bin/umount ") + mountPoint(0),
-                              QStringLiteral("/usr/bin/fusermount3 -u -z ") + mountPoint(0)}));
+        QCOMPARE(unmountFailure(hosted(0).domain), u"none"_s); // busy: only the last one helps
+        QCOMPARE(m_shell->calls, (QStringList{u"/usr/bin/fusermount3 -u "_s + mountPoint(0),
+                                              u"/usr/bin/umount "_s + mountPoint(0),
+                                              u"/usr/bin/fusermount3 -u -z "_s + mountPoint(0)}));
         inside.kill();
         inside.waitForFinished();
     }
 
     void filesInUseAreWrittenToTheirEnd() {
-        QCOMPARE(mountFailure(project(0)), QStringLiteral("none"));
-        QFile file(mountPoint(0) + QStringLiteral("/web/upload.bin"));
+        QCOMPARE(mountFailure(project(0)), u"none"_s);
+        QFile file(mountPoint(0) + u"/web/upload.bin"_s);
         QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
         const QByteArray half(1024 * 1024, 'x');
         QCOMPARE(file.write(half), half.size());
         QVERIFY(await(m_mounter->unmount(hosted(0).domain)));
         QVERIFY(!MountTable::lists(mountPoint(0)));
-        QCOMPARE(mountFailure(project(0)), QStringLiteral("none")); // the next mount does not wait for it
+        QCOMPARE(mountFailure(project(0)), u"none"_s); // the next mount does not wait for it
         QCOMPARE(file.write(half), half.size());
         file.close();
         QCOMPARE(file.error(), QFile::NoError);
-        QCOMPARE(QFile(project(0).path + QStringLiteral("/web/upload.bin")).size(), 2 * half.size());
+        QCOMPARE(QFile(project(0).path + u"/web/upload.bin"_s).size(), 2 * half.size());
         QVERIFY(!await(m_mounter->unmount(hosted(0).domain)));
         QTRY_COMPARE(processesWith(m_home->path()), QList<pid_t>()); // by itself
     }
 
     void whatNoCommandUnmountsIsTold() {
         HostSystem mac = HostSystem::macOS(m_home->path());
-        mac.sshfsCandidates = {QStringLiteral("/usr/bin/sshfs")};
+        mac.sshfsCandidates = {u"/usr/bin/sshfs"_s};
         mac.platformMountOptions.clear(); // this sshfs would refuse them
-        mac.volumeNameOption = QStringLiteral("fsname");
+        mac.volumeNameOption = u"fsname"_s;
         SSHFSMounter mounter(mac, *m_shell);
-        m_shell->answers = {{QStringLiteral("/usr/sbin/diskutil"), {1, {}, QStringLiteral("busy\n")}},
-                            {QStringLiteral("/sbin/umount /"), {1, {}, {}}},
-                            {QStringLiteral("/sbin/umount -f"), {1, {}, QStringLiteral(" forced\n")}}};
+        m_shell->answers = {{u"/usr/sbin/diskutil"_s, {1, {}, u"busy\n"_s}},
+                            {u"/sbin/umount /"_s, {1, {}, {}}},
+                            {u"/sbin/umount -f"_s, {1, {}, u" forced\n"_s}}};
         await(mounter.mount(project(0)));
         try {
             await(mounter.unmount(hosted(0).domain));
             QFAIL("unmounted");
         } catch (const MounterError& error) {
-            QCOMPARE(error.description(), QStringLiteral("Unmount fehlgeschlagen: forced"));
+            QCOMPARE(error.description(), u"Unmount fehlgeschlagen: forced"_s);
         }
         QVERIFY(mounter.sessions().isEmpty());
     }
@@ -253,7 +248,7 @@ class TestMounter : public MounterFixture {
     void callsForOneDomainDoNotCollide() {
         auto first = m_mounter->mount(project(0));
         QVERIFY(m_mounter->isMounting(hosted(0).domain));
-        QVERIFY(mountFailure(project(0)).endsWith(QStringLiteral(" wird bereits verbunden.")));
+        QVERIFY(mountFailure(project(0)).endsWith(u" wird bereits verbunden."_s));
         const MountSession session = await(std::move(first));
         auto unmounting = m_mounter->unmount(session.domain);
         auto second = m_mounter->unmount(session.domain);
@@ -277,7 +272,7 @@ class TestMounter : public MounterFixture {
         auto mounting = m_mounter->mount(project(0));
         QTest::qWait(300);
         if (way == 0)
-            QCOMPARE(unmountFailure(hosted(0).domain), QStringLiteral("none"));
+            QCOMPARE(unmountFailure(hosted(0).domain), u"none"_s);
         else if (way == 1)
             await(m_mounter->unmountAll());
         else
@@ -290,7 +285,7 @@ class TestMounter : public MounterFixture {
         std::vector<QCoro::Task<MountSession>> mounting;
         for (int i = 0; i < 12; ++i)
             mounting.push_back(m_mounter->mount(project(i)));
-        QCOMPARE(unmountFailure(hosted(11).domain), QStringLiteral("none"));
+        QCOMPARE(unmountFailure(hosted(11).domain), u"none"_s);
         QVERIFY_THROWS_EXCEPTION(MounterError, await(std::move(mounting.back())));
         QVERIFY(!QFileInfo::exists(mountPoint(11))); // its turn had not come
         mounting.pop_back();
@@ -301,9 +296,9 @@ class TestMounter : public MounterFixture {
 
     void hangingCommandDoesNotHoldUpTheEnd() {
         for (int i = 0; i < 2; ++i)
-            QCOMPARE(mountFailure(project(i)), QStringLiteral("none"));
-        m_shell->hanging = QStringLiteral("/usr/bin/umount");
-        m_shell->answers = {{QStringLiteral("/usr/bin/fusermount3 -u /"), {1, {}, {}}}};
+            QCOMPARE(mountFailure(project(i)), u"none"_s);
+        m_shell->hanging = u"/usr/bin/umount"_s;
+        m_shell->answers = {{u"/usr/bin/fusermount3 -u /"_s, {1, {}, {}}}};
         const auto unmounting = m_mounter->unmount(hosted(0).domain);
         QElapsedTimer timer;
         timer.start();
@@ -314,13 +309,12 @@ class TestMounter : public MounterFixture {
 
     void silentServerHoldsUpNeitherUnmountNorEnd() {
         for (int i = 0; i < 3; ++i)
-            QCOMPARE(mountFailure(project(i)), QStringLiteral("none"));
+            QCOMPARE(mountFailure(project(i)), u"none"_s);
         m_platform->ssh().freeze();
         // Somebody hangs in each of them.
         std::vector<std::thread> readers;
         for (int i = 0; i < 3; ++i)
-            readers.emplace_back(
-                [path = mountPoint(i)] { QFile::exists(path + QStringLiteral("/web/unknown")); });
+            readers.emplace_back([path = mountPoint(i)] { QFile::exists(path + u"/web/unknown"_s); });
         QTRY_COMPARE(blockedThreads(), 3);
         QElapsedTimer timer;
         timer.start();

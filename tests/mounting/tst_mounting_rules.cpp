@@ -11,12 +11,12 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+using namespace Qt::StringLiterals;
 using State = SSHFSReadiness::State;
 
 namespace {
 Project projectNamed(const std::optional<QString>& name) {
-    return {QStringLiteral("example.org"), name, QStringLiteral("4711"), QStringLiteral("/web"),
-            ProjectType::ssh};
+    return {u"example.org"_s, name, u"4711"_s, u"/web"_s, ProjectType::ssh};
 }
 
 void touch(const QString& path, QFile::Permissions permissions = QFile::ReadOwner | QFile::WriteOwner) {
@@ -33,43 +33,40 @@ class TestMountingRules : public QObject {
 
     void argumentsOnBothDesktops() {
         const Project project = projectNamed(std::nullopt);
-        const QStringList mac = sshfsArguments(HostSystem::macOS(QStringLiteral("/Users/e")), project,
-                                               QStringLiteral("/Users/e/Harvellon/example.org"));
-        QCOMPARE(mac, (QStringList{
-                          QStringLiteral("ssh4711@example.org:/web"),
-                          QStringLiteral("/Users/e/Harvellon/example.org"), QStringLiteral("-o"),
-                          QStringLiteral(
-                              "reconnect,ServerAliveInterval=15,ServerAliveCountMax=3,defer_permissions,"
+        const QStringList mac =
+            sshfsArguments(HostSystem::macOS(u"/Users/e"_s), project, u"/Users/e/Harvellon/example.org"_s);
+        QCOMPARE(mac,
+                 (QStringList{u"ssh4711@example.org:/web"_s, u"/Users/e/Harvellon/example.org"_s, u"-o"_s,
+                              u"reconnect,ServerAliveInterval=15,ServerAliveCountMax=3,defer_permissions,"
                               "noappledouble,volname=HV example.org,StrictHostKeyChecking=accept-new,"
                               "UserKnownHostsFile=\"/Users/e/Library/Application Support/HarvellonConnect/"
-                              "known_hosts\""),
-                          QStringLiteral("-f")}));
-        QCOMPARE(mountOptions(HostSystem::linuxDesktop(QStringLiteral("/home/e")),
-                              projectNamed(QStringLiteral("N"))),
-                 QStringLiteral("reconnect,ServerAliveInterval=15,ServerAliveCountMax=3,fsname=HV N,"
-                                "StrictHostKeyChecking=accept-new,"
-                                "UserKnownHostsFile=/home/e/.local/share/HarvellonConnect/known_hosts"));
+                              "known_hosts\""_s,
+                              u"-f"_s}));
+        QCOMPARE(mountOptions(HostSystem::linuxDesktop(u"/home/e"_s), projectNamed(u"N"_s)),
+                 u"reconnect,ServerAliveInterval=15,ServerAliveCountMax=3,fsname=HV N,"
+                 "StrictHostKeyChecking=accept-new,"
+                 "UserKnownHostsFile=/home/e/.local/share/HarvellonConnect/known_hosts"_s);
     }
 
     void valuesCannotBecomeOptions() {
-        QCOMPARE(optionValue(QStringLiteral("a,ssh_command=/x\\")), QStringLiteral("a\\,ssh_command=/x\\\\"));
-        const QString options = mountOptions(HostSystem::linuxDesktop(QStringLiteral("/h,100%/\"e\" x")),
-                                             projectNamed(QStringLiteral("N")));
-        QVERIFY2(options.contains(QStringLiteral("UserKnownHostsFile=\"/h\\,100%%/\\\\\"e\\\\\" x/")),
+        QCOMPARE(optionValue(u"a,ssh_command=/x\\"_s), u"a\\,ssh_command=/x\\\\"_s);
+        const QString options =
+            mountOptions(HostSystem::linuxDesktop(u"/h,100%/\"e\" x"_s), projectNamed(u"N"_s));
+        QVERIFY2(options.contains(u"UserKnownHostsFile=\"/h\\,100%%/\\\\\"e\\\\\" x/"_s),
                  qPrintable(options));
     }
 
     void zeroInANameCutsNothingOff() {
-        const QString options = mountOptions(HostSystem::linuxDesktop(QStringLiteral("/h")),
-                                             projectNamed(QStringLiteral("a") + QChar(QChar::Null)));
-        QVERIFY(options.contains(QStringLiteral("fsname=HV a ,StrictHostKeyChecking")));
+        const QString options =
+            mountOptions(HostSystem::linuxDesktop(u"/h"_s), projectNamed(u"a"_s + QChar(QChar::Null)));
+        QVERIFY(options.contains(u"fsname=HV a ,StrictHostKeyChecking"_s));
     }
 
     void domains_data() {
         QTest::addColumn<QString>("domain");
         QTest::addColumn<bool>("plain");
-        QTest::newRow("usual") << "www.example.org" << true;
-        QTest::newRow("umlaut") << QStringLiteral("bücher.example") << true;
+        QTest::newRow("usual") << u"www.example.org"_s << true;
+        QTest::newRow("umlaut") << u"bücher.example"_s << true;
         for (const char* bad : {"", ".", "..", "a/b", "../x", "a\nb", "a b", "-oProxyCommand=x", "a:b", "a@b",
                                 "a\\b", "[a]", "a`b`", "a\x1b[2Jb", "a\xe2\x80\xae"})
             QTest::addRow("%s", QByteArray(bad).toHex().constData()) << QString::fromUtf8(bad) << false;
@@ -86,16 +83,18 @@ class TestMountingRules : public QObject {
         QTest::addColumn<QString>("output");
         QTest::addColumn<State>("state");
         QTest::addColumn<QString>("detail");
-        const QString mismatch = QStringLiteral(
-            "Code-Signatur-Mismatch zwischen sshfs und libfuse (Team IDs stimmen nicht überein).");
-        QTest::newRow("good") << "SSHFS version 3.7.3\nFUSE library version 3.14" << State::ready << "";
+        const QString mismatch =
+            u"Code-Signatur-Mismatch zwischen sshfs und libfuse (Team IDs stimmen nicht überein)."_s;
+        QTest::newRow("good") << u"SSHFS version 3.7.3\nFUSE library version 3.14"_s << State::ready << u""_s;
         QTest::newRow("good, speaks of its loader")
-            << "dyld: note\nFUSE library version 2" << State::ready << "";
-        QTest::newRow("library") << "Library not loaded: x" << State::notStarting << mismatch;
-        QTest::newRow("teams") << "mapping has different Team IDs" << State::notStarting << mismatch;
-        QTest::newRow("loader in capitals") << "DYLD error" << State::notStarting << mismatch;
-        QTest::newRow("lower case mark") << " sshfs version \n" << State::notStarting << "sshfs version";
-        QTest::newRow("silent") << " \n" << State::notStarting << "Unbekannter Fehler beim Start von sshfs.";
+            << u"dyld: note\nFUSE library version 2"_s << State::ready << u""_s;
+        QTest::newRow("library") << u"Library not loaded: x"_s << State::notStarting << mismatch;
+        QTest::newRow("teams") << u"mapping has different Team IDs"_s << State::notStarting << mismatch;
+        QTest::newRow("loader in capitals") << u"DYLD error"_s << State::notStarting << mismatch;
+        QTest::newRow("lower case mark")
+            << u" sshfs version \n"_s << State::notStarting << u"sshfs version"_s;
+        QTest::newRow("silent") << u" \n"_s << State::notStarting
+                                << u"Unbekannter Fehler beim Start von sshfs."_s;
     }
 
     void probes() {
@@ -109,17 +108,16 @@ class TestMountingRules : public QObject {
         QTemporaryDir folder;
         Shell shell;
         HostSystem host = HostSystem::linuxDesktop(folder.path());
-        const QString first = folder.filePath(QStringLiteral("first"));
+        const QString first = folder.filePath(u"first"_s);
         host.sshfsCandidates = {folder.path(), first};
         touch(first);
         QCOMPARE(await(diagnoseSSHFS(host, shell)).state, State::notInstalled); // a folder, a plain file
         touch(first, QFile::ReadOwner | QFile::ExeOwner); // not a program that could start
-        QCOMPARE(
-            await(diagnoseSSHFS(host, shell)),
-            (SSHFSReadiness{State::notStarting, QStringLiteral("Start von ") + first +
-                                                    QStringLiteral(" fehlgeschlagen. Ist es installiert und "
-                                                                   "erreichbar?")}));
-        host.sshfsCandidates = {folder.path(), QStringLiteral("/usr/bin/sshfs")};
+        QCOMPARE(await(diagnoseSSHFS(host, shell)),
+                 (SSHFSReadiness{State::notStarting, u"Start von "_s + first +
+                                                         u" fehlgeschlagen. Ist es installiert und "
+                                                         "erreichbar?"_s}));
+        host.sshfsCandidates = {folder.path(), u"/usr/bin/sshfs"_s};
         QCOMPARE(await(diagnoseSSHFS(host, shell)), (SSHFSReadiness{State::ready, {}}));
     }
 
@@ -127,33 +125,33 @@ class TestMountingRules : public QObject {
         using Case = MounterError::Case;
         QTest::addColumn<QString>("errors");
         QTest::addColumn<Case>("error");
-        QTest::newRow("key") << "x@y: Permission denied (publickey)." << Case::authenticationFailed;
-        QTest::newRow("capitals") << "PERMISSION DENIED" << Case::authenticationFailed;
-        QTest::newRow("methods") << "No supported methods: PublicKey" << Case::authenticationFailed;
-        QTest::newRow("authentication") << "Authentication failed." << Case::authenticationFailed;
-        QTest::newRow("other") << "read: Connection reset by peer" << Case::mountFailed;
+        QTest::newRow("key") << u"x@y: Permission denied (publickey)."_s << Case::authenticationFailed;
+        QTest::newRow("capitals") << u"PERMISSION DENIED"_s << Case::authenticationFailed;
+        QTest::newRow("methods") << u"No supported methods: PublicKey"_s << Case::authenticationFailed;
+        QTest::newRow("authentication") << u"Authentication failed."_s << Case::authenticationFailed;
+        QTest::newRow("other") << u"read: Connection reset by peer"_s << Case::mountFailed;
     }
 
     void failuresOfSSHFS() {
         QFETCH(QString, errors);
         QFETCH(MounterError::Case, error);
-        QCOMPARE(MounterError::fromSSHFS(errors, QStringLiteral("h")).error(), error);
+        QCOMPARE(MounterError::fromSSHFS(errors, u"h"_s).error(), error);
     }
 
     void legacyKeyGoesAndOthersStay() {
         QTemporaryDir home;
-        const QString ssh = home.filePath(QStringLiteral(".ssh/"));
-        removeLegacyKeyPair(home.path());                                           // nothing there
-        QVERIFY(QDir().mkpath(ssh + QStringLiteral("harvellonconnect_ed25519/x"))); // cannot be removed
-        touch(ssh + QStringLiteral("harvellonconnect_ed25519.pub"));
-        touch(ssh + QStringLiteral("id_ed25519"));
+        const QString ssh = home.filePath(u".ssh/"_s);
+        removeLegacyKeyPair(home.path());                              // nothing there
+        QVERIFY(QDir().mkpath(ssh + u"harvellonconnect_ed25519/x"_s)); // cannot be removed
+        touch(ssh + u"harvellonconnect_ed25519.pub"_s);
+        touch(ssh + u"id_ed25519"_s);
         removeLegacyKeyPair(home.path());
         QCOMPARE(QDir(ssh).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
-                 (QStringList{QStringLiteral("harvellonconnect_ed25519"), QStringLiteral("id_ed25519")}));
-        QVERIFY(QDir(ssh + QStringLiteral("harvellonconnect_ed25519")).removeRecursively());
-        touch(ssh + QStringLiteral("harvellonconnect_ed25519"));
+                 (QStringList{u"harvellonconnect_ed25519"_s, u"id_ed25519"_s}));
+        QVERIFY(QDir(ssh + u"harvellonconnect_ed25519"_s).removeRecursively());
+        touch(ssh + u"harvellonconnect_ed25519"_s);
         removeLegacyKeyPair(home.path());
-        QCOMPARE(QDir(ssh).entryList(QDir::Files), QStringList{QStringLiteral("id_ed25519")});
+        QCOMPARE(QDir(ssh).entryList(QDir::Files), QStringList{u"id_ed25519"_s});
     }
 };
 

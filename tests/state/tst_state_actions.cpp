@@ -7,6 +7,8 @@
 #include <QSslCertificate>
 #include <QSslConfiguration>
 
+using namespace Qt::StringLiterals;
+
 /// What the buttons of a row do, on real parts: ssh, https and the programs that would open.
 class TestStateActions : public StateFixture {
     Q_OBJECT
@@ -14,14 +16,14 @@ class TestStateActions : public StateFixture {
     /// A host whose ssh client reaches the platform's hosts.
     [[nodiscard]] HostSystem reachingHost() const {
         HostSystem reaching = host();
-        reaching.ssh = m_platform->ssh().binFolder() + QStringLiteral("/ssh");
+        reaching.ssh = m_platform->ssh().binFolder() + u"/ssh"_s;
         return reaching;
     }
 
     /// A project whose site is the platform's.
-    [[nodiscard]] Project siteProject(const QString& host = QStringLiteral("127.0.0.1")) const {
-        return {host + QStringLiteral(":%1").arg(m_platform->sites().port()), std::nullopt,
-                QStringLiteral("1"), QStringLiteral("/"), ProjectType::ssh};
+    [[nodiscard]] Project siteProject(const QString& host = u"127.0.0.1"_s) const {
+        return {host + u":%1"_s.arg(m_platform->sites().port()), std::nullopt, u"1"_s, u"/"_s,
+                ProjectType::ssh};
     }
 
     [[nodiscard]] const sandbox::HostedProject& hosted(int index) const {
@@ -39,38 +41,27 @@ class TestStateActions : public StateFixture {
 
   private Q_SLOTS:
 
-    void siteAndBackEndOpenInTheBrowser() {
-        signIn("erika");
-        m_shell->opened.clear();
-        const QString domain = project(0).domain;
-        m_state->startOpenSite(domain, false);
-        m_state->startOpenSite(domain, true);
-        m_state->startOpenSite(QStringLiteral("unknown.example"), true);
-        QCOMPARE(m_shell->opened, (QStringList{QStringLiteral("https://") + domain,
-                                               QStringLiteral("https://%1/admin").arg(domain)}));
-    }
-
     void shellOpensWhereSshAddressesLeadOrInATerminal() {
         signIn("erika");
         m_shell->opened.clear();
         Project project = this->project(0);
-        const QString login = QStringLiteral("ssh%1@%2").arg(project.webspaceID, project.domain);
+        const QString login = u"ssh%1@%2"_s.arg(project.webspaceID, project.domain);
         m_shell->opensSsh = true;
         await(m_state->openShell(project));
         m_shell->opensSsh = false;
-        const QString terminal = m_home->filePath(QStringLiteral("xfce4-terminal"));
-        QVERIFY(QFile::link(QStringLiteral("/bin/true"), terminal));
+        const QString terminal = m_home->filePath(u"xfce4-terminal"_s);
+        QVERIFY(QFile::link(u"/bin/true"_s, terminal));
         qputenv("TERMINAL", terminal.toUtf8());
         await(m_state->openShell(project));
-        QCOMPARE(m_shell->opened, (QStringList{QStringLiteral("ssh://") + login,
-                                               terminal + QStringLiteral(" -x /usr/bin/ssh ") + login}));
+        QCOMPARE(m_shell->opened,
+                 (QStringList{u"ssh://"_s + login, terminal + u" -x /usr/bin/ssh "_s + login}));
         // A terminal that splits its command at blanks would read options here.
-        project.domain = QStringLiteral("x -oProxyCommand=evil");
+        project.domain = u"x -oProxyCommand=evil"_s;
         await(m_state->openShell(project));
         qunsetenv("TERMINAL");
         QCOMPARE(m_shell->opened.size(), 2);
         QCOMPARE(messages().last(),
-                 QStringLiteral("SSH-Shell nicht moeglich: x -oProxyCommand=evil ist kein Rechnername."));
+                 u"SSH-Shell nicht moeglich: x -oProxyCommand=evil ist kein Rechnername."_s);
     }
 
     void fileManagerAndEditorNeedAMount() {
@@ -80,17 +71,15 @@ class TestStateActions : public StateFixture {
         m_state->clearActivityLog();
         m_state->openInFinder(project);
         await(m_state->openInVSCode(project));
-        const QString missing =
-            QStringLiteral("CloudStorage-Verzeichnis fuer %1 nicht gefunden.").arg(project.domain);
+        const QString missing = u"CloudStorage-Verzeichnis fuer %1 nicht gefunden."_s.arg(project.domain);
         QCOMPARE(messages(), (QStringList{missing, missing}));
         QVERIFY(m_shell->opened.isEmpty());
 
         await(m_state->connectProject(project));
         m_shell->opened.clear();
         m_state->openInFinder(project);
-        QCOMPARE(m_shell->opened,
-                 QStringList(m_home->path() + QStringLiteral("/Harvellon/") + project.domain));
-        QCOMPARE(messages().last(), QStringLiteral("Öffne %1 im Finder...").arg(project.domain));
+        QCOMPARE(m_shell->opened, QStringList(m_home->path() + u"/Harvellon/"_s + project.domain));
+        QCOMPARE(messages().last(), u"Öffne %1 im Finder..."_s.arg(project.domain));
     }
 
     void databaseOpensWithWhatTheServerSays() {
@@ -104,15 +93,13 @@ class TestStateActions : public StateFixture {
             const QString password = databasePassword(hosted(index));
             const QString database = databaseName(hosted(index));
             QCOMPARE(m_shell->opened.value(0),
-                     QStringLiteral("mysql://%1:%2@127.0.0.1:3306/%3?ssh_host=%4&ssh_port=22&ssh_user=ssh%5"
-                                    "&ssh_keyLocation=%6/.ssh/id_rsa&ssh_keyLocationEnabled=1")
-                         .arg(databaseUser(hosted(index)), password, database, project.domain,
-                              project.webspaceID, m_home->path()));
-            QCOMPARE(
-                messages(),
-                (QStringList{
-                    QStringLiteral("Lese DB-Konfiguration von %1...").arg(project.domain),
-                    QStringLiteral("Oeffne %1 DB in Sequel Ace (%2)...").arg(project.domain, database)}));
+                     u"mysql://%1:%2@127.0.0.1:3306/%3?ssh_host=%4&ssh_port=22&ssh_user=ssh%5"
+                     "&ssh_keyLocation=%6/.ssh/id_rsa&ssh_keyLocationEnabled=1"_s.arg(
+                         databaseUser(hosted(index)), password, database, project.domain, project.webspaceID,
+                         m_home->path()));
+            QCOMPARE(messages(),
+                     (QStringList{u"Lese DB-Konfiguration von %1..."_s.arg(project.domain),
+                                  u"Oeffne %1 DB in Sequel Ace (%2)..."_s.arg(project.domain, database)}));
         }
     }
 
@@ -121,17 +108,14 @@ class TestStateActions : public StateFixture {
         signIn("erika");
         m_shell->opened.clear();
         const Project project = this->project(0);
-        const QString configuration =
-            sandbox::homeFolder(m_platform->treeRoot(), hosted(0)) + QStringLiteral("/web/.env");
-        QVERIFY(QFile::rename(configuration, configuration + QStringLiteral(".away")));
+        const QString configuration = sandbox::homeFolder(m_platform->treeRoot(), hosted(0)) + u"/web/.env"_s;
+        QVERIFY(QFile::rename(configuration, configuration + u".away"_s));
         await(m_state->openDatabase(project));
-        QCOMPARE(messages().last().section(QLatin1Char(':'), 0, 0),
-                 QStringLiteral("Config konnte nicht gelesen werden"));
-        QVERIFY2(messages().last().endsWith(QLatin1String("web/.env: No such file or directory")),
+        QCOMPARE(messages().last().section(u':', 0, 0), u"Config konnte nicht gelesen werden"_s);
+        QVERIFY2(messages().last().endsWith("web/.env: No such file or directory"_L1),
                  qPrintable(messages().last()));
 
-        const QString unreadable =
-            QStringLiteral("DB-Credentials konnten nicht aus der Config gelesen werden.");
+        const QString unreadable = u"DB-Credentials konnten nicht aus der Config gelesen werden."_s;
         for (const QByteArray& content : {QByteArray(8'000'000, '\xff'), QByteArray(8'000'000, '='),
                                           QByteArray("DB_DATABASE=a\nDB_USERNAME=b\n")}) {
             QFile file(configuration);
@@ -143,18 +127,18 @@ class TestStateActions : public StateFixture {
             QCOMPARE(messages().last(), unreadable);
         }
         QVERIFY(QFile::remove(configuration));
-        QVERIFY(QFile::rename(configuration + QStringLiteral(".away"), configuration));
+        QVERIFY(QFile::rename(configuration + u".away"_s, configuration));
 
         m_platform->ssh().acceptKey(false);
         await(m_state->openDatabase(project));
-        QVERIFY(messages().last().contains(QLatin1String("Permission denied")));
+        QVERIFY(messages().last().contains("Permission denied"_L1));
         HostSystem without = host();
-        without.ssh = QStringLiteral("/none/ssh");
+        without.ssh = u"/none/ssh"_s;
         start(without);
         signIn("erika");
         await(m_state->openDatabase(project));
-        QVERIFY(messages().last().startsWith(QLatin1String("SSH-Verbindung fehlgeschlagen: ")));
-        QVERIFY(m_shell->opened.filter(QStringLiteral("mysql")).isEmpty());
+        QVERIFY(messages().last().startsWith("SSH-Verbindung fehlgeschlagen: "_L1));
+        QVERIFY(m_shell->opened.filter(u"mysql"_s).isEmpty());
         QCOMPARE(m_state->lastError(), std::nullopt);
     }
 
@@ -162,19 +146,19 @@ class TestStateActions : public StateFixture {
         QTest::addColumn<int>("status");
         QTest::addColumn<QByteArray>("location");
         QTest::addColumn<QString>("outcome"); // % for the domain
-        const QString cleared = QStringLiteral("Cache fuer % geleert.");
-        const QString failed = QStringLiteral("Cache leeren fehlgeschlagen: ");
+        const QString cleared = u"Cache fuer % geleert."_s;
+        const QString failed = u"Cache leeren fehlgeschlagen: "_s;
         QTest::newRow("page") << 200 << QByteArray() << cleared;
         QTest::newRow("no content") << 204 << QByteArray() << cleared;
-        QTest::newRow("choices") << 300 << QByteArray() << "Cache-Request fuer % scheiterte mit Status 300.";
+        QTest::newRow("choices") << 300 << QByteArray()
+                                 << u"Cache-Request fuer % scheiterte mit Status 300."_s;
         QTest::newRow("error page") << 503 << QByteArray()
-                                    << "Cache-Request fuer % scheiterte mit Status 503.";
+                                    << u"Cache-Request fuer % scheiterte mit Status 503."_s;
         QTest::newRow("redirect in a circle")
-            << 302 << QByteArray("/") << failed + QStringLiteral("Zu viele Weiterleitungen.");
+            << 302 << QByteArray("/") << failed + u"Zu viele Weiterleitungen."_s;
         QTest::newRow("redirect to http")
             << 301 << QByteArray("http://127.0.0.1:9/")
-            << failed + QStringLiteral(
-                            "Die Weiterleitung führt auf eine Adresse, die nicht mit https gesichert ist.");
+            << failed + u"Die Weiterleitung führt auf eine Adresse, die nicht mit https gesichert ist."_s;
     }
 
     void cacheIsClearedByTheSite() {
@@ -190,15 +174,15 @@ class TestStateActions : public StateFixture {
         const qsizetype before = m_platform->requests("/").size();
         m_state->clearActivityLog();
         await(m_state->clearCache(project));
-        QCOMPARE(messages(), (QStringList{QStringLiteral("Leere Cache fuer %1...").arg(project.domain),
-                                          outcome.replace(QLatin1Char('%'), project.domain)}));
+        QCOMPARE(messages(), (QStringList{u"Leere Cache fuer %1..."_s.arg(project.domain),
+                                          outcome.replace(u'%', project.domain)}));
         QVERIFY(m_platform->requests("/").size() > before);
         QVERIFY(!m_platform->requests("/").last().headers.contains("authorization"));
     }
 
     void cacheRequestFollowsToTheSitesProperName() {
         sandbox::Faults none;
-        const sandbox::Sites proper(m_home->filePath(QStringLiteral("proper")), none);
+        const sandbox::Sites proper(m_home->filePath(u"proper"_s), none);
         trustSites({m_platform->sites().certificate(), proper.certificate()});
         Fault moved;
         moved.status = 308;
@@ -206,41 +190,38 @@ class TestStateActions : public StateFixture {
             QByteArray("https://127.0.0.1:%/neu").replace('%', QByteArray::number(proper.port()));
         m_platform->setFault(Endpoint::site, moved);
         await(m_state->clearCache(siteProject()));
-        QCOMPARE(messages().last(), QStringLiteral("Cache fuer %1 geleert.").arg(siteProject().domain));
+        QCOMPARE(messages().last(), u"Cache fuer %1 geleert."_s.arg(siteProject().domain));
         QCOMPARE(none.requests("/neu").size(), 1);
 
         moved.location = m_platform->server().toUtf8().replace("http:", "https:"); // nobody speaks TLS there
         m_platform->setFault(Endpoint::site, moved);
         await(m_state->clearCache(siteProject()));
-        QVERIFY(messages().last().startsWith(QLatin1String("Cache leeren fehlgeschlagen: ")));
+        QVERIFY(messages().last().startsWith("Cache leeren fehlgeschlagen: "_L1));
     }
 
     void sitesThatCannotBeTrustedOrNamedAreToldWithTheReason() {
         trustSites({});
         await(m_state->clearCache(siteProject()));
-        QVERIFY2(messages().last().contains(QLatin1String("certificate")), qPrintable(messages().last()));
+        QVERIFY2(messages().last().contains("certificate"_L1), qPrintable(messages().last()));
         Project unnamed = siteProject();
-        unnamed.domain = QStringLiteral("a b");
+        unnamed.domain = u"a b"_s;
         await(m_state->clearCache(unnamed));
-        QCOMPARE(messages().last(), QStringLiteral("Ungueltige Cache-URL: https://a b/?type=5820917364"));
+        QCOMPARE(messages().last(), u"Ungueltige Cache-URL: https://a b/?type=5820917364"_s);
     }
 
     void browserTabFillsTheSearch_data() {
         QTest::addColumn<QString>("script");
         QTest::addColumn<QString>("search");
         QTest::addColumn<QString>("told");
-        QTest::newRow("tab") << "echo '  https://www.alpenhof.sandbox.test/x  '"
-                             << "alpenhof.sandbox.test"
-                             << "Suche mit Chrome-Domain gefuellt: alpenhof.sandbox.test";
-        QTest::newRow("no browser") << "echo ' Google Chrome läuft nicht. ' >&2; exit 1"
-                                    << "vorher"
-                                    << "Chrome-Tab konnte nicht gelesen werden: Google Chrome läuft nicht.";
-        QTest::newRow("blank page") << "echo about:blank"
-                                    << "vorher"
-                                    << "Chrome-Tab-URL unbrauchbar: about:blank";
-        QTest::newRow("nothing") << "true"
-                                 << "vorher"
-                                 << "Chrome-Tab-URL unbrauchbar: ";
+        QTest::newRow("tab") << u"echo '  https://www.alpenhof.sandbox.test/x  '"_s
+                             << u"alpenhof.sandbox.test"_s
+                             << u"Suche mit Chrome-Domain gefuellt: alpenhof.sandbox.test"_s;
+        QTest::newRow("no browser")
+            << u"echo ' Google Chrome läuft nicht. ' >&2; exit 1"_s << u"vorher"_s
+            << u"Chrome-Tab konnte nicht gelesen werden: Google Chrome läuft nicht."_s;
+        QTest::newRow("blank page") << u"echo about:blank"_s << u"vorher"_s
+                                    << u"Chrome-Tab-URL unbrauchbar: about:blank"_s;
+        QTest::newRow("nothing") << u"true"_s << u"vorher"_s << u"Chrome-Tab-URL unbrauchbar: "_s;
     }
 
     void browserTabFillsTheSearch() {
@@ -248,9 +229,9 @@ class TestStateActions : public StateFixture {
         QFETCH(QString, search);
         QFETCH(QString, told);
         HostSystem host = this->host();
-        host.browserQuery = {QStringLiteral("/bin/sh"), {QStringLiteral("-c"), script}};
+        host.browserQuery = {u"/bin/sh"_s, {u"-c"_s, script}};
         start(host);
-        m_state->setSearchText(QStringLiteral("vorher"));
+        m_state->setSearchText(u"vorher"_s);
         await(m_state->fillSearchFromChrome());
         QCOMPARE(m_state->searchText(), search);
         QCOMPARE(messages().last(), told);

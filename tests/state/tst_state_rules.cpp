@@ -8,11 +8,13 @@
 #include <QSignalSpy>
 #include <QTest>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 const std::optional<QString> none;
 
 Project projectAt(const QString& domain, const std::optional<QString>& name = none) {
-    return {domain, name, QStringLiteral("1"), QStringLiteral("/"), ProjectType::ssh};
+    return {domain, name, u"1"_s, u"/"_s, ProjectType::ssh};
 }
 
 Account accountWith(const char* id, const std::optional<QString>& email) {
@@ -38,10 +40,10 @@ class TestStateRules : public QObject {
         for (int i = 0; i < 500; ++i)
             log.append(QString::number(i), ActivityLogLevel(i % 4));
         QCOMPARE(log.count(), 120);
-        QCOMPARE(log.entries().first().message, QStringLiteral("380"));
-        QCOMPARE(log.entries().last().message, QStringLiteral("499"));
+        QCOMPARE(log.entries().first().message, u"380"_s);
+        QCOMPARE(log.entries().last().message, u"499"_s);
         const QModelIndex last = log.index(119);
-        QCOMPARE(log.data(last, ActivityLog::symbolRole).toString(), QStringLiteral("xmark.octagon.fill"));
+        QCOMPARE(log.data(last, ActivityLog::symbolRole).toString(), u"xmark.octagon.fill"_s);
         QCOMPARE(log.data(last, ActivityLog::timeRole).toString().size(), 8);
         log.clear();
         QCOMPARE(log.count(), 0);
@@ -49,30 +51,29 @@ class TestStateRules : public QObject {
 
     void projectsAreSortedAsPeopleDo() {
         QLocale::setDefault(QLocale(QLocale::German));
-        Project second = projectAt(QStringLiteral("a.example"));
-        second.webspaceID = QStringLiteral("2");
-        const QList<Project> sorted = sortedByDomain(
-            {projectAt(QStringLiteral("b.example")), projectAt(QStringLiteral("A.example")), second,
-             projectAt(QStringLiteral("ä.example")), projectAt(QStringLiteral("c.example"))});
+        Project second = projectAt(u"a.example"_s);
+        second.webspaceID = u"2"_s;
+        const QList<Project> sorted =
+            sortedByDomain({projectAt(u"b.example"_s), projectAt(u"A.example"_s), second,
+                            projectAt(u"ä.example"_s), projectAt(u"c.example"_s)});
         QStringList domains;
         for (const Project& project : sorted)
             domains.append(project.domain + project.webspaceID);
-        QCOMPARE(domains, (QStringList{QStringLiteral("A.example1"), QStringLiteral("a.example2"),
-                                       QStringLiteral("ä.example1"), QStringLiteral("b.example1"),
-                                       QStringLiteral("c.example1")}));
+        QCOMPARE(domains, (QStringList{u"A.example1"_s, u"a.example2"_s, u"ä.example1"_s, u"b.example1"_s,
+                                       u"c.example1"_s}));
     }
 
     void search_data() {
         QTest::addColumn<QString>("text");
         QTest::addColumn<int>("hits");
-        QTest::newRow("nothing asked") << " " << 3;
-        QTest::newRow("case and diacritics") << "BACKEREI kornblume" << 1;
-        QTest::newRow("words in any order") << "example bäckerei" << 1;
-        QTest::newRow("name and domain") << "shop www" << 1;
-        QTest::newRow("no name") << "nackt" << 1;
-        QTest::newRow("sharp s") << "STRASSE" << 1;
-        QTest::newRow("across the border of name and domain") << "kornblumewww" << 0;
-        QTest::newRow("one word misses") << "shop kornblume" << 0;
+        QTest::newRow("nothing asked") << u" "_s << 3;
+        QTest::newRow("case and diacritics") << u"BACKEREI kornblume"_s << 1;
+        QTest::newRow("words in any order") << u"example bäckerei"_s << 1;
+        QTest::newRow("name and domain") << u"shop www"_s << 1;
+        QTest::newRow("no name") << u"nackt"_s << 1;
+        QTest::newRow("sharp s") << u"STRASSE"_s << 1;
+        QTest::newRow("across the border of name and domain") << u"kornblumewww"_s << 0;
+        QTest::newRow("one word misses") << u"shop kornblume"_s << 0;
     }
 
     void search() {
@@ -80,50 +81,45 @@ class TestStateRules : public QObject {
         QFETCH(int, hits);
         ProjectListModel model;
         const QAbstractItemModelTester tester(&model);
-        model.setProjects(ProjectList::of(
-            {projectAt(QStringLiteral("www.kornblume.example"), QStringLiteral("Bäckerei Kornblume")),
-             projectAt(QStringLiteral("www.s.example"), QStringLiteral("Shop in der Straße")),
-             projectAt(QStringLiteral("nackt.example"))}));
+        model.setProjects(ProjectList::of({projectAt(u"www.kornblume.example"_s, u"Bäckerei Kornblume"_s),
+                                           projectAt(u"www.s.example"_s, u"Shop in der Straße"_s),
+                                           projectAt(u"nackt.example"_s)}));
         model.setSearchText(text);
         QCOMPARE(model.count(), hits);
     }
 
     void rowsTellWhatChanges() {
         ProjectListModel model;
-        model.setProjects(ProjectList::of(
-            {projectAt(QStringLiteral("a.example")), projectAt(QStringLiteral("b.example"))}));
+        model.setProjects(ProjectList::of({projectAt(u"a.example"_s), projectAt(u"b.example"_s)}));
         QSignalSpy changed(&model, &QAbstractItemModel::dataChanged);
-        model.setConnecting(QStringLiteral("b.example"), true);
+        model.setConnecting(u"b.example"_s, true);
         QVERIFY(model.data(model.index(1), ProjectListModel::connectingSinceRole).toDateTime().isValid());
-        model.setConnecting(QStringLiteral("b.example"), false);
-        model.setConnectedDomains({QStringLiteral("b.example")});
+        model.setConnecting(u"b.example"_s, false);
+        model.setConnectedDomains({u"b.example"_s});
         QCOMPARE(changed.size(), 3);
         QCOMPARE(changed.at(2).at(0).toModelIndex().row(), 1);
         QVERIFY(model.data(model.index(1), ProjectListModel::connectedRole).toBool());
-        model.setSearchText(QStringLiteral("b.ex"));
-        QCOMPARE(model.rowOf(QStringLiteral("b.example")), 0);
-        QCOMPARE(model.rowOf(QStringLiteral("a.example")), -1);
+        model.setSearchText(u"b.ex"_s);
+        QCOMPARE(model.rowOf(u"b.example"_s), 0);
+        QCOMPARE(model.rowOf(u"a.example"_s), -1);
     }
 
     void accountsAreRecognised() {
-        const QList<Account> known{accountWith("1", QStringLiteral("a@x.example")), accountWith("2", none),
-                                   accountWith("3", QStringLiteral("STRASSE@x.example"))};
-        QCOMPARE(knownAccount(known, QStringLiteral("2"), QStringLiteral("a@x.example"))->id,
-                 QStringLiteral("2"));
-        QCOMPARE(knownAccount(known, QStringLiteral("9"), QStringLiteral("A@X.example"))->id,
-                 QStringLiteral("1"));
-        QCOMPARE(knownAccount(known, QStringLiteral("9"), QStringLiteral("straße@x.example"))->id,
-                 QStringLiteral("3"));
-        QCOMPARE(knownAccount(known, QStringLiteral("9"), none), std::nullopt);
-        QCOMPARE(knownAccount(known, QStringLiteral("9"), QString()), std::nullopt);
+        const QList<Account> known{accountWith("1", u"a@x.example"_s), accountWith("2", none),
+                                   accountWith("3", u"STRASSE@x.example"_s)};
+        QCOMPARE(knownAccount(known, u"2"_s, u"a@x.example"_s)->id, u"2"_s);
+        QCOMPARE(knownAccount(known, u"9"_s, u"A@X.example"_s)->id, u"1"_s);
+        QCOMPARE(knownAccount(known, u"9"_s, u"straße@x.example"_s)->id, u"3"_s);
+        QCOMPARE(knownAccount(known, u"9"_s, none), std::nullopt);
+        QCOMPARE(knownAccount(known, u"9"_s, QString()), std::nullopt);
     }
 
     void duplicatesGoAndTheActiveOneStays() {
-        const QList<Account> accounts{accountWith("1", QStringLiteral("a@x.example")), accountWith("2", none),
-                                      accountWith("3", QStringLiteral("A@x.example")),
-                                      accountWith("4", QString()), accountWith("5", QString())};
-        QCOMPARE(idsOf(withoutDuplicates(accounts, QStringLiteral("2"))), QStringLiteral("1245"));
-        QCOMPARE(idsOf(withoutDuplicates(accounts, QStringLiteral("3"))), QStringLiteral("2345"));
+        const QList<Account> accounts{accountWith("1", u"a@x.example"_s), accountWith("2", none),
+                                      accountWith("3", u"A@x.example"_s), accountWith("4", QString()),
+                                      accountWith("5", QString())};
+        QCOMPARE(idsOf(withoutDuplicates(accounts, u"2"_s)), u"1245"_s);
+        QCOMPARE(idsOf(withoutDuplicates(accounts, u"3"_s)), u"2345"_s);
     }
 };
 
