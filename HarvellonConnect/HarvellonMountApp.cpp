@@ -47,9 +47,9 @@ QCoro::Task<> HarvellonMountApp::shutDown() {
     QCoreApplication::quit();
 }
 
-/// Somebody else may end the event loop, a session manager for one: the mounts get their time even then.
+/// Somebody else may end the event loop, a session manager for one: the mounts and the tokens get their time even then.
 void HarvellonMountApp::finishBeforeLoopEnds() {
-    if (m_shutDown || m_state.sshfsMounter().isIdle())
+    if (m_shutDown || (m_state.sshfsMounter().isIdle() && m_state.oauth().isIdle()))
         return;
     QEventLoop loop;
     QTimer::singleShot(longestEnd, &loop, &QEventLoop::quit);

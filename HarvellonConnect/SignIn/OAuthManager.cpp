@@ -56,6 +56,28 @@ bool isGood(int status) {
 }
 } // namespace
 
+OAuthManager::Unfinished::Unfinished(OAuthManager* oauth) : m_oauth(oauth) {
+    ++oauth->m_unfinished;
+}
+
+OAuthManager::Unfinished::~Unfinished() {
+    if (m_oauth && --m_oauth->m_unfinished == 0)
+        Q_EMIT m_oauth->becameIdle();
+}
+
+QCoro::Task<> OAuthManager::finish(std::chrono::milliseconds limit) {
+    if (isIdle())
+        co_return;
+    QPromise<void> promise;
+    promise.start();
+    QObject context;
+    connect(
+        this, &OAuthManager::becameIdle, &context, [&promise] { promise.finish(); },
+        Qt::SingleShotConnection);
+    const QFuture<void> idle = promise.future();
+    co_await Async::finishesWithin(idle, limit);
+}
+
 OAuthManager::OAuthManager(const ServerAddress& server, QNetworkAccessManager& network,
                            KeychainStore& keychain, OpenAddress openAddress, QObject* parent)
     : QObject(parent), m_authorizationEndpoint(server.at(QLatin1StringView("/oauth/authorize"))),
@@ -178,6 +200,7 @@ QCoro::Task<> OAuthManager::renewTokens(QString refusedToken) {
         QFuture<std::exception_ptr> running = *m_renewal;
         failure = co_await running;
     } else {
+        const Unfinished unfinished(this);
         m_renewingAccountID = m_activeAccountID;
         QPromise<std::exception_ptr> promise;
         promise.start();

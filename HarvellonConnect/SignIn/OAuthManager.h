@@ -9,9 +9,11 @@
 #include <QCoroTask>
 #include <QFuture>
 #include <QObject>
+#include <QPointer>
 #include <QString>
 #include <QUrl>
 
+#include <chrono>
 #include <exception>
 #include <functional>
 #include <optional>
@@ -83,6 +85,13 @@ class OAuthManager : public QObject {
     QCoro::Task<std::optional<Tokens>> loadLegacyTokens();
     QCoro::Task<> removeLegacyTokens();
 
+    /// Whether no renewal is under way and the keyring is not being changed.
+    [[nodiscard]] bool isIdle() const { return m_unfinished == 0; }
+
+    /// Waits until that is so, at most `limit`. To be asked before the program ends: a renewal whose answer
+    /// nobody stores leaves a used-up refresh token behind, and with it no login.
+    QCoro::Task<> finish(std::chrono::milliseconds limit);
+
   Q_SIGNALS:
     void isAuthenticatingChanged();
     void accessTokenChanged();
@@ -92,8 +101,20 @@ class OAuthManager : public QObject {
     void loginCancelled();
     /// Tokens are in use that could not be stored.
     void storingFailed();
+    void becameIdle();
 
   private:
+    /// While one lives, something is under way that `finish` waits for.
+    class Unfinished {
+      public:
+        explicit Unfinished(OAuthManager* oauth);
+        ~Unfinished();
+        Q_DISABLE_COPY_MOVE(Unfinished)
+
+      private:
+        QPointer<OAuthManager> m_oauth;
+    };
+
     struct Stored {
         std::optional<QByteArray> access;
         std::optional<QByteArray> refresh;
@@ -126,4 +147,5 @@ class OAuthManager : public QObject {
     bool m_cancelled = false;                             ///< the login that runs
     std::optional<QFuture<std::exception_ptr>> m_renewal; ///< while one runs
     std::optional<QString> m_renewingAccountID;           ///< whose it is
+    int m_unfinished = 0;                                 ///< renewals and changes of the keyring
 };

@@ -41,6 +41,7 @@ QCoro::Task<> OAuthManager::remove(QString access, QString refresh) {
         const bool accessGone = keychain.remove(service, access);
         return keychain.remove(service, refresh) && accessGone;
     };
+    const Unfinished unfinished(this);
     co_await Async::onWorker(work, keyringPatience);
 }
 
@@ -54,6 +55,7 @@ QCoro::Task<bool> OAuthManager::store(QString accessToken, std::optional<QString
             !refreshToken || keychain.save(refreshToken->toUtf8(), service, refreshItem(accountID));
         return keychain.save(accessToken.toUtf8(), service, accessItem(accountID)) && refreshSaved;
     };
+    const Unfinished unfinished(this);
     const std::optional<bool> answer = co_await Async::onWorker(work, keyringPatience);
     const bool stored = answer.value_or(false);
     if (!stored)

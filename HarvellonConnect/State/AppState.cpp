@@ -8,7 +8,8 @@
 
 namespace {
 const QString globalHotkeyKey = QStringLiteral("GlobalHotkeyEnabled");
-}
+constexpr std::chrono::seconds storingLimit{4};
+} // namespace
 
 AppState::AppState(AppServices services, DesktopCommands desktop, QObject* parent)
     : QObject(parent), m_host(std::move(services.host)), m_shell(services.shell),
@@ -121,9 +122,11 @@ void AppState::mountEnded(const QString& domain, qint32 exitCode) {
 }
 
 QCoro::Task<> AppState::shutDown() {
-    m_preferences.retry();
+    QCoro::Task<> storing = m_oauth.finish(storingLimit);
     co_await m_sshfsMounter.unmountAll();
     publishSessions();
+    co_await storing;
+    m_preferences.retry();
 }
 
 std::optional<Project> AppState::project(const QString& domain) const {

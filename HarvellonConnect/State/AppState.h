@@ -188,7 +188,8 @@ class AppState : public QObject {
     QCoro::Task<> openDatabase(Project project);
     QCoro::Task<> clearCache(Project project);
     QCoro::Task<> fillSearchFromChrome();
-    /// Takes every mount down; done within five seconds. Nothing is mounted afterwards.
+    /// Takes every mount down, and waits for tokens that are being renewed or stored; done within five
+    /// seconds. Nothing is mounted afterwards.
     QCoro::Task<> shutDown();
 
   Q_SIGNALS:

@@ -1,5 +1,6 @@
 #include "System/Shell.h"
 
+#include <QCoreApplication>
 #include <QCoroFuture>
 #include <QFuture>
 #include <QPointer>
@@ -34,11 +35,15 @@ class Run : public QObject {
                                decoded(m_err)});
             deleteLater();
         });
-        if (limit != Shell::noLimit)
+        if (limit != Shell::noLimit) {
             QTimer::singleShot(limit, this, [this] {
                 finish(ShellResult{Shell::timedOut, {}, QStringLiteral("Zeitüberschreitung")});
                 m_process.kill();
             });
+            // Nobody is there to end it afterwards.
+            connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, &m_process,
+                    &QProcess::kill);
+        }
         m_promise.start();
         QFuture<Outcome> future = m_promise.future();
         m_process.setInputChannelMode(QProcess::ForwardedInputChannel);

@@ -44,7 +44,8 @@ class Shell {
 
     /// Starts `executable` (an absolute path) with `arguments`, never through a shell, and waits for its end
     /// without blocking. A non-zero exit is a result, not a failure. When `limit` is given and passes, the
-    /// child is killed and the result is `timedOut` at once, even where the child itself cannot die yet.
+    /// child is killed and the result is `timedOut` at once, even where the child itself cannot die yet; the
+    /// end of the program kills it, too.
     /// Throws ShellError when the command cannot be started.
     [[nodiscard]] virtual QCoro::Task<ShellResult> run(QString executable, QStringList arguments,
                                                        std::chrono::milliseconds limit = noLimit);

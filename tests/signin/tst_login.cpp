@@ -225,6 +225,20 @@ class TestLogin : public QObject {
         QCOMPARE(stored("-refresh-token"), std::optional(m_oauth->refreshToken()->toUtf8()));
     }
 
+    void theEndWaitsForARenewalUntilItIsStored() {
+        signIn();
+        const auto before = m_oauth->refreshToken();
+        Fault slow;
+        slow.delay = std::chrono::milliseconds(200);
+        m_platform->setFault(Endpoint::token, slow);
+        const auto renewal = m_oauth->renewTokens(*m_oauth->accessToken());
+        await(m_oauth->finish(std::chrono::milliseconds(50)));
+        QVERIFY(!m_oauth->isIdle());
+        await(m_oauth->finish(std::chrono::seconds(10)));
+        QVERIFY(m_oauth->isIdle() && m_oauth->refreshToken() != before);
+        QCOMPARE(stored("-refresh-token"), std::optional(m_oauth->refreshToken()->toUtf8()));
+    }
+
     void refusedRenewalForgetsTheTokens_data() {
         QTest::addColumn<int>("status");
         QTest::newRow("refused") << 400;
