@@ -47,7 +47,8 @@ QCoro::Task<> HarvellonMountApp::shutDown() {
     QCoreApplication::quit();
 }
 
-/// Somebody else may end the event loop, a session manager for one: the mounts and the tokens get their time even then.
+/// Somebody else may end the event loop, a session manager for one: the mounts and the tokens get their time
+/// even then.
 void HarvellonMountApp::finishBeforeLoopEnds() {
     if (m_shutDown || (m_state.sshfsMounter().isIdle() && m_state.oauth().isIdle()))
         return;

@@ -23,7 +23,8 @@ class HarvellonMountApp : public QObject {
     HarvellonMountApp(const HostSystem& host, const ServerAddress& server, const QString& updateFeed,
                       const QString& versionText);
 
-    /// Takes every mount down and stores what has to be stored, then ends the event loop. Further calls change nothing.
+    /// Takes every mount down and stores what has to be stored, then ends the event loop. Further calls
+    /// change nothing.
     void quit();
 
     /// Shows the panel, for a program that was started again.
