@@ -30,7 +30,11 @@ std::optional<QString> text(const std::optional<QByteArray>& data) {
 
 QCoro::Task<OAuthManager::Stored> OAuthManager::load(QString access, QString refresh) {
     const std::function<Stored()> work = [&keychain = m_keychain, service = m_service, access, refresh] {
-        return Stored{keychain.load(service, access), keychain.load(service, refresh)};
+        Stored stored;
+        stored.access = keychain.load(service, access);
+        if (stored.access) // else a locked keyring would ask its question a second time
+            stored.refresh = keychain.load(service, refresh);
+        return stored;
     };
     const std::optional<Stored> stored = co_await Async::onWorker(work, keyringPatience);
     co_return stored.value_or(Stored{});
