@@ -19,7 +19,7 @@ constexpr std::chrono::milliseconds pollingStep{150};
 constexpr std::chrono::milliseconds tableStep{20}; // a look at the mount table costs next to nothing
 constexpr std::chrono::seconds staleLimit{2};
 // A beginning ssh takes some 80 ms of a processor; twenty at once keep the panel waiting for as long.
-constexpr std::chrono::milliseconds startStep{50};
+constexpr std::chrono::milliseconds startStep{80};
 
 using Clock = std::chrono::steady_clock;
 
