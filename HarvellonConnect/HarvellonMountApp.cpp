@@ -1,5 +1,7 @@
 #include "HarvellonMountApp.h"
 
+#include "Desktop/Native/NativeDesktop.h"
+
 #include <QClipboard>
 #include <QEventLoop>
 #include <QGuiApplication>
@@ -22,8 +24,10 @@ HarvellonMountApp::HarvellonMountApp(const HostSystem& host, const ServerAddress
     connect(&m_statusBar, &StatusBarController::settingsRequested, this,
             [this] { m_settings.show(m_state); });
     connect(&m_statusBar, &StatusBarController::quitRequested, this, &HarvellonMountApp::quit);
-    connect(&m_statusBar, &StatusBarController::updatesRequested, &m_updates,
-            &UpdateController::checkForUpdates);
+    connect(&m_statusBar, &StatusBarController::updatesRequested, this, [this] {
+        activateApplication();
+        m_updates.checkForUpdates();
+    });
     connect(&m_updates, &UpdateController::announced, &m_statusBar, &StatusBarController::tell);
     connect(&m_signals, &TerminationSignals::received, this, &HarvellonMountApp::quit);
     connect(qGuiApp, &QGuiApplication::commitDataRequest, this, &HarvellonMountApp::quit,

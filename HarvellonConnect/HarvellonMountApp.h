@@ -1,16 +1,16 @@
 #pragma once
 
-#include "Desktop/GuidanceAlerts.h"
+#include "Desktop/Guidance/GuidanceAlerts.h"
 #include "Desktop/QmlViews.h"
-#include "Desktop/SettingsWindowManager.h"
-#include "Desktop/StatusBarController.h"
-#include "Desktop/UpdateController.h"
-#include "SignIn/KeychainStore.h"
+#include "Desktop/Settings/SettingsWindowManager.h"
+#include "Desktop/StatusItem/StatusBarController.h"
+#include "SignIn/Keychain/KeychainStore.h"
 #include "State/AppState.h"
 #include "System/HostSystem.h"
 #include "System/Preferences.h"
 #include "System/Shell.h"
 #include "System/TerminationSignals.h"
+#include "Updates/UpdateController.h"
 
 #include <QNetworkAccessManager>
 #include <QObject>

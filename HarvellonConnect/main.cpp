@@ -1,10 +1,10 @@
 #include "Desktop/AppVersion.h"
-#include "Desktop/NativeDesktop.h"
+#include "Desktop/Native/NativeDesktop.h"
 #include "Desktop/SceneGraph.h"
 #include "HarvellonMountApp.h"
 #include "System/Logging.h"
+#include "System/Native/SystemLog.h"
 #include "System/SingleInstance.h"
-#include "System/SystemLog.h"
 
 #include <QApplication>
 #include <QIcon>

@@ -1,12 +1,12 @@
 #include "Actions/DatabaseCredentials.h"
 #include "Actions/SearchDomain.h"
 #include "BrowserTab/SessionFile.h"
-#include "Desktop/UpdateFeed.h"
 #include "Directory/ApplicationsResponse.h"
 #include "Directory/DecodingError.h"
 #include "SignIn/CallbackRequest.h"
 #include "SignIn/OAuthError.h"
 #include "SignIn/TokenResponse.h"
+#include "Updates/UpdateFeed.h"
 
 #include <cstdint>
 

@@ -1,20 +1,16 @@
 #include "BrowserTab/ScreenWindows.h"
 
+#include "System/Native/XcbReply.h"
+
 #include <QByteArray>
 #include <QList>
 
 #include <xcb/xcb.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
-#include <memory>
 
 namespace {
-struct Free {
-    void operator()(void* memory) const { std::free(memory); }
-};
-
 class Display {
   public:
     Display() : m_connection(xcb_connect(nullptr, &m_screen)) {}
@@ -35,11 +31,10 @@ class Display {
         constexpr uint32_t mostWords = 4096;
         const xcb_intern_atom_cookie_t asked =
             xcb_intern_atom(m_connection, 1, static_cast<uint16_t>(std::strlen(name)), name);
-        const std::unique_ptr<xcb_intern_atom_reply_t, Free> atom(
-            xcb_intern_atom_reply(m_connection, asked, nullptr));
+        const XcbReply<xcb_intern_atom_reply_t> atom(xcb_intern_atom_reply(m_connection, asked, nullptr));
         if (!atom || atom->atom == XCB_ATOM_NONE)
             return {};
-        const std::unique_ptr<xcb_get_property_reply_t, Free> value(xcb_get_property_reply(
+        const XcbReply<xcb_get_property_reply_t> value(xcb_get_property_reply(
             m_connection,
             xcb_get_property(m_connection, 0, window, atom->atom, XCB_GET_PROPERTY_TYPE_ANY, 0, mostWords),
             nullptr));

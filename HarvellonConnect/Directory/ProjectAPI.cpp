@@ -2,8 +2,8 @@
 
 #include "Directory/DecodingError.h"
 #include "System/Async.h"
-#include "System/Http.h"
 #include "System/Logging.h"
+#include "System/Network/Http.h"
 
 #include <QNetworkRequest>
 #include <QStringDecoder>
@@ -55,9 +55,10 @@ QCoro::Task<ApplicationsResponse> ProjectAPI::fetchApplications(QString token) {
     const QString trimmed = token.trimmed();
     if (trimmed.isEmpty())
         throw ProjectAPIError(ProjectAPIError::Case::missingToken);
-    const QUrl url(m_endpoint, QUrl::StrictMode);
-    if (!url.isValid() || url.host().isEmpty())
+    const std::optional<QUrl> address = Http::address(m_endpoint);
+    if (!address)
         throw ProjectAPIError(ProjectAPIError::Case::badURL);
+    const QUrl url = *address;
 
     bool methodRefused = false;
     const QByteArray post("POST");
@@ -83,7 +84,7 @@ QCoro::Task<ApplicationsResponse> ProjectAPI::request(QUrl url, QString token, Q
     const HttpAnswer answer =
         co_await Http::exchange(m_network, message, method, noBody, timeLimit, largestAnswer);
 
-    if (answer.status < 200 || answer.status > 299) {
+    if (!answer.succeeded()) {
         if (answer.status != 0)
             qCCritical(lcProjectAPI).noquote().nospace()
                 << "API " << method << " " << url.toString() << " -> HTTP " << answer.status << ": "

@@ -1,17 +1,16 @@
 #pragma once
 
 #include "Directory/ApplicationsResponse.h"
+#include "System/Failure.h"
 
 #include <QCoroTask>
 #include <QString>
-
-#include <exception>
 
 class QNetworkAccessManager;
 class QUrl;
 
 /// Why the directory did not answer as it should. The description is the sentence shown to the user.
-class ProjectAPIError : public std::exception {
+class ProjectAPIError : public Failure {
   public:
     enum class Case { badResponse, badURL, missingToken, unauthorized, decodeFailed };
 
@@ -21,9 +20,7 @@ class ProjectAPIError : public std::exception {
 
     [[nodiscard]] int statusCode() const { return m_statusCode; } ///< of badResponse
 
-    [[nodiscard]] QString description() const;
-
-    [[nodiscard]] const char* what() const noexcept override { return "ProjectAPIError"; }
+    [[nodiscard]] QString description() const override;
 
   private:
     Case m_case;

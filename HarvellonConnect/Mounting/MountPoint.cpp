@@ -1,7 +1,7 @@
 #include "Mounting/MountPoint.h"
 
 #include "Mounting/MounterError.h"
-#include "System/MountTable.h"
+#include "System/Native/MountTable.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,11 +1,11 @@
 #pragma once
 
+#include "System/Failure.h"
+
 #include <QString>
 
-#include <exception>
-
 /// Why a project could not be mounted or unmounted. The description is the sentence shown to the user.
-class MounterError : public std::exception {
+class MounterError : public Failure {
   public:
     enum class Case {
         mountPointOccupied,
@@ -24,9 +24,7 @@ class MounterError : public std::exception {
 
     [[nodiscard]] Case error() const { return m_case; }
 
-    [[nodiscard]] QString description() const;
-
-    [[nodiscard]] const char* what() const noexcept override { return "MounterError"; }
+    [[nodiscard]] QString description() const override;
 
   private:
     Case m_case;

@@ -1,8 +1,7 @@
 #include "Mounting/SSHFSProcess.h"
 
 #include "System/Async.h"
-
-#include <QStringDecoder>
+#include "System/Text.h"
 
 #include <csignal>
 #include <unistd.h>
@@ -54,9 +53,7 @@ void SSHFSProcess::drain() {
 }
 
 QString SSHFSProcess::errorText() const {
-    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
-    const QString text = decoder.decode(m_errors);
-    return decoder.hasError() ? QString() : text.trimmed();
+    return strictUtf8(m_errors).value_or(QString()).trimmed();
 }
 
 void SSHFSProcess::hangUp() {

@@ -1,14 +1,12 @@
 #include "SignIn/CallbackRequest.h"
 
-#include <QStringDecoder>
+#include "System/Text.h"
+
 #include <QStringList>
 #include <QUrl>
 
 QHash<QString, QString> queryOf(const QByteArray& request) {
-    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
-    const QString text = decoder.decode(request);
-    if (decoder.hasError())
-        return {};
+    const QString text = strictUtf8(request).value_or(QString());
     const QStringList lines = text.split(QLatin1String("\r\n"), Qt::SkipEmptyParts);
     const QStringList words = lines.value(0).split(QLatin1Char(' '), Qt::SkipEmptyParts);
     if (words.size() < 2)

@@ -1,11 +1,11 @@
 #pragma once
 
+#include "System/Failure.h"
+
 #include <QString>
 
-#include <exception>
-
 /// Why a sign-in or a renewal did not succeed. The description is the sentence shown to the user.
-class OAuthError : public std::exception {
+class OAuthError : public Failure {
   public:
     enum class Case {
         listenerFailed,
@@ -22,9 +22,7 @@ class OAuthError : public std::exception {
 
     [[nodiscard]] Case error() const { return m_case; }
 
-    [[nodiscard]] QString description() const;
-
-    [[nodiscard]] const char* what() const noexcept override { return "OAuthError"; }
+    [[nodiscard]] QString description() const override;
 
   private:
     Case m_case;

@@ -33,8 +33,8 @@ QByteArray applicationIcon() {
 
 QUrl authorizationAddress(const QString& endpoint, const QString& redirectURI, const QString& state,
                           const QString& challenge) {
-    QUrl address(endpoint, QUrl::StrictMode);
-    if (!address.isValid() || address.host().isEmpty())
+    std::optional<QUrl> address = Http::address(endpoint);
+    if (!address)
         throw OAuthError(OAuthError::Case::listenerFailed, QStringLiteral("Ungueltige Authorization-URL"));
     QUrlQuery query;
     const auto add = [&query](const QString& name, const QString& value) {
@@ -47,12 +47,8 @@ QUrl authorizationAddress(const QString& endpoint, const QString& redirectURI, c
     add(QStringLiteral("state"), state);
     add(QStringLiteral("code_challenge"), challenge);
     add(QStringLiteral("code_challenge_method"), QStringLiteral("S256"));
-    address.setQuery(query);
-    return address;
-}
-
-bool isGood(int status) {
-    return status >= 200 && status <= 299;
+    address->setQuery(query);
+    return *address;
 }
 } // namespace
 
@@ -157,16 +153,16 @@ void OAuthManager::cancelLogin() {
 }
 
 QCoro::Task<AuthResult> OAuthManager::exchangeCode(QString code, QString redirectURI, QString codeVerifier) {
-    const QUrl url(m_tokenEndpoint, QUrl::StrictMode);
-    if (!url.isValid() || url.host().isEmpty())
+    const std::optional<QUrl> url = Http::address(m_tokenEndpoint);
+    if (!url)
         throw OAuthError(OAuthError::Case::tokenExchangeFailed, QStringLiteral("Ungueltige Token-URL."));
     const QByteArray form = formBody({{QStringLiteral("grant_type"), QStringLiteral("authorization_code")},
                                       {QStringLiteral("client_id"), clientID},
                                       {QStringLiteral("redirect_uri"), redirectURI},
                                       {QStringLiteral("code"), code},
                                       {QStringLiteral("code_verifier"), codeVerifier}});
-    const HttpAnswer answer = co_await post(url, form);
-    if (!isGood(answer.status)) {
+    const HttpAnswer answer = co_await post(*url, form);
+    if (!answer.succeeded()) {
         // An error body may repeat what was sent, so it stays out of the log.
         qCCritical(lcOAuth).noquote().nospace() << "Token-Exchange fehlgeschlagen: HTTP " << answer.status;
         throw OAuthError(OAuthError::Case::tokenExchangeFailed, QStringLiteral("HTTP %1").arg(answer.status));
@@ -224,14 +220,14 @@ QCoro::Task<> OAuthManager::performRenewal() {
     const QString oldRefreshToken = m_refreshToken.value_or(QString());
     if (oldRefreshToken.isEmpty())
         throw OAuthError(OAuthError::Case::refreshFailed, QStringLiteral("Kein Refresh-Token vorhanden."));
-    const QUrl url(m_tokenEndpoint, QUrl::StrictMode);
-    if (!url.isValid() || url.host().isEmpty())
+    const std::optional<QUrl> url = Http::address(m_tokenEndpoint);
+    if (!url)
         throw OAuthError(OAuthError::Case::refreshFailed, QStringLiteral("Ungueltige Token-URL."));
     const QByteArray form = formBody({{QStringLiteral("grant_type"), QStringLiteral("refresh_token")},
                                       {QStringLiteral("client_id"), clientID},
                                       {QStringLiteral("refresh_token"), oldRefreshToken}});
-    const HttpAnswer answer = co_await post(url, form);
-    if (!isGood(answer.status)) {
+    const HttpAnswer answer = co_await post(*url, form);
+    if (!answer.succeeded()) {
         qCCritical(lcOAuth).noquote().nospace() << "Token-Refresh fehlgeschlagen: HTTP " << answer.status;
         if (accountID) {
             const QString refusedAccount = *accountID;

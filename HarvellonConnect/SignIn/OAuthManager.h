@@ -1,10 +1,10 @@
 #pragma once
 
-#include "SignIn/KeychainStore.h"
+#include "SignIn/Keychain/KeychainStore.h"
 #include "SignIn/OAuthError.h"
 #include "SignIn/TokenResponse.h"
-#include "System/Http.h"
-#include "System/ServerAddress.h"
+#include "System/Network/Http.h"
+#include "System/Network/ServerAddress.h"
 
 #include <QCoroTask>
 #include <QFuture>

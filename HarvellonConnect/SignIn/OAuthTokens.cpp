@@ -1,8 +1,7 @@
 #include "SignIn/OAuthManager.h"
 #include "System/Async.h"
 #include "System/Logging.h"
-
-#include <QStringDecoder>
+#include "System/Text.h"
 
 namespace {
 /// A keyring may wait for the user's password; longer than a login takes nobody waits for it.
@@ -20,11 +19,7 @@ QString refreshItem(const QString& accountID) {
 }
 
 std::optional<QString> text(const std::optional<QByteArray>& data) {
-    if (!data || data->isEmpty())
-        return std::nullopt;
-    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
-    const QString decoded = decoder.decode(*data);
-    return decoder.hasError() ? std::nullopt : std::optional(decoded);
+    return data && !data->isEmpty() ? strictUtf8(*data) : std::nullopt;
 }
 } // namespace
 

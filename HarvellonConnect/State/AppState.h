@@ -10,10 +10,10 @@
 #include "State/ActivityLog.h"
 #include "State/ProjectListModel.h"
 #include "System/HostSystem.h"
-#include "System/HotkeyManager.h"
-#include "System/LoginItem.h"
+#include "System/Native/HotkeyManager.h"
+#include "System/Native/LoginItem.h"
+#include "System/Network/ServerAddress.h"
 #include "System/Preferences.h"
-#include "System/ServerAddress.h"
 #include "System/Shell.h"
 
 #include <QCoroTask>

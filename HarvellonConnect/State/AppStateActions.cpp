@@ -6,7 +6,7 @@
 #include "Actions/TerminalProgram.h"
 #include "Mounting/MountPoint.h"
 #include "System/Async.h"
-#include "System/Http.h"
+#include "System/Network/Http.h"
 
 #include <QNetworkRequest>
 #include <QUrl>
@@ -130,12 +130,12 @@ QCoro::Task<> AppState::clearCache(Project project) {
     const QString address = cacheAddress(project);
     const QString domain = project.domain;
     log(QStringLiteral("Leere Cache fuer %1...").arg(domain), ActivityLogLevel::info);
-    const QUrl url(address, QUrl::StrictMode);
-    if (!url.isValid() || url.host().isEmpty()) {
+    const std::optional<QUrl> url = Http::address(address);
+    if (!url) {
         log(QStringLiteral("Ungueltige Cache-URL: ") + address, ActivityLogLevel::error);
         co_return;
     }
-    const QNetworkRequest request(url);
+    const QNetworkRequest request(*url);
     const QByteArray method("GET");
     const QByteArray noBody;
     try {
@@ -143,7 +143,7 @@ QCoro::Task<> AppState::clearCache(Project project) {
                                                           ignoredBody, Http::Redirects::followed);
         if (answer.status == 0)
             log(QStringLiteral("Cache-Request hatte keine HTTP-Antwort."), ActivityLogLevel::error);
-        else if (answer.status >= 200 && answer.status <= 299)
+        else if (answer.succeeded())
             log(QStringLiteral("Cache fuer %1 geleert.").arg(domain), ActivityLogLevel::success);
         else
             log(QStringLiteral("Cache-Request fuer %1 scheiterte mit Status %2.")

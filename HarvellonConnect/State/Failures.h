@@ -1,10 +1,6 @@
 #pragma once
 
-#include "Directory/ProjectAPI.h"
-#include "Mounting/MounterError.h"
-#include "SignIn/OAuthError.h"
-#include "System/Http.h"
-#include "System/Shell.h"
+#include "System/Failure.h"
 
 #include <QString>
 
@@ -14,16 +10,8 @@
 inline QString descriptionOf(const std::exception_ptr& failure) {
     try {
         std::rethrow_exception(failure);
-    } catch (const ProjectAPIError& error) {
-        return error.description();
-    } catch (const OAuthError& error) {
-        return error.description();
-    } catch (const MounterError& error) {
-        return error.description();
-    } catch (const ShellError& error) {
-        return error.description();
-    } catch (const NetworkError& error) {
-        return error.description();
+    } catch (const Failure& known) {
+        return known.description();
     } catch (const std::exception& error) {
         return QString::fromLocal8Bit(error.what());
     }

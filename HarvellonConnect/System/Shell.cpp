@@ -1,12 +1,13 @@
 #include "System/Shell.h"
 
+#include "System/Text.h"
+
 #include <QCoreApplication>
 #include <QCoroFuture>
 #include <QFuture>
 #include <QPointer>
 #include <QProcess>
 #include <QPromise>
-#include <QStringDecoder>
 #include <QTimer>
 
 namespace {
@@ -31,8 +32,8 @@ class Run : public QObject {
         connect(&m_process, &QProcess::finished, this, [this](int code, QProcess::ExitStatus status) {
             drain();
             // A child ended by a signal has no exit code of its own; any non-zero one says "not well".
-            finish(ShellResult{status == QProcess::NormalExit ? code : code + 128, decoded(m_out),
-                               decoded(m_err)});
+            finish(ShellResult{status == QProcess::NormalExit ? code : code + 128,
+                               strictUtf8(m_out).value_or(QString()), strictUtf8(m_err).value_or(QString())});
             deleteLater();
         });
         if (limit != Shell::noLimit) {
@@ -59,12 +60,6 @@ class Run : public QObject {
         };
         take(m_out, m_process.readAllStandardOutput());
         take(m_err, m_process.readAllStandardError());
-    }
-
-    static QString decoded(const QByteArray& bytes) {
-        QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
-        const QString text = decoder.decode(bytes);
-        return decoder.hasError() ? QString() : text;
     }
 
     void finish(Outcome outcome) {

@@ -1,12 +1,13 @@
 #pragma once
 
+#include "System/Failure.h"
+
 #include <QCoroTask>
 #include <QString>
 #include <QStringList>
 
 #include <chrono>
 #include <cstdio> // stdout and stderr are macros on macOS: every user of ShellResult must see them alike
-#include <exception>
 #include <optional>
 
 /// What an external command left behind.
@@ -17,13 +18,11 @@ struct ShellResult {
 };
 
 /// The command could not be started. Its description is the sentence shown to the user.
-class ShellError : public std::exception {
+class ShellError : public Failure {
   public:
     static ShellError launchFailed(const QString& executable);
 
-    [[nodiscard]] QString description() const { return m_description; }
-
-    [[nodiscard]] const char* what() const noexcept override { return "launchFailed"; }
+    [[nodiscard]] QString description() const override { return m_description; }
 
   private:
     explicit ShellError(QString description) : m_description(std::move(description)) {}

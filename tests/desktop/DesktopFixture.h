@@ -1,11 +1,11 @@
 #pragma once
 
-#include "Desktop/GuidanceAlerts.h"
-#include "Desktop/PanelWindow.h"
+#include "Desktop/Guidance/GuidanceAlerts.h"
+#include "Desktop/Panel/PanelWindow.h"
 #include "Desktop/QmlViews.h"
 #include "Desktop/SceneGraph.h"
-#include "Desktop/SettingsWindowManager.h"
-#include "Desktop/StatusBarController.h"
+#include "Desktop/Settings/SettingsWindowManager.h"
+#include "Desktop/StatusItem/StatusBarController.h"
 #include "State/AppState.h"
 #include "sandbox/Sandbox.h"
 #include "support/Await.h"

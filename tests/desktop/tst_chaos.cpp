@@ -1,6 +1,6 @@
 #include "DesktopFixture.h"
 
-#include "System/MountTable.h"
+#include "System/Native/MountTable.h"
 #include "support/Leftovers.h"
 #include "support/LoopWatch.h"
 

@@ -1,7 +1,7 @@
-#include "Desktop/ButtonRail.h"
-#include "Desktop/PanelKeys.h"
-#include "Desktop/PopoverPlacement.h"
-#include "Desktop/UpdateFeed.h"
+#include "Desktop/Panel/PanelKeys.h"
+#include "Desktop/Panel/Rows/ButtonRail.h"
+#include "Desktop/StatusItem/PopoverPlacement.h"
+#include "Updates/UpdateFeed.h"
 
 #include <QTest>
 

@@ -1,4 +1,4 @@
-#include "Desktop/Appearance.h"
+#include "Desktop/Native/Appearance.h"
 #include "Desktop/QmlViews.h"
 
 #include <QColor>

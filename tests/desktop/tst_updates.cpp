@@ -1,4 +1,4 @@
-#include "Desktop/UpdateController.h"
+#include "Updates/UpdateController.h"
 #include "sandbox/Sites.h"
 
 #include <QNetworkAccessManager>

@@ -1,4 +1,4 @@
-#include "Desktop/PopoverPlacement.h"
+#include "Desktop/StatusItem/PopoverPlacement.h"
 #include "desktop/DesktopFixture.h"
 #include "desktop/Heard.h"
 

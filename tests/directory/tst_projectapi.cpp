@@ -1,5 +1,5 @@
 #include "Directory/ProjectAPI.h"
-#include "System/Http.h"
+#include "System/Network/Http.h"
 #include "sandbox/Sandbox.h"
 
 #include "support/Await.h"

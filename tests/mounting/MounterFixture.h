@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Mounting/SSHFSMounter.h"
-#include "System/MountTable.h"
+#include "System/Native/MountTable.h"
 #include "sandbox/ProjectTrees.h"
 #include "sandbox/Sandbox.h"
 #include "support/Await.h"

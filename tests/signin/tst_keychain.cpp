@@ -1,4 +1,4 @@
-#include "SignIn/KeychainStore.h"
+#include "SignIn/Keychain/KeychainStore.h"
 
 #include <QFile>
 #include <QProcess>

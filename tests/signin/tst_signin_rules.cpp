@@ -1,7 +1,7 @@
 #include "SignIn/CallbackRequest.h"
 #include "SignIn/OAuthError.h"
 #include "SignIn/TokenResponse.h"
-#include "System/ServerAddress.h"
+#include "System/Network/ServerAddress.h"
 
 #include <QTest>
 

@@ -1,6 +1,6 @@
 #include "StateFixture.h"
 
-#include "System/MountTable.h"
+#include "System/Native/MountTable.h"
 
 #include <QFile>
 

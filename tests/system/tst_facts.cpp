@@ -1,5 +1,5 @@
 #include "System/HostSystem.h"
-#include "System/LoginItem.h"
+#include "System/Native/LoginItem.h"
 
 #include <QFile>
 #include <QTemporaryDir>

@@ -1,4 +1,4 @@
-#include "System/HotkeyManager.h"
+#include "System/Native/HotkeyManager.h"
 
 #include <QProcess>
 #include <QTest>

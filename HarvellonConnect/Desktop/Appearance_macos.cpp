@@ -1,4 +1,0 @@
-#include "Desktop/Appearance.h"
-
-// The palette follows the system's appearance here, and announces each change.
-void Appearance::followDesktop() {}

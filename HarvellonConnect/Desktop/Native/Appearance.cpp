@@ -1,0 +1,58 @@
+#include "Desktop/Native/Appearance.h"
+
+#include <QEvent>
+#include <QFont>
+#include <QGuiApplication>
+#include <QPalette>
+
+std::optional<bool> prefersDark(uint colorScheme) {
+    switch (colorScheme) {
+    case 1:
+        return true;
+    case 2:
+        return false;
+    default:
+        return {};
+    }
+}
+
+Appearance::Appearance(QObject* parent) : QObject(parent) {
+    qApp->installEventFilter(this);
+    decide();
+    followDesktop();
+}
+
+bool Appearance::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == QEvent::ApplicationPaletteChange)
+        decide();
+    return QObject::eventFilter(watched, event);
+}
+
+QString Appearance::fontFamily() {
+    return QGuiApplication::font().family();
+}
+
+void Appearance::take(const QString& space, const QString& key, const QVariant& value) {
+    if (space == QLatin1String("org.freedesktop.appearance") && key == QLatin1String("color-scheme")) {
+        m_preferred = prefersDark(value.toUInt());
+        decide();
+    } else if (space == QLatin1String("org.gnome.desktop.interface") &&
+               key == QLatin1String("enable-animations")) {
+        const bool reduced = !value.toBool();
+        if (reduced != m_reducedMotion) {
+            m_reducedMotion = reduced;
+            Q_EMIT reducedMotionChanged();
+        }
+    }
+}
+
+void Appearance::decide() {
+    const QPalette palette = QGuiApplication::palette();
+    const bool darkPalette =
+        palette.color(QPalette::Window).lightness() < palette.color(QPalette::WindowText).lightness();
+    const bool dark = m_preferred.value_or(darkPalette);
+    if (dark == m_dark)
+        return;
+    m_dark = dark;
+    Q_EMIT darkChanged();
+}

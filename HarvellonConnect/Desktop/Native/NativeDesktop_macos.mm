@@ -1,0 +1,66 @@
+#include "Desktop/Native/NativeDesktop.h"
+
+#include <QImage>
+#include <QString>
+#include <QWindow>
+
+#import <AppKit/AppKit.h>
+
+#include <algorithm>
+
+bool hasScreen() {
+    return true;
+}
+
+void becomeAccessory() {
+    [NSApp setActivationPolicy:NSApplicationActivationPolicyAccessory];
+}
+
+bool barIsThere() {
+    return true;
+}
+
+void activateApplication() {
+    [NSApp activateIgnoringOtherApps:YES];
+}
+
+void showInEverySpace(QWindow& window) {
+    NSView* const view = (__bridge NSView*)reinterpret_cast<void*>(window.winId());
+    [[view window] setCollectionBehavior:NSWindowCollectionBehaviorCanJoinAllSpaces |
+                                         NSWindowCollectionBehaviorFullScreenAuxiliary];
+}
+
+void keepVolumesClean() {
+    const CFStringRef suite = CFSTR("com.apple.desktopservices");
+    for (const CFStringRef key : {CFSTR("DSDontWriteNetworkStores"), CFSTR("DSDontWriteUSBStores")})
+        CFPreferencesSetAppValue(key, kCFBooleanTrue, suite);
+    CFPreferencesAppSynchronize(suite);
+}
+
+QImage nativeSymbol(const QString& name, int pixels) {
+    @autoreleasepool {
+        NSImage* const symbol = [NSImage imageWithSystemSymbolName:name.toNSString() accessibilityDescription:nil];
+        if (symbol == nil)
+            return {};
+        QImage image(pixels, pixels, QImage::Format_ARGB32_Premultiplied);
+        image.fill(Qt::transparent);
+        CGColorSpaceRef colors = CGColorSpaceCreateWithName(kCGColorSpaceSRGB);
+        CGContextRef context =
+            CGBitmapContextCreate(image.bits(), size_t(pixels), size_t(pixels), 8, size_t(image.bytesPerLine()), colors,
+                                  uint32_t(kCGImageAlphaPremultipliedFirst) | uint32_t(kCGBitmapByteOrder32Host));
+        CGColorSpaceRelease(colors);
+        if (context == nullptr)
+            return {};
+        // The largest size in the square that keeps the symbol's proportions.
+        const NSSize drawn = [symbol size];
+        const CGFloat scale = pixels / std::max(drawn.width, drawn.height);
+        const NSRect place = NSMakeRect((pixels - drawn.width * scale) / 2, (pixels - drawn.height * scale) / 2,
+                                        drawn.width * scale, drawn.height * scale);
+        [NSGraphicsContext saveGraphicsState];
+        [NSGraphicsContext setCurrentContext:[NSGraphicsContext graphicsContextWithCGContext:context flipped:NO]];
+        [symbol drawInRect:place];
+        [NSGraphicsContext restoreGraphicsState];
+        CGContextRelease(context);
+        return image;
+    }
+}

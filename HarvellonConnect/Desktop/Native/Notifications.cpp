@@ -1,0 +1,16 @@
+#include "Desktop/Native/Notifications.h"
+
+#include <QIcon>
+#include <QSystemTrayIcon>
+
+void Notifications::setItem(QSystemTrayIcon& item) {
+    m_item = &item;
+    connect(&item, &QSystemTrayIcon::messageClicked, this, [this] { Q_EMIT clicked(m_domainAtItem); });
+}
+
+void Notifications::showAtItem(const QString& title, const QString& text, const QString& domain) {
+    if (!m_item)
+        return;
+    m_domainAtItem = domain;
+    m_item->showMessage(title, text, QIcon(QStringLiteral(":/icons/AppIcon.png")));
+}

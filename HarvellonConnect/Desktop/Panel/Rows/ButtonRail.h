@@ -1,0 +1,44 @@
+#pragma once
+
+#include "Desktop/Panel/Rows/HoverTarget.h"
+#include "State/AppState.h"
+
+#include <QQuickItem>
+#include <QString>
+#include <QtQmlIntegration>
+
+#include <optional>
+
+/// The buttons of one project's row: which of them the pointer is on, and for whom they act.
+class ButtonRail : public QQuickItem {
+    Q_OBJECT
+    QML_ELEMENT
+    Q_PROPERTY(AppState* state MEMBER m_state NOTIFY stateChanged REQUIRED)
+    Q_PROPERTY(QString domain MEMBER m_domain NOTIFY domainChanged REQUIRED)
+    /// Whether Tab reaches the buttons: in a long list only those of one row.
+    Q_PROPERTY(bool current MEMBER m_current NOTIFY currentChanged)
+    /// The value of a HoverTarget; -1 for none.
+    Q_PROPERTY(int hoveredButton READ hoveredNumber NOTIFY hoveredButtonChanged)
+
+  public:
+    using QQuickItem::QQuickItem;
+
+    [[nodiscard]] std::optional<HoverTarget> hoveredButton() const { return m_hovered; }
+
+    [[nodiscard]] int hoveredNumber() const { return m_hovered ? static_cast<int>(*m_hovered) : -1; }
+
+    Q_INVOKABLE void pointer(int target, bool inside);
+    Q_INVOKABLE void perform(int target, bool shift);
+
+  Q_SIGNALS:
+    void stateChanged();
+    void domainChanged();
+    void currentChanged();
+    void hoveredButtonChanged();
+
+  private:
+    AppState* m_state = nullptr;
+    QString m_domain;
+    bool m_current = false;
+    std::optional<HoverTarget> m_hovered;
+};

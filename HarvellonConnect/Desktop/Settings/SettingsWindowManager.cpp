@@ -1,0 +1,49 @@
+#include "Desktop/Settings/SettingsWindowManager.h"
+
+#include "Desktop/Native/NativeDesktop.h"
+#include "Desktop/QmlViews.h"
+#include "Desktop/Screens.h"
+#include "Desktop/StatusItem/StatusBarController.h"
+#include "State/AppState.h"
+
+#include <QQuickItem>
+#include <QScreen>
+
+SettingsWindowManager::SettingsWindowManager(QmlViews& views, StatusBarController& statusBar,
+                                             QString versionText, QObject* parent)
+    : QObject(parent), m_views(views), m_statusBar(statusBar), m_versionText(std::move(versionText)) {}
+
+SettingsWindowManager::~SettingsWindowManager() = default;
+
+void SettingsWindowManager::show(AppState& state) {
+    m_statusBar.close();
+    if (!m_window)
+        makeWindow(state);
+    if (!m_window->isVisible())
+        QMetaObject::invokeMethod(m_window->rootObject(), "opened");
+    if (m_window->windowStates().testFlag(Qt::WindowMinimized))
+        m_window->showNormal();
+    else
+        m_window->show();
+    m_window->raise();
+    m_window->requestActivate();
+    activateApplication();
+}
+
+void SettingsWindowManager::makeWindow(AppState& state) {
+    constexpr QSize size{520, 460};
+    m_window = std::make_unique<QQuickView>(&m_views.engine(), nullptr);
+    m_window->setTitle(QStringLiteral("Einstellungen"));
+    m_window->setResizeMode(QQuickView::SizeRootObjectToView);
+    m_window->setMinimumSize(size);
+    m_window->setInitialProperties({{QStringLiteral("state"), QVariant::fromValue(&state)},
+                                    {QStringLiteral("versionText"), m_versionText}});
+    m_window->setSource(QmlViews::address(QStringLiteral("SettingsView")));
+    if (QQuickItem* const view = m_window->rootObject())
+        connect(view, SIGNAL(closeRequested()), m_window.get(), SLOT(close()));
+
+    const QRect room = screenUnderPointer()->availableGeometry();
+    QRect frame(QPoint(0, 0), size);
+    frame.moveCenter(room.center());
+    m_window->setGeometry(frame);
+}

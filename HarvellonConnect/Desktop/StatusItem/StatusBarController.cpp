@@ -1,0 +1,198 @@
+#include "Desktop/StatusItem/StatusBarController.h"
+
+#include "Desktop/Native/NativeDesktop.h"
+#include "Desktop/Panel/PanelWindow.h"
+#include "Desktop/QmlViews.h"
+#include "Desktop/Screens.h"
+#include "Desktop/StatusItem/PopoverPlacement.h"
+#include "State/AppState.h"
+
+#include <QCursor>
+#include <QGuiApplication>
+#include <QQuickItem>
+#include <QScreen>
+#include <QTimer>
+
+#include <chrono>
+
+using namespace std::chrono_literals;
+
+namespace {
+/// Long enough for the icon to be up first, short enough to be done before anybody reaches for it.
+constexpr auto warmingDelay = 300ms;
+/// At login a bar may start a little after its items.
+constexpr auto patienceForBar = 1s;
+constexpr auto barInterval = 250ms;
+constexpr std::chrono::milliseconds longestWaitForBar = 5s;
+
+QIcon statusIcon() {
+    QIcon icon;
+    for (const int size : {16, 18, 20, 22, 24, 32, 36, 44, 48, 64})
+        icon.addFile(QStringLiteral(":/icons/StatusIcon-%1.png").arg(size), QSize(size, size));
+    icon.setIsMask(true);
+    return icon;
+}
+} // namespace
+
+StatusBarController::StatusBarController(QmlViews& views, QString versionText, QObject* parent)
+    : QObject(parent), m_views(views), m_versionText(std::move(versionText)) {
+    connect(&m_notifications, &Notifications::clicked, this, [this](const QString& domain) {
+        if (domain.isEmpty())
+            show();
+        else
+            showProject(domain);
+    });
+}
+
+StatusBarController::~StatusBarController() = default;
+
+void StatusBarController::install(AppState& state) {
+    if (m_isInstalled)
+        return;
+    m_state = &state;
+    makeMenu();
+    m_isInstalled = true;
+    m_sinceInstall.start();
+    waitForBar();
+    QTimer::singleShot(warmingDelay, this, [this] { panel().warm(); });
+    QTimer::singleShot(patienceForBar, this, &StatusBarController::showWithoutBar);
+}
+
+/// With the first item the toolkit looks for a bar, and remembers for good that there was none.
+void StatusBarController::waitForBar() {
+    if (barIsThere() || m_sinceInstall.hasExpired(longestWaitForBar.count()))
+        makeStatusItem();
+    else
+        QTimer::singleShot(barInterval, this, &StatusBarController::waitForBar);
+}
+
+void StatusBarController::makeStatusItem() {
+    m_statusItem = std::make_unique<QSystemTrayIcon>();
+    connect(m_statusItem.get(), &QSystemTrayIcon::activated, this, &StatusBarController::activated);
+    m_notifications.setItem(*m_statusItem);
+    m_statusItem->setIcon(statusIcon());
+    m_statusItem->setToolTip(QStringLiteral("Harvellon Connect"));
+    if (m_state->host().statusItemHasMenu)
+        m_statusItem->setContextMenu(&m_menu);
+    m_statusItem->show();
+}
+
+bool StatusBarController::hasBar() const {
+    return m_statusItem && QSystemTrayIcon::isSystemTrayAvailable();
+}
+
+void StatusBarController::showWithoutBar() {
+    if (!hasBar())
+        show();
+}
+
+void StatusBarController::makeMenu() {
+    m_menu.addAction(QStringLiteral("Harvellon Connect öffnen"), this, &StatusBarController::show);
+    m_menu.addSeparator();
+    m_menu.addAction(QStringLiteral("Einstellungen"), this, &StatusBarController::settingsRequested);
+    m_menu.addAction(QStringLiteral("Auf Updates prüfen"), this, &StatusBarController::updatesRequested);
+    m_menu.addSeparator();
+    m_menu.addAction(QStringLiteral("Beenden"), this, &StatusBarController::quitRequested);
+}
+
+PanelWindow& StatusBarController::panel() {
+    if (m_panel)
+        return *m_panel;
+    m_panel = std::make_unique<PanelWindow>(&m_views.engine());
+    m_panel->setInitialProperties({{QStringLiteral("state"), QVariant::fromValue(m_state)},
+                                   {QStringLiteral("versionText"), m_versionText}});
+    m_panel->setSource(QmlViews::address(QStringLiteral("ContentView")));
+    m_panel->setKind(panelKind(hasBar(), QGuiApplication::platformName()));
+    if (QQuickItem* const view = m_panel->rootObject()) {
+        connect(view, SIGNAL(closeRequested()), this, SLOT(close()));
+        connect(view, SIGNAL(settingsRequested()), this, SIGNAL(settingsRequested()));
+        connect(view, SIGNAL(updatesRequested()), this, SIGNAL(updatesRequested()));
+        connect(view, SIGNAL(quitRequested()), this, SIGNAL(quitRequested()));
+    }
+    return *m_panel;
+}
+
+bool StatusBarController::isShown() const {
+    return m_panel && m_panel->isVisible();
+}
+
+void StatusBarController::toggle() {
+    if (isShown())
+        close();
+    else if (!m_panel || !m_panel->closedJustNow())
+        show();
+}
+
+void StatusBarController::show() {
+    PanelWindow& window = panel();
+    if (!window.isVisible()) {
+        window.setKind(panelKind(hasBar(), QGuiApplication::platformName()));
+        place();
+        QMetaObject::invokeMethod(window.rootObject(), "opened");
+    }
+    window.show();
+    window.raise();
+    window.requestActivate();
+    showInEverySpace(window);
+    activateApplication();
+    QTimer::singleShot(0, this, &StatusBarController::stayInside);
+}
+
+void StatusBarController::close() {
+    if (m_panel)
+        m_panel->hide();
+}
+
+void StatusBarController::place() {
+    if (m_panel->kind() == PanelWindow::Kind::window) {
+        const QRect room = screenUnderPointer()->availableGeometry();
+        m_panel->fitInto(room.height());
+        m_panel->setPosition(room.center() - QRect(QPoint(0, 0), m_panel->size()).center());
+        return;
+    }
+    const QRect item = m_statusItem->geometry();
+    const bool told = item.width() > 0 && item.height() > 0;
+    const QPoint anchor = told ? item.center() : QCursor::pos();
+    const QScreen* const screen = screenAt(anchor);
+    const QRect visible = screen->availableGeometry();
+    m_panel->fitInto(visible.height());
+    const QSize size = m_panel->size();
+    m_frame = told ? besideItem(size, item, visible) : besideBar(size, screen->geometry(), visible, anchor);
+    m_panel->setPosition(m_frame.topLeft());
+}
+
+/// Of the frame that was asked for: while a window manager takes the window over, it says of itself that it
+/// lies in the corner.
+void StatusBarController::stayInside() {
+    if (!isShown() || m_panel->kind() != PanelWindow::Kind::popover)
+        return;
+    const QRect inside = keepInside(m_frame, screenAt(m_frame.center())->availableGeometry());
+    if (inside == m_frame)
+        return;
+    m_frame = inside;
+    m_panel->setPosition(inside.topLeft());
+}
+
+void StatusBarController::activated(QSystemTrayIcon::ActivationReason reason) {
+    if (reason == QSystemTrayIcon::Trigger)
+        toggle();
+}
+
+void StatusBarController::showProject(const QString& domain) {
+    show();
+    QMetaObject::invokeMethod(panel().rootObject(), "showProject", Q_ARG(QString, domain));
+}
+
+void StatusBarController::tellMountEnded(const QString& domain) {
+    QString title = domain;
+    for (const Project& project : m_state->projects()) {
+        if (project.domain == domain)
+            title = project.title();
+    }
+    m_notifications.show(title, QStringLiteral("Die Verbindung zu %1 wurde unerwartet beendet.").arg(domain),
+                         domain);
+}
+
+void StatusBarController::tell(const QString& title, const QString& text) {
+    m_notifications.show(title, text);
+}

@@ -1,0 +1,98 @@
+#include "SignIn/Keychain/KeychainStore.h"
+
+#include <libsecret/secret.h>
+
+namespace {
+const SecretSchema* schema() {
+    static const SecretSchema tokens = {
+        "com.harvellon.HarvellonConnect.Token",
+        SECRET_SCHEMA_NONE,
+        {{"service", SECRET_SCHEMA_ATTRIBUTE_STRING}, {"account", SECRET_SCHEMA_ATTRIBUTE_STRING}, {}},
+        0,
+        nullptr,
+        nullptr,
+        nullptr,
+        nullptr,
+        nullptr,
+        nullptr,
+        nullptr};
+    return &tokens;
+}
+
+/// Takes the error over. A refusal of the keyring itself (locked, dismissed) is told from its absence.
+int codeOf(GError* error, bool& unavailable) {
+    const int code = error->code;
+    unavailable = error->domain != SECRET_ERROR &&
+                  !(error->domain == G_IO_ERROR && error->code == G_IO_ERROR_CANCELLED);
+    g_error_free(error);
+    return code;
+}
+
+/// A keyring that was started anew does not know the session that the library still holds: where none
+/// answers, the second try begins another one.
+template <typename Ask>
+auto askTwice(Ask ask) {
+    auto status = ask();
+    if (status.answer == decltype(status.answer)::unavailable) {
+        secret_service_disconnect();
+        status = ask();
+    }
+    return status;
+}
+} // namespace
+
+KeychainStore::Status KeychainStore::nativeSave(const QByteArray& data, const QString& service,
+                                                const QString& account) {
+    return askTwice([&]() -> Status {
+        GError* error = nullptr;
+        SecretValue* value = secret_value_new(data.constData(), data.size(), "text/plain");
+        const QByteArray label = QStringLiteral("Harvellon Connect (%1)").arg(account).toUtf8();
+        const gboolean stored = secret_password_store_binary_sync(
+            schema(), SECRET_COLLECTION_DEFAULT, label.constData(), value, nullptr, &error, "service",
+            service.toUtf8().constData(), "account", account.toUtf8().constData(), nullptr);
+        secret_value_unref(value);
+        if (error != nullptr) {
+            bool unavailable = false;
+            const int code = codeOf(error, unavailable);
+            return {unavailable ? Answer::unavailable : Answer::refused, code};
+        }
+        return {stored == TRUE ? Answer::done : Answer::refused, 0};
+    });
+}
+
+KeychainStore::Status KeychainStore::nativeLoad(QByteArray& data, const QString& service,
+                                                const QString& account) {
+    return askTwice([&]() -> Status {
+        GError* error = nullptr;
+        SecretValue* value = secret_password_lookup_binary_sync(schema(), nullptr, &error, "service",
+                                                                service.toUtf8().constData(), "account",
+                                                                account.toUtf8().constData(), nullptr);
+        if (error != nullptr) {
+            bool unavailable = false;
+            const int code = codeOf(error, unavailable);
+            return {unavailable ? Answer::unavailable : Answer::refused, code};
+        }
+        if (value == nullptr)
+            return {Answer::absent, 0};
+        gsize length = 0;
+        const gchar* bytes = secret_value_get(value, &length);
+        data = QByteArray(bytes, static_cast<qsizetype>(length));
+        secret_value_unref(value);
+        return {Answer::done, 0};
+    });
+}
+
+KeychainStore::Status KeychainStore::nativeRemove(const QString& service, const QString& account) {
+    return askTwice([&]() -> Status {
+        GError* error = nullptr;
+        const gboolean removed =
+            secret_password_clear_sync(schema(), nullptr, &error, "service", service.toUtf8().constData(),
+                                       "account", account.toUtf8().constData(), nullptr);
+        if (error != nullptr) {
+            bool unavailable = false;
+            const int code = codeOf(error, unavailable);
+            return {unavailable ? Answer::unavailable : Answer::refused, code};
+        }
+        return {removed == TRUE ? Answer::done : Answer::absent, 0};
+    });
+}

@@ -1,0 +1,64 @@
+#include "SignIn/Keychain/SecretFile.h"
+
+#include "System/Logging.h"
+#include "System/WholeFile.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+namespace {
+constexpr QFile::Permissions ownerOnly = QFile::ReadOwner | QFile::WriteOwner;
+
+std::optional<QJsonObject> read(const QString& path) {
+    QFile file(path);
+    if (!file.exists())
+        return QJsonObject();
+    if (!file.open(QIODevice::ReadOnly))
+        return std::nullopt;
+    const QJsonDocument document = QJsonDocument::fromJson(file.readAll());
+    return document.isObject() ? std::optional(document.object()) : std::nullopt;
+}
+
+bool write(const QString& path, const QJsonObject& items) {
+    const QString folder = QFileInfo(path).path();
+    if (!QDir().mkpath(folder))
+        return false;
+    return writeWholeFile(path, QJsonDocument(items).toJson(), ownerOnly);
+}
+
+QString nameOf(const QString& service, const QString& account) {
+    return service + QLatin1Char('/') + account;
+}
+} // namespace
+
+bool SecretFile::save(const QByteArray& data, const QString& service, const QString& account) {
+    std::optional<QJsonObject> items = read(m_path);
+    if (!items) {
+        // What cannot be read is kept beside, so that nothing is lost that a person might still rescue.
+        qCWarning(lcKeychain) << "unreadable, set aside:" << m_path;
+        QFile::remove(m_path + QStringLiteral(".damaged"));
+        QFile::rename(m_path, m_path + QStringLiteral(".damaged"));
+        items = QJsonObject();
+    }
+    items->insert(nameOf(service, account), QString::fromLatin1(data.toBase64()));
+    return write(m_path, *items);
+}
+
+std::optional<QByteArray> SecretFile::load(const QString& service, const QString& account) const {
+    const QJsonValue value = read(m_path).value_or(QJsonObject()).value(nameOf(service, account));
+    return value.isString() ? std::optional(QByteArray::fromBase64(value.toString().toLatin1()))
+                            : std::nullopt;
+}
+
+bool SecretFile::remove(const QString& service, const QString& account) {
+    std::optional<QJsonObject> items = read(m_path);
+    if (!items)
+        return false;
+    if (!items->contains(nameOf(service, account)))
+        return true;
+    items->remove(nameOf(service, account));
+    return write(m_path, *items);
+}

@@ -1,0 +1,32 @@
+#include "System/Native/MountTable.h"
+
+#include <QFile>
+
+namespace {
+/// The kernel writes blanks, tabs, line feeds and backslashes as three octal digits.
+QByteArray unescaped(const QByteArray& field) {
+    QByteArray text;
+    for (qsizetype i = 0; i < field.size(); ++i) {
+        bool octal = false;
+        const int code = field.at(i) == '\\' ? field.mid(i + 1, 3).toInt(&octal, 8) : 0;
+        text.append(octal ? static_cast<char>(code) : field.at(i));
+        i += octal ? 3 : 0;
+    }
+    return text;
+}
+} // namespace
+
+QStringList MountTable::mountPoints() {
+    constexpr qsizetype mountPointField = 4;
+    QStringList paths;
+    QFile table(QStringLiteral("/proc/self/mountinfo"));
+    if (!table.open(QIODevice::ReadOnly))
+        return paths;
+    const QByteArray text = table.readAll(); // in one go: the table changes between two reads
+    for (const QByteArray& line : text.split('\n')) {
+        const QList<QByteArray> fields = line.split(' ');
+        if (fields.size() > mountPointField)
+            paths.append(QFile::decodeName(unescaped(fields.at(mountPointField))));
+    }
+    return paths;
+}

@@ -1,0 +1,3 @@
+#include "System/Native/SystemLog.h"
+
+void installSystemLog() {}

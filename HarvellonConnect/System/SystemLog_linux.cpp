@@ -1,3 +1,0 @@
-#include "System/SystemLog.h"
-
-void installSystemLog() {}
