@@ -54,7 +54,7 @@ QCoro::Task<> HarvellonMountApp::shutDown() {
 /// Somebody else may end the event loop, a session manager for one: the mounts and the tokens get their time
 /// even then.
 void HarvellonMountApp::finishBeforeLoopEnds() {
-    if (m_shutDown || (m_state.sshfsMounter().isIdle() && m_state.oauth().isIdle()))
+    if (m_shutDown || (m_state.isIdle()))
         return;
     QEventLoop loop;
     QTimer::singleShot(longestEnd, &loop, &QEventLoop::quit);

@@ -84,7 +84,7 @@ void refreshes(const sandbox::Sandbox& platform) {
     desktop.signIn("erika");
     desktop.settings->show(*desktop.state);
     desktop.statusBar->show();
-    endure("refreshes", 1000, 200, [&](int) { await(desktop.state->refresh()); });
+    endure("refreshes", 1000, 200, [&](int) { await(desktop.state->parts().loading.refresh()); });
     ActivityLog& log = *desktop.state->activityLog();
     endure("log entries", 10000, 2000, [&](int round) {
         log.append(QStringLiteral("Zeile %1").arg(round), ActivityLogLevel::info);

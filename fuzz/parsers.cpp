@@ -1,5 +1,5 @@
-#include "Actions/DatabaseCredentials.h"
-#include "Actions/SearchDomain.h"
+#include "Actions/Rules/DatabaseCredentials.h"
+#include "Actions/Rules/SearchDomain.h"
 #include "BrowserTab/SessionFile.h"
 #include "Directory/ApplicationsResponse.h"
 #include "Directory/DecodingError.h"

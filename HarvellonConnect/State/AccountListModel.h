@@ -26,6 +26,10 @@ class AccountListModel : public QAbstractListModel {
 
     void set(const QList<Account>& accounts, const std::optional<QString>& activeID);
 
+    [[nodiscard]] const QList<Account>& accounts() const { return m_accounts; }
+
+    [[nodiscard]] const std::optional<QString>& activeID() const { return m_activeID; }
+
     [[nodiscard]] int count() const { return static_cast<int>(m_accounts.size()); }
 
     [[nodiscard]] int rowCount(const QModelIndex& parent = {}) const override;

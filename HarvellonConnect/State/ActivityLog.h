@@ -1,13 +1,13 @@
 #pragma once
 
+#include "System/Reporter.h"
+
 #include <QAbstractListModel>
 #include <QDateTime>
 #include <QList>
 #include <QString>
 #include <QUuid>
 #include <QtQmlIntegration>
-
-enum class ActivityLogLevel { info, success, warning, error };
 
 /// One line of what the program did for the user.
 struct ActivityLogEntry {
@@ -37,7 +37,7 @@ class ActivityLog : public QAbstractListModel {
     using QAbstractListModel::QAbstractListModel;
 
     void append(const QString& message, ActivityLogLevel level);
-    void clear();
+    Q_INVOKABLE void clear();
 
     [[nodiscard]] const QList<ActivityLogEntry>& entries() const { return m_entries; }
 

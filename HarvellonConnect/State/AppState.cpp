@@ -1,9 +1,11 @@
 #include "State/AppState.h"
 
+#include "Actions/BrowserSearch.h"
+#include "Actions/Openers.h"
 #include "Mounting/LegacyKey.h"
 #include "System/Async.h"
+#include "System/Preferences.h"
 
-#include <QPointer>
 #include <QUrl>
 
 namespace {
@@ -12,94 +14,167 @@ constexpr std::chrono::seconds storingLimit{4};
 } // namespace
 
 AppState::AppState(AppServices services, DesktopCommands desktop, QObject* parent)
-    : QObject(parent), m_host(std::move(services.host)), m_shell(services.shell),
-      m_preferences(services.preferences), m_network(services.network), m_desktop(std::move(desktop)),
+    : QObject(parent), m_host(std::move(services.host)), m_preferences(services.preferences),
+      m_desktop(std::move(desktop)), m_report(services.preferences),
       m_oauth(services.server, services.network, services.keychain,
-              [this](const QUrl& address) { openAddress(address.toString(QUrl::FullyEncoded)); }),
-      m_globalHotkeyEnabled(m_preferences.boolean(globalHotkeyKey).value_or(true)),
+              [this](const QUrl& address) { openAddress(m_context, address.toString(QUrl::FullyEncoded)); }),
       m_api(services.server.at(QLatin1StringView("/api/json/applications")), services.network),
-      m_loginItem(m_host), m_sshfsMounter(m_host, services.shell), m_editor(m_host, services.shell) {
-    QObject::connect(&m_oauth, &OAuthManager::isAuthenticatingChanged, this,
-                     &AppState::isAuthenticatingChanged);
-    QObject::connect(&m_oauth, &OAuthManager::storingFailed, this, [this] {
-        log(QStringLiteral(
-                "Die Anmeldung konnte nicht gespeichert werden und gilt nur, bis das Programm endet."),
-            ActivityLogLevel::error);
-    });
-    loadAccountsRegistry();
+      m_loginItem(m_host), m_sshfsMounter(m_host, services.shell), m_editor(m_host, services.shell),
+      m_context{m_host,
+                services.shell,
+                services.network,
+                m_report,
+                m_editor,
+                [this](const QString& domain) { return m_sshfsMounter.mountPoint(domain); },
+                [this](const Project& project) { return m_connections.connect(project); },
+                [this](const QString& domain) { return m_connections.disconnect(domain, false); },
+                m_desktop.copyText},
+      m_guidance(m_context), m_visibleProjects([this](const QString& domain) { return rowState(domain); }),
+      m_loading(m_report, m_oauth, m_api, m_visibleProjects, [this] { return prepareLoad(); }),
+      m_accounts(m_oauth, m_api, services.preferences, m_report, m_loading),
+      m_connections(m_host, services.shell, m_report, m_sshfsMounter, m_editor,
+                    [this](const Guidance& guidance) { m_guidance.show(guidance); }),
+      m_actions(m_context), m_globalHotkeyEnabled(m_preferences.boolean(globalHotkeyKey).value_or(true)) {
+    publishParts();
+    m_accounts.loadAccountsRegistry();
     removeLegacyKeyPair(m_host.homeFolder);
     if (!services.server.problem.isEmpty())
-        log(services.server.problem, ActivityLogLevel::error);
+        m_report.log(services.server.problem, ActivityLogLevel::error);
     startUp();
-    m_sshfsMounter.onUnexpectedTermination = [this](const QString& domain, qint32 exitCode) {
-        mountEnded(domain, exitCode);
-    };
-    m_hotkeyManager.onPress = [this] { m_desktop.togglePanel(); };
-    m_hotkeyManager.onRefused = [this](const QString& reason) {
-        m_hotkeyProblem = reason;
-        Q_EMIT hotkeyProblemChanged();
-        log(reason, ActivityLogLevel::warning);
-    };
+    wireHotkey();
     applyHotkeySetting();
 }
 
 AppState::~AppState() = default;
 
+AppState::Parts AppState::parts() {
+    return {m_oauth, m_sshfsMounter, m_loading, m_accounts, m_connections, m_actions, m_report};
+}
+
+void AppState::publishParts() {
+    connect(&m_oauth, &OAuthManager::isAuthenticatingChanged, this, &AppState::isAuthenticatingChanged);
+    connect(&m_oauth, &OAuthManager::storingFailed, this, [this] {
+        m_report.log(
+            QStringLiteral(
+                "Die Anmeldung konnte nicht gespeichert werden und gilt nur, bis das Programm endet."),
+            ActivityLogLevel::error);
+    });
+    connect(&m_report, &ActivityReport::lastErrorChanged, this, &AppState::lastErrorChanged);
+    connect(&m_loading, &ProjectLoading::projectsChanged, this, &AppState::projectsChanged);
+    connect(&m_loading, &ProjectLoading::isLoadingChanged, this, &AppState::isLoadingChanged);
+    connect(&m_loading, &ProjectLoading::connectionStatusChanged, this, &AppState::connectionStatusChanged);
+    connect(&m_loading, &ProjectLoading::userProfileChanged, this, &AppState::userProfileChanged);
+    connect(&m_guidance, &GuidanceQuestion::changed, this, &AppState::guidanceChanged);
+    connect(&m_connections, &Connections::connectingChanged, &m_visibleProjects,
+            &ProjectListModel::refreshRow);
+    connect(&m_connections, &Connections::connectionChanged, &m_visibleProjects,
+            &ProjectListModel::refreshRow);
+    connect(&m_connections, &Connections::mountEnded, this,
+            [this](const QString& domain) { m_desktop.tellMountEnded(domain); });
+}
+
+void AppState::wireHotkey() {
+    m_hotkeyManager.onPress = [this] { m_desktop.togglePanel(); };
+    m_hotkeyManager.onRefused = [this](const QString& reason) {
+        m_hotkeyProblem = reason;
+        Q_EMIT hotkeyProblemChanged();
+        m_report.log(reason, ActivityLogLevel::warning);
+    };
+}
+
+RowState AppState::rowState(const QString& domain) const {
+    const bool connected = connectedDomains().contains(domain);
+    return {connected, m_connections.connectingSince(domain),
+            ProjectActions::offers(RowFacts::of(userProfile(), connected))};
+}
+
 QCoro::Task<> AppState::startUp() {
     // The icon comes first: loading what speaks TLS takes as long as showing it.
     co_await Async::sleep(std::chrono::milliseconds(50));
-    for (const QString& domain : m_sshfsMounter.leftBehind())
-        clearLeftBehind(domain);
-    co_await dropDuplicates();
-    if (m_accounts.isEmpty())
-        co_await migrateLegacyLoginIfNeeded();
-    co_await refresh();
+    m_connections.clearLeftBehind(); // beside the first load
+    co_await m_accounts.dropDuplicates();
+    if (accounts().isEmpty())
+        co_await m_accounts.migrateLegacyLoginIfNeeded();
+    co_await m_loading.refresh();
 }
 
-QCoro::Task<> AppState::clearLeftBehind(QString domain) {
-    const QPointer<AppState> guard(this);
-    const bool cleared = co_await m_sshfsMounter.clearLeftBehind(domain);
-    if (!guard)
-        co_return;
-    if (cleared)
-        log(QStringLiteral("Übrig gebliebenen Mount von %1 getrennt.").arg(domain), ActivityLogLevel::info);
-    else
-        log(QStringLiteral(
-                "Ein Mount von %1 ist übrig geblieben und wird noch benutzt. Verbinden ersetzt ihn.")
-                .arg(domain),
-            ActivityLogLevel::warning);
+QCoro::Task<> AppState::prepareLoad() {
+    m_preferences.retry(); // the disk may have room again
+    return m_accounts.takeTokens();
 }
 
-void AppState::log(const QString& message, ActivityLogLevel level) {
-    m_activityLog.append(message, level);
+QCoro::Task<> AppState::shutDown() {
+    QCoro::Task<> storing = m_oauth.finish(storingLimit);
+    co_await m_connections.disconnectAll();
+    co_await storing;
+    m_preferences.retry();
 }
 
-void AppState::remember(const QString& key, const QVariant& value) {
-    if (!m_preferences.set(key, value))
-        log(QStringLiteral("Die Einstellungen konnten nicht gespeichert werden: %1")
-                .arg(m_preferences.file()),
-            ActivityLogLevel::error);
+void AppState::refresh() {
+    m_loading.refresh();
 }
 
-void AppState::warn(const QString& message) {
-    log(message, ActivityLogLevel::warning);
-    setLastError(message);
+void AppState::addAccount() {
+    m_accounts.addAccount();
+}
+
+void AppState::cancelLogin() {
+    m_oauth.cancelLogin();
+}
+
+void AppState::switchAccount(const QString& accountID) {
+    m_accounts.switchAccount(accountID);
+}
+
+void AppState::removeAccount(const QString& accountID) {
+    m_accounts.removeAccount(accountID);
+}
+
+void AppState::perform(int target, const QString& domain, bool alternative) {
+    const std::optional<Project> project = m_loading.project(domain);
+    if (project && (rowState(domain).offers & 1 << target) != 0)
+        m_actions.perform(static_cast<HoverTarget>(target), *project, alternative);
+}
+
+void AppState::fillSearchFromChrome() {
+    fillSearch();
+}
+
+QCoro::Task<> AppState::fillSearch() {
+    const std::optional<QString> domain = co_await domainOfActiveTab(m_context);
+    if (domain)
+        setSearchText(*domain);
+}
+
+void AppState::answerGuidance(int button) {
+    m_guidance.answer(button);
+}
+
+void AppState::dismissLastError() {
+    m_report.setLastError(std::nullopt);
+}
+
+void AppState::setSearchText(const QString& text) {
+    if (text == searchText())
+        return;
+    m_visibleProjects.setSearchText(text);
+    Q_EMIT searchTextChanged();
 }
 
 void AppState::setGlobalHotkeyEnabled(bool enabled) {
     if (enabled == m_globalHotkeyEnabled)
         return;
     m_globalHotkeyEnabled = enabled;
-    remember(globalHotkeyKey, enabled);
+    m_report.remember(globalHotkeyKey, enabled);
     applyHotkeySetting();
     Q_EMIT globalHotkeyEnabledChanged();
 }
 
 void AppState::setStartsAtLogin(bool starts) {
     if (!m_loginItem.setEnabled(starts))
-        log(QStringLiteral("Der Start beim Anmelden konnte nicht geändert werden."),
-            ActivityLogLevel::warning);
-    Q_EMIT startsAtLoginChanged(); // the switch follows the desktop, whatever it took
+        m_report.log(QStringLiteral("Der Start beim Anmelden konnte nicht geändert werden."),
+                     ActivityLogLevel::warning);
+    Q_EMIT startsAtLoginChanged(); // the switch follows the desktop, which may have refused
 }
 
 void AppState::applyHotkeySetting() {
@@ -111,74 +186,4 @@ void AppState::applyHotkeySetting() {
         m_hotkeyManager.registerKey();
     else
         m_hotkeyManager.unregisterKey();
-}
-
-void AppState::mountEnded(const QString& domain, qint32 exitCode) {
-    log(QStringLiteral("Mount %1 unerwartet beendet (Exit %2).").arg(domain).arg(exitCode),
-        ActivityLogLevel::error);
-    publishSessions();
-    if (m_desktop.tellMountEnded)
-        m_desktop.tellMountEnded(domain);
-}
-
-QCoro::Task<> AppState::shutDown() {
-    QCoro::Task<> storing = m_oauth.finish(storingLimit);
-    co_await m_sshfsMounter.unmountAll();
-    publishSessions();
-    co_await storing;
-    m_preferences.retry();
-}
-
-std::optional<Project> AppState::project(const QString& domain) const {
-    const auto found = std::find_if(m_projects.begin(), m_projects.end(),
-                                    [&domain](const Project& project) { return project.domain == domain; });
-    return found == m_projects.end() ? std::nullopt : std::optional(*found);
-}
-
-void AppState::setSearchText(const QString& text) {
-    if (text == m_searchText)
-        return;
-    m_searchText = text;
-    m_visibleProjects.setSearchText(text);
-    Q_EMIT searchTextChanged();
-}
-
-void AppState::setLoading(int change) {
-    const bool before = isLoading();
-    m_loads += change;
-    if (isLoading() != before)
-        Q_EMIT isLoadingChanged();
-}
-
-void AppState::setLastError(std::optional<QString> error) {
-    if (m_lastError == error)
-        return;
-    m_lastError = std::move(error);
-    Q_EMIT lastErrorChanged();
-}
-
-void AppState::setConnectionStatus(ConnectionStatus::Case status, const QString& failure) {
-    m_connectionStatus = status;
-    m_connectionFailure = failure;
-    Q_EMIT connectionStatusChanged();
-}
-
-void AppState::setUserProfile(std::optional<UserProfile> profile) {
-    m_userProfile = std::move(profile);
-    m_visibleProjects.setUser(m_userProfile);
-    Q_EMIT userProfileChanged();
-}
-
-void AppState::setProjects(const ProjectList& list) {
-    m_projects = list.projects;
-    m_visibleProjects.setProjects(list);
-    Q_EMIT projectsChanged();
-}
-
-void AppState::clearActivityLog() {
-    m_activityLog.clear();
-}
-
-void AppState::dismissLastError() {
-    setLastError(std::nullopt);
 }

@@ -1,6 +1,6 @@
 #include "State/ProjectListModel.h"
 
-#include "State/RowActions.h"
+#include <algorithm>
 
 void ProjectListModel::setProjects(const ProjectList& list) {
     m_projects = list.projects;
@@ -24,7 +24,7 @@ void ProjectListModel::filter() {
                         [&key](const QString& word) { return key.contains(word); }))
             visible.append(i);
     }
-    // Rows that stay only show something else: making a row costs more than filling it.
+    // Rows that remain are filled anew instead of replaced: making a row costs more than filling it.
     const int before = count();
     const int after = static_cast<int>(visible.size());
     if (after < before) {
@@ -43,27 +43,9 @@ void ProjectListModel::filter() {
     Q_EMIT countChanged();
 }
 
-void ProjectListModel::setUser(const std::optional<UserProfile>& user) {
-    if (m_user == user)
-        return;
-    m_user = user;
+void ProjectListModel::refreshOffers() {
     if (count() > 0)
-        Q_EMIT dataChanged(index(0), index(count() - 1), {actionsRole});
-}
-
-void ProjectListModel::setConnectedDomains(const QSet<QString>& domains) {
-    const QSet<QString> changed = (m_connected - domains) + (domains - m_connected);
-    m_connected = domains;
-    for (const QString& domain : changed)
-        touch(domain);
-}
-
-void ProjectListModel::setConnecting(const QString& domain, bool connecting) {
-    if (connecting)
-        m_connecting.insert(domain, QDateTime::currentDateTime());
-    else
-        m_connecting.remove(domain);
-    touch(domain);
+        Q_EMIT dataChanged(index(0), index(count() - 1), {offersRole});
 }
 
 int ProjectListModel::rowOf(const QString& domain) const {
@@ -74,7 +56,7 @@ int ProjectListModel::rowOf(const QString& domain) const {
     return -1;
 }
 
-void ProjectListModel::touch(const QString& domain) {
+void ProjectListModel::refreshRow(const QString& domain) {
     if (const int row = rowOf(domain); row >= 0)
         Q_EMIT dataChanged(index(row), index(row));
 }
@@ -93,20 +75,19 @@ QVariant ProjectListModel::data(const QModelIndex& index, int role) const {
     case domainRole:
         return project.domain;
     case connectedRole:
-        return m_connected.contains(project.domain);
+        return m_lookUp(project.domain).connected;
     case connectingRole:
-        return m_connecting.contains(project.domain);
+        return m_lookUp(project.domain).connectingSince.has_value();
     case connectingSinceRole:
-        return m_connecting.value(project.domain);
-    case actionsRole:
-        return QVariant::fromValue(RowActions::of(m_user, m_connected.contains(project.domain)));
+        return m_lookUp(project.domain).connectingSince.value_or(QDateTime());
+    case offersRole:
+        return m_lookUp(project.domain).offers;
     default:
         return {};
     }
 }
 
 QHash<int, QByteArray> ProjectListModel::roleNames() const {
-    return {{titleRole, "title"},         {domainRole, "domain"},
-            {connectedRole, "connected"}, {connectingRole, "connecting"},
-            {actionsRole, "actions"},     {connectingSinceRole, "connectingSince"}};
+    return {{titleRole, "title"},           {domainRole, "domain"}, {connectedRole, "connected"},
+            {connectingRole, "connecting"}, {offersRole, "offers"}, {connectingSinceRole, "connectingSince"}};
 }

@@ -1,19 +1,24 @@
 #pragma once
 
-#include "Directory/ApplicationsResponse.h"
 #include "State/ProjectOrder.h"
 
 #include <QAbstractListModel>
 #include <QDateTime>
-#include <QHash>
 #include <QList>
-#include <QSet>
 #include <QString>
 #include <QtQmlIntegration>
 
+#include <functional>
 #include <optional>
 
-/// The projects that match the search, in the order of the list, with what each row shows. Main thread.
+/// What a row shows beside the project itself. Whoever owns these facts is asked each time.
+struct RowState {
+    bool connected = false;
+    std::optional<QDateTime> connectingSince; ///< of a mount that is under way
+    int offers = 0;                           ///< the actions that the row offers, by ProjectActions::offers
+};
+
+/// The list of projects, the search in it, and the rows that match. Main thread.
 class ProjectListModel : public QAbstractListModel {
     Q_OBJECT
     QML_ELEMENT
@@ -27,16 +32,25 @@ class ProjectListModel : public QAbstractListModel {
         connectedRole,            ///< "connected": bool
         connectingRole,           ///< "connecting": bool, a mount is under way
         connectingSinceRole,      ///< "connectingSince": date-time; invalid when not connecting
-        actionsRole,              ///< "actions": RowActions
+        offersRole,               ///< "offers": int, a bit for each action that the row offers
     };
 
-    using QAbstractListModel::QAbstractListModel;
+    using LookUp = std::function<RowState(const QString& domain)>;
+
+    explicit ProjectListModel(LookUp lookUp, QObject* parent = nullptr)
+        : QAbstractListModel(parent), m_lookUp(std::move(lookUp)) {}
+
+    [[nodiscard]] const QList<Project>& projects() const { return m_projects; }
 
     void setProjects(const ProjectList& list);
+
+    [[nodiscard]] const QString& searchText() const { return m_searchText; }
+
     void setSearchText(const QString& text);
-    void setUser(const std::optional<UserProfile>& user);
-    void setConnectedDomains(const QSet<QString>& domains);
-    void setConnecting(const QString& domain, bool connecting);
+    /// The row of `domain` shows something else now.
+    void refreshRow(const QString& domain);
+    /// All rows offer something else now.
+    void refreshOffers();
 
     [[nodiscard]] int count() const { return static_cast<int>(m_visible.size()); }
 
@@ -52,13 +66,10 @@ class ProjectListModel : public QAbstractListModel {
 
   private:
     void filter();
-    void touch(const QString& domain);
 
+    LookUp m_lookUp;
     QList<Project> m_projects;
     QStringList m_keys; ///< the search key of each project
     QList<int> m_visible;
     QString m_searchText;
-    std::optional<UserProfile> m_user;
-    QSet<QString> m_connected;
-    QHash<QString, QDateTime> m_connecting;
 };

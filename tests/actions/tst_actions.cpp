@@ -1,7 +1,7 @@
-#include "Actions/DatabaseCredentials.h"
 #include "Actions/DirectoryWait.h"
-#include "Actions/SearchDomain.h"
-#include "Actions/TerminalProgram.h"
+#include "Actions/Rules/DatabaseCredentials.h"
+#include "Actions/Rules/SearchDomain.h"
+#include "Actions/Rules/TerminalProgram.h"
 #include "Actions/VSCodeLauncher.h"
 #include "support/Await.h"
 

@@ -7,6 +7,7 @@
 #include "Desktop/Settings/SettingsWindowManager.h"
 #include "Desktop/StatusItem/StatusBarController.h"
 #include "State/AppState.h"
+#include "System/Preferences.h"
 #include "sandbox/Sandbox.h"
 #include "support/Await.h"
 #include "support/DesktopShell.h"
@@ -66,7 +67,7 @@ class DesktopFixture {
 
     void signIn(const char* who) {
         identity = QString::fromLatin1(who);
-        await(state->addAccount());
+        await(state->parts().accounts.addAccount());
         QTRY_VERIFY(!state->isLoading());
     }
 

@@ -62,11 +62,11 @@ class TestChaos : public QObject {
 
     void refreshWith(Endpoint endpoint, const Fault& fault) {
         m_platform->setFault(endpoint, fault);
-        await(state().refresh());
+        await(state().parts().loading.refresh());
         QVERIFY(state().lastError());
         QVERIFY(state().projects().isEmpty());
         m_platform->setFault(endpoint, {});
-        await(state().refresh());
+        await(state().parts().loading.refresh());
         QCOMPARE(state().projects().size(), projects);
     }
 
@@ -84,12 +84,12 @@ class TestChaos : public QObject {
     }
 
     void connectTo(const Project& project) {
-        await(state().connectProject(project));
+        await(state().parts().connections.connect(project));
         QVERIFY(MountTable::lists(mountPoint(project)));
     }
 
     void disconnectFrom(const Project& project) {
-        await(state().disconnectProject(project.domain, false));
+        await(state().parts().connections.disconnect(project.domain, false));
         QVERIFY(!MountTable::lists(mountPoint(project)));
     }
 
@@ -119,12 +119,14 @@ class TestChaos : public QObject {
             {"key refused",
              [this] {
                  m_platform->ssh().acceptKey(false);
-                 await(state().connectProject(anyProject()));
+                 await(state().parts().connections.connect(anyProject()));
                  m_platform->ssh().acceptKey(true);
              },
              connection},
             {"no server",
-             [this] { withServerStopped([this] { await(state().connectProject(anyProject())); }); },
+             [this] {
+                 withServerStopped([this] { await(state().parts().connections.connect(anyProject())); });
+             },
              connection},
             {"server gone while mounted",
              [this] {
@@ -150,7 +152,7 @@ class TestChaos : public QObject {
                  connectTo(mounted);
                  install(u"/usr/bin/false"_s);
                  disconnectFrom(mounted);
-                 await(state().connectProject(mounted));
+                 await(state().parts().connections.connect(mounted));
                  state().answerGuidance(-1);
                  install(u"/usr/bin/sshfs"_s);
              },
@@ -161,7 +163,7 @@ class TestChaos : public QObject {
                  connectTo(mounted);
                  install({});
                  disconnectFrom(mounted);
-                 await(state().connectProject(mounted));
+                 await(state().parts().connections.connect(mounted));
                  state().answerGuidance(-1);
                  install(u"/usr/bin/sshfs"_s);
              },
@@ -183,7 +185,7 @@ class TestChaos : public QObject {
              [this] {
                  std::vector<QCoro::Task<>> connecting;
                  for (const Project& project : state().projects()) {
-                     connecting.push_back(state().connectProject(project));
+                     connecting.push_back(state().parts().connections.connect(project));
                      QCoreApplication::processEvents(); // as fast as a hand could be
                  }
                  m_desktop->statusBar->toggle();
@@ -192,10 +194,10 @@ class TestChaos : public QObject {
                  m_desktop->statusBar->toggle();
                  QCOMPARE(state().connectedDomains().size(), projects);
                  state().setSearchText(u"projekt"_s);
-                 await(state().refresh());
+                 await(state().parts().loading.refresh());
                  std::vector<QCoro::Task<>> ending;
                  for (const Project& project : state().projects()) {
-                     ending.push_back(state().disconnectProject(project.domain, false));
+                     ending.push_back(state().parts().connections.disconnect(project.domain, false));
                      QCoreApplication::processEvents();
                  }
                  state().setSearchText({});
@@ -206,13 +208,13 @@ class TestChaos : public QObject {
             {"double clicks",
              [this] {
                  const Project project = anyProject();
-                 auto first = state().connectProject(project);
-                 auto ending = state().disconnectProject(project.domain, false);
-                 auto second = state().connectProject(project);
+                 auto first = state().parts().connections.connect(project);
+                 auto ending = state().parts().connections.disconnect(project.domain, false);
+                 auto second = state().parts().connections.connect(project);
                  await(std::move(first));
                  await(std::move(ending));
                  await(std::move(second));
-                 await(state().disconnectProject(project.domain, false));
+                 await(state().parts().connections.disconnect(project.domain, false));
              },
              {}},
         };
@@ -259,7 +261,7 @@ class TestChaos : public QObject {
         m_watch = std::make_unique<LoopWatch>();
         for (const Step& step : std::as_const(order)) {
             m_watch->setStep(step.name);
-            state().clearActivityLog();
+            state().activityLog()->clear();
             step.play();
             if (!QTest::currentTestFailed())
                 m_watch->pausedFor([&] { verifyNothingLeft(step); });

@@ -176,7 +176,7 @@ class TestPanel : public QObject {
             QTest::keyClick(window, Qt::Key_Down);
         const QString chosen = chosenRow(window);
         QVERIFY(!chosen.isEmpty());
-        await(m_desktop->state->refresh());
+        await(m_desktop->state->parts().loading.refresh());
         QTRY_COMPARE(chosenRow(window), chosen);
     }
 
@@ -218,7 +218,7 @@ class TestPanel : public QObject {
         m_desktop.reset();
         m_desktop = std::make_unique<DesktopFixture>(m_platform->server(), refusing.fileName());
         m_desktop->signIn("erika");
-        await(m_desktop->state->connectProject(m_desktop->state->projects().constFirst()));
+        await(m_desktop->state->parts().connections.connect(m_desktop->state->projects().constFirst()));
         const QString failure = m_desktop->state->lastError().value_or(QString());
         QVERIFY(failure.count(u'\n') > 20);
         PanelWindow* const window = m_desktop->openPanel();
@@ -248,12 +248,12 @@ class TestPanel : public QObject {
         };
         for (int i = 0; i < 130; ++i) { // more than the log keeps
             const QString message = u"Zeile %1"_s.arg(i);
-            m_desktop->state->log(message, ActivityLogLevel::info);
+            m_desktop->state->parts().report.log(message, ActivityLogLevel::info);
             if (i % 10 == 9)
                 QTRY_COMPARE(lowest(), message);
         }
         m_desktop->statusBar->close();
-        m_desktop->state->log(u"Im Verborgenen"_s, ActivityLogLevel::info);
+        m_desktop->state->parts().report.log(u"Im Verborgenen"_s, ActivityLogLevel::info);
         m_desktop->openPanel();
         QTRY_COMPARE(lowest(), u"Im Verborgenen"_s);
     }

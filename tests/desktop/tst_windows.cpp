@@ -172,17 +172,17 @@ class TestWindows : public QObject {
         m_desktop.reset();
         m_desktop = std::make_unique<DesktopFixture>(m_platform->server(), u"/nowhere/sshfs"_s);
         m_desktop->signIn("erika");
-        await(m_desktop->state->connectProject(m_desktop->state->projects().constFirst()));
+        await(m_desktop->state->parts().connections.connect(m_desktop->state->projects().constFirst()));
         QWindow* const alert = m_desktop->alerts->window();
         QVERIFY(alert);
         QVERIFY(QTest::qWaitForWindowExposed(alert));
-        const QVariantMap guidance = m_desktop->state->guidanceMap();
+        const QVariantMap guidance = m_desktop->state->guidance();
         QVERIFY(heard::find(alert, guidance.value(u"title"_s).toString()));
         const QStringList labels = guidance.value(u"buttons"_s).toStringList();
         for (const QString& label : labels)
             QVERIFY2(heard::find(alert, label, Button), qPrintable(label));
         QVERIFY(heard::press(heard::find(alert, labels.constLast(), Button)));
-        QVERIFY(m_desktop->state->guidanceMap().isEmpty());
+        QVERIFY(m_desktop->state->guidance().isEmpty());
         QVERIFY(!m_desktop->alerts->window());
     }
 };

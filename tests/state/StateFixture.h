@@ -1,6 +1,7 @@
 #pragma once
 
 #include "State/AppState.h"
+#include "System/Preferences.h"
 #include "sandbox/Sandbox.h"
 #include "support/Await.h"
 #include "support/DesktopShell.h"
@@ -64,7 +65,7 @@ class StateFixture : public QObject {
 
     void signIn(const char* identity) {
         m_identity = QString::fromLatin1(identity);
-        await(m_state->addAccount());
+        await(m_state->parts().accounts.addAccount());
     }
 
     [[nodiscard]] QStringList messages() const {

@@ -19,7 +19,7 @@ class TestAppState : public StateFixture {
 
     void signedOutAtFirst() {
         QTRY_COMPARE(m_state->connectionStatus(), Status::failure);
-        QCOMPARE(m_state->connectionFailure(), u"Bitte einloggen."_s);
+        QCOMPARE(m_state->parts().loading.connectionFailure(), u"Bitte einloggen."_s);
         QCOMPARE(m_state->lastError(), std::nullopt);
         QCOMPARE(messages(), (QStringList{u"Projekte und Verbindungsstatus werden aktualisiert..."_s,
                                           u"Nicht eingeloggt. Bitte ueber Einstellungen anmelden."_s}));
@@ -46,13 +46,13 @@ class TestAppState : public StateFixture {
         signIn("erika");
         m_platform->expireTokens();
         const qsizetype renewals = m_platform->requests(tokenPath).size();
-        m_state->clearActivityLog();
-        auto first = m_state->refresh();
-        await(m_state->refresh()); // overlaps, and shares the renewal
+        m_state->activityLog()->clear();
+        auto first = m_state->parts().loading.refresh();
+        await(m_state->parts().loading.refresh()); // overlaps, and shares the renewal
         await(std::move(first));
         QCOMPARE(m_platform->requests(tokenPath).size(), renewals + 1);
         QCOMPARE(m_state->connectionStatus(), Status::success);
-        const QString token = m_state->oauth().accessToken().value_or(QString());
+        const QString token = m_state->parts().oauth.accessToken().value_or(QString());
         QVERIFY(messages().contains(u"Token erneuert (%1...). Wiederhole API-Aufruf."_s.arg(token.left(12))));
         QVERIFY(!messages().join(QString()).contains(token));
     }
@@ -63,7 +63,7 @@ class TestAppState : public StateFixture {
         refused.status = 403;
         m_platform->setFault(Endpoint::directory, refused);
         const qsizetype renewals = m_platform->requests(tokenPath).size();
-        await(m_state->refresh());
+        await(m_state->parts().loading.refresh());
         QCOMPARE(m_platform->requests(tokenPath).size(), renewals + 1);
         QCOMPARE(m_state->lastError(), std::optional(u"Sitzung abgelaufen. Bitte erneut einloggen."_s));
         QCOMPARE(messages().last(),
@@ -76,10 +76,10 @@ class TestAppState : public StateFixture {
         const QString tokens = host().privateFolder + u"/tokens.json"_s;
         QVERIFY(QFile::rename(tokens, tokens + u".away"_s)); // as a locked keyring looks
         start();
-        QTRY_COMPARE(m_state->connectionFailure(), u"Bitte einloggen."_s);
+        QTRY_COMPARE(m_state->parts().loading.connectionFailure(), u"Bitte einloggen."_s);
         QCOMPARE(m_state->accounts().size(), 1);
         QVERIFY(QFile::rename(tokens + u".away"_s, tokens));
-        await(m_state->refresh());
+        await(m_state->parts().loading.refresh());
         QCOMPARE(m_state->connectionStatus(), Status::success);
     }
 
@@ -91,7 +91,7 @@ class TestAppState : public StateFixture {
         signIn("erika");
         QCOMPARE(m_state->accounts().size(), 2);
         QVERIFY(messages().contains(u"Account bereits vorhanden – wird aktiviert: Erika Beispiel."_s));
-        await(m_state->switchAccount(u"nobody"_s));
+        await(m_state->parts().accounts.switchAccount(u"nobody"_s));
         QCOMPARE(messages().last(), u"Account-Wechsel fehlgeschlagen: keine Tokens gefunden."_s);
         QCOMPARE(m_state->activeAccountID(), std::optional(erika));
 
@@ -99,16 +99,16 @@ class TestAppState : public StateFixture {
         Fault slow;
         slow.delay = std::chrono::milliseconds(300);
         m_platform->setFault(Endpoint::directory, slow);
-        auto late = m_state->refresh();
+        auto late = m_state->parts().loading.refresh();
         QTest::qWait(50);
         m_platform->setFault(Endpoint::directory, {});
-        await(m_state->switchAccount(u"c9f0f895-jonas"_s));
+        await(m_state->parts().accounts.switchAccount(u"c9f0f895-jonas"_s));
         await(std::move(late));
         QCOMPARE(m_state->userProfile()->name, u"Jonas Muster"_s);
 
-        await(m_state->removeAccount(u"c9f0f895-jonas"_s));
+        await(m_state->parts().accounts.removeAccount(u"c9f0f895-jonas"_s));
         QTRY_COMPARE(m_state->userProfile()->name, u"Erika Beispiel"_s);
-        await(m_state->removeAccount(erika));
+        await(m_state->parts().accounts.removeAccount(erika));
         QCOMPARE(m_state->connectionStatus(), Status::idle);
         QVERIFY(m_state->accounts().isEmpty() && m_state->projects().isEmpty() && !m_state->userProfile());
         start();
@@ -130,11 +130,11 @@ class TestAppState : public StateFixture {
 
     void connectMountsAndOpensTheEditor() {
         signIn("erika");
-        m_state->clearActivityLog();
+        m_state->activityLog()->clear();
         for (const int index : {0, 1}) {
             const Project project = this->project(index);
-            auto connecting = m_state->connectProject(project);
-            await(m_state->connectProject(project)); // a double click
+            auto connecting = m_state->parts().connections.connect(project);
+            await(m_state->parts().connections.connect(project)); // a double click
             await(std::move(connecting));
             const QString root = m_home->path() + u"/Harvellon/"_s + project.domain;
             const QString workspace =
@@ -151,7 +151,7 @@ class TestAppState : public StateFixture {
         QCOMPARE(m_state->connectedDomains().size(), 2);
 
         const QString domain = project(0).domain;
-        await(m_state->disconnectProject(domain, false));
+        await(m_state->parts().connections.disconnect(domain, false));
         QCOMPARE(messages().mid(4),
                  (QStringList{u"Trenne %1..."_s.arg(domain), u"Unmounted %1."_s.arg(domain)}));
         QCOMPARE(m_state->connectedDomains().size(), 1);
@@ -163,7 +163,7 @@ class TestAppState : public StateFixture {
         signIn("erika");
         Project project = this->project(0);
         project.path += u"/log"_s;
-        await(m_state->connectProject(project));
+        await(m_state->parts().connections.connect(project));
         QCOMPARE(messages().last(),
                  u"Unterordner web nicht gefunden – oeffne Projektwurzel fuer %1."_s.arg(project.domain));
         QVERIFY(m_shell->opened.last().startsWith("code "_L1));
@@ -172,8 +172,8 @@ class TestAppState : public StateFixture {
     void mountThatEndsIsTold() {
         signIn("erika");
         const Project project = this->project(0);
-        await(m_state->connectProject(project));
-        const auto session = m_state->sshfsMounter().sessions().value(project.domain);
+        await(m_state->parts().connections.connect(project));
+        const auto session = m_state->parts().sshfsMounter.sessions().value(project.domain);
         QProcess::execute(u"/usr/bin/pkill"_s, {u"-KILL"_s, u"-f"_s, u"sshfs.*"_s + session.mountPoint});
         QTRY_COMPARE(m_ended, QStringList{project.domain});
         QVERIFY(messages().last().startsWith(u"Mount %1 unerwartet beendet (Exit "_s.arg(project.domain)));
@@ -185,12 +185,12 @@ class TestAppState : public StateFixture {
         const Project project = this->project(0);
         const QString root = m_home->path() + u"/Harvellon/"_s + project.domain;
         QVERIFY(QDir().mkpath(root + u"/web"_s));
-        await(m_state->connectProject(project));
+        await(m_state->parts().connections.connect(project));
         QVERIFY(m_state->lastError().value_or(QString()).startsWith(
             u"Im Ordner %1 liegen lokale Dateien"_s.arg(root)));
         QFile file(root + u"/web/neu.txt"_s);
         QVERIFY(file.open(QIODevice::WriteOnly));
-        await(m_state->disconnectProject(project.domain, false));
+        await(m_state->parts().connections.disconnect(project.domain, false));
         QCOMPARE(file.write("zu Ende geschrieben"), 19);
         file.close();
         QCOMPARE(QFile(project.path + u"/web/neu.txt"_s).size(), 19);
@@ -204,7 +204,7 @@ class TestAppState : public StateFixture {
     void killedProgramLeavesNothingThatTheNextOneMinds() {
         signIn("erika");
         for (const int index : {0, 1})
-            await(m_state->connectProject(project(index)));
+            await(m_state->parts().connections.connect(project(index)));
         const QString root = m_home->path() + u"/Harvellon/"_s;
         QFile inUse(root + project(1).domain + u"/public/index.php"_s);
         QVERIFY(inUse.open(QIODevice::ReadOnly));
@@ -215,7 +215,7 @@ class TestAppState : public StateFixture {
             messages().filter(u"Ein Mount von %1 ist übrig geblieben"_s.arg(project(1).domain)).size(), 1);
         QVERIFY(!MountTable::lists(root + project(0).domain));
         QVERIFY(MountTable::lists(root + project(1).domain));
-        await(m_state->connectProject(project(1)));
+        await(m_state->parts().connections.connect(project(1)));
         QCOMPARE(m_state->connectedDomains(), QSet<QString>{project(1).domain});
     }
 

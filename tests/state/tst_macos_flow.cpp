@@ -75,7 +75,7 @@ class TestMacOSFlow : public StateFixture {
         signIn("erika");
         m_mac->opened.clear();
         m_mac->calls.clear();
-        m_state->clearActivityLog();
+        m_state->activityLog()->clear();
     }
 
   private Q_SLOTS:
@@ -84,7 +84,7 @@ class TestMacOSFlow : public StateFixture {
         startOnMac();
         const Project project = this->project(0);
         const QString root = m_home->path() + u"/Harvellon/"_s + project.domain;
-        await(m_state->connectProject(project));
+        await(m_state->parts().connections.connect(project));
         QFile file(m_arguments);
         QVERIFY(file.open(QIODevice::ReadOnly));
         const QByteArray arguments = file.readAll();
@@ -98,14 +98,14 @@ class TestMacOSFlow : public StateFixture {
         QCOMPARE(m_mac->calls.last(), u"/usr/bin/open -a Visual Studio Code "_s + workspace);
 
         m_mac->calls.clear();
-        await(m_state->disconnectProject(project.domain, false));
+        await(m_state->parts().connections.disconnect(project.domain, false));
         QCOMPARE(m_mac->calls, QStringList(u"/usr/sbin/diskutil unmount "_s + root));
         QCOMPARE(messages().last(), u"Unmounted %1."_s.arg(project.domain));
 
-        await(m_state->connectProject(project));
+        await(m_state->parts().connections.connect(project));
         m_mac->calls.clear();
         m_mac->diskutilWorks = false;
-        await(m_state->disconnectProject(project.domain, false));
+        await(m_state->parts().connections.disconnect(project.domain, false));
         QCOMPARE(m_mac->calls,
                  (QStringList{u"/usr/sbin/diskutil unmount "_s + root, u"/sbin/umount "_s + root}));
         QVERIFY(m_state->connectedDomains().isEmpty());
@@ -114,16 +114,16 @@ class TestMacOSFlow : public StateFixture {
     void actions() {
         startOnMac();
         const Project project = this->project(0);
-        m_state->startOpenSite(project.domain, true);
-        await(m_state->openShell(project));
-        await(m_state->openDatabase(project));
-        await(m_state->fillSearchFromChrome());
+        m_state->perform(static_cast<int>(HoverTarget::safari), project.domain, true);
+        await(m_state->parts().actions.perform(HoverTarget::ssh, project, false));
+        await(m_state->parts().actions.perform(HoverTarget::database, project, false));
+        m_state->fillSearchFromChrome();
+        QTRY_COMPARE(m_state->searchText(), u"alpenhof.sandbox.test"_s);
         const QString open = u"/usr/bin/open "_s;
         QCOMPARE(m_mac->opened.size(), 3);
         QCOMPARE(m_mac->opened.at(0), open + u"https://%1/admin"_s.arg(project.domain));
         QCOMPARE(m_mac->opened.at(1), open + u"ssh://ssh%1@%2"_s.arg(project.webspaceID, project.domain));
         QVERIFY(m_mac->opened.at(2).startsWith(open + u"mysql://"_s));
-        QCOMPARE(m_state->searchText(), u"alpenhof.sandbox.test"_s);
     }
 
     void brokenSshfsIsExplained() {
@@ -133,8 +133,8 @@ class TestMacOSFlow : public StateFixture {
         QVERIFY(script.open(QIODevice::WriteOnly));
         script.write("#!/bin/sh\necho 'dyld: Library not loaded' >&2\nexit 6\n");
         script.close();
-        await(m_state->connectProject(project(0)));
-        QCOMPARE(m_state->guidanceMap().value(u"title"_s).toString(), u"sshfs-Installation ist defekt"_s);
+        await(m_state->parts().connections.connect(project(0)));
+        QCOMPARE(m_state->guidance().value(u"title"_s).toString(), u"sshfs-Installation ist defekt"_s);
         m_state->answerGuidance(1);
         QCOMPARE(m_mac->opened, QStringList(u"/usr/bin/open /System/Applications/Utilities/Terminal.app"_s));
     }

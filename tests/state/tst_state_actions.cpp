@@ -47,17 +47,17 @@ class TestStateActions : public StateFixture {
         Project project = this->project(0);
         const QString login = u"ssh%1@%2"_s.arg(project.webspaceID, project.domain);
         m_shell->opensSsh = true;
-        await(m_state->openShell(project));
+        await(m_state->parts().actions.perform(HoverTarget::ssh, project, false));
         m_shell->opensSsh = false;
         const QString terminal = m_home->filePath(u"xfce4-terminal"_s);
         QVERIFY(QFile::link(u"/bin/true"_s, terminal));
         qputenv("TERMINAL", terminal.toUtf8());
-        await(m_state->openShell(project));
+        await(m_state->parts().actions.perform(HoverTarget::ssh, project, false));
         QCOMPARE(m_shell->opened,
                  (QStringList{u"ssh://"_s + login, terminal + u" -x /usr/bin/ssh "_s + login}));
         // A terminal that splits its command at blanks would read options here.
         project.domain = u"x -oProxyCommand=evil"_s;
-        await(m_state->openShell(project));
+        await(m_state->parts().actions.perform(HoverTarget::ssh, project, false));
         qunsetenv("TERMINAL");
         QCOMPARE(m_shell->opened.size(), 2);
         QCOMPARE(messages().last(),
@@ -68,16 +68,16 @@ class TestStateActions : public StateFixture {
         signIn("erika");
         const Project project = this->project(0);
         m_shell->opened.clear();
-        m_state->clearActivityLog();
-        m_state->openInFinder(project);
-        await(m_state->openInVSCode(project));
+        m_state->activityLog()->clear();
+        await(m_state->parts().actions.perform(HoverTarget::finder, project, false));
+        await(m_state->parts().actions.perform(HoverTarget::vscode, project, false));
         const QString missing = u"CloudStorage-Verzeichnis fuer %1 nicht gefunden."_s.arg(project.domain);
         QCOMPARE(messages(), (QStringList{missing, missing}));
         QVERIFY(m_shell->opened.isEmpty());
 
-        await(m_state->connectProject(project));
+        await(m_state->parts().connections.connect(project));
         m_shell->opened.clear();
-        m_state->openInFinder(project);
+        await(m_state->parts().actions.perform(HoverTarget::finder, project, false));
         QCOMPARE(m_shell->opened, QStringList(m_home->path() + u"/Harvellon/"_s + project.domain));
         QCOMPARE(messages().last(), u"Öffne %1 im Finder..."_s.arg(project.domain));
     }
@@ -88,8 +88,8 @@ class TestStateActions : public StateFixture {
         for (const int index : {0, 1}) { // one reads dotenv, one settings
             const Project project = this->project(index);
             m_shell->opened.clear();
-            m_state->clearActivityLog();
-            await(m_state->openDatabase(project));
+            m_state->activityLog()->clear();
+            await(m_state->parts().actions.perform(HoverTarget::database, project, false));
             const QString password = databasePassword(hosted(index));
             const QString database = databaseName(hosted(index));
             QCOMPARE(m_shell->opened.value(0),
@@ -110,7 +110,7 @@ class TestStateActions : public StateFixture {
         const Project project = this->project(0);
         const QString configuration = sandbox::homeFolder(m_platform->treeRoot(), hosted(0)) + u"/web/.env"_s;
         QVERIFY(QFile::rename(configuration, configuration + u".away"_s));
-        await(m_state->openDatabase(project));
+        await(m_state->parts().actions.perform(HoverTarget::database, project, false));
         QCOMPARE(messages().last().section(u':', 0, 0), u"Config konnte nicht gelesen werden"_s);
         QVERIFY2(messages().last().endsWith("web/.env: No such file or directory"_L1),
                  qPrintable(messages().last()));
@@ -122,21 +122,21 @@ class TestStateActions : public StateFixture {
             QVERIFY(file.open(QIODevice::WriteOnly));
             file.write(content);
             file.close();
-            m_state->clearActivityLog();
-            await(m_state->openDatabase(project));
+            m_state->activityLog()->clear();
+            await(m_state->parts().actions.perform(HoverTarget::database, project, false));
             QCOMPARE(messages().last(), unreadable);
         }
         QVERIFY(QFile::remove(configuration));
         QVERIFY(QFile::rename(configuration + u".away"_s, configuration));
 
         m_platform->ssh().acceptKey(false);
-        await(m_state->openDatabase(project));
+        await(m_state->parts().actions.perform(HoverTarget::database, project, false));
         QVERIFY(messages().last().contains("Permission denied"_L1));
         HostSystem without = host();
         without.ssh = u"/none/ssh"_s;
         start(without);
         signIn("erika");
-        await(m_state->openDatabase(project));
+        await(m_state->parts().actions.perform(HoverTarget::database, project, false));
         QVERIFY(messages().last().startsWith("SSH-Verbindung fehlgeschlagen: "_L1));
         QVERIFY(m_shell->opened.filter(u"mysql"_s).isEmpty());
         QCOMPARE(m_state->lastError(), std::nullopt);
@@ -172,8 +172,8 @@ class TestStateActions : public StateFixture {
         m_platform->setFault(Endpoint::site, answer);
         const Project project = siteProject();
         const qsizetype before = m_platform->requests("/").size();
-        m_state->clearActivityLog();
-        await(m_state->clearCache(project));
+        m_state->activityLog()->clear();
+        await(m_state->parts().actions.perform(HoverTarget::cache, project, false));
         QCOMPARE(messages(), (QStringList{u"Leere Cache fuer %1..."_s.arg(project.domain),
                                           outcome.replace(u'%', project.domain)}));
         QVERIFY(m_platform->requests("/").size() > before);
@@ -189,23 +189,23 @@ class TestStateActions : public StateFixture {
         moved.location =
             QByteArray("https://127.0.0.1:%/neu").replace('%', QByteArray::number(proper.port()));
         m_platform->setFault(Endpoint::site, moved);
-        await(m_state->clearCache(siteProject()));
+        await(m_state->parts().actions.perform(HoverTarget::cache, siteProject(), false));
         QCOMPARE(messages().last(), u"Cache fuer %1 geleert."_s.arg(siteProject().domain));
         QCOMPARE(none.requests("/neu").size(), 1);
 
         moved.location = m_platform->server().toUtf8().replace("http:", "https:"); // nobody speaks TLS there
         m_platform->setFault(Endpoint::site, moved);
-        await(m_state->clearCache(siteProject()));
+        await(m_state->parts().actions.perform(HoverTarget::cache, siteProject(), false));
         QVERIFY(messages().last().startsWith("Cache leeren fehlgeschlagen: "_L1));
     }
 
     void sitesThatCannotBeTrustedOrNamedAreToldWithTheReason() {
         trustSites({});
-        await(m_state->clearCache(siteProject()));
+        await(m_state->parts().actions.perform(HoverTarget::cache, siteProject(), false));
         QVERIFY2(messages().last().contains("certificate"_L1), qPrintable(messages().last()));
         Project unnamed = siteProject();
         unnamed.domain = u"a b"_s;
-        await(m_state->clearCache(unnamed));
+        await(m_state->parts().actions.perform(HoverTarget::cache, unnamed, false));
         QCOMPARE(messages().last(), u"Ungueltige Cache-URL: https://a b/?type=5820917364"_s);
     }
 
@@ -232,9 +232,9 @@ class TestStateActions : public StateFixture {
         host.browserQuery = {u"/bin/sh"_s, {u"-c"_s, script}};
         start(host);
         m_state->setSearchText(u"vorher"_s);
-        await(m_state->fillSearchFromChrome());
+        m_state->fillSearchFromChrome();
+        QTRY_COMPARE(messages().last(), told);
         QCOMPARE(m_state->searchText(), search);
-        QCOMPARE(messages().last(), told);
         QCOMPARE(m_state->lastError(), std::nullopt);
     }
 };

@@ -2,7 +2,6 @@
 #include "State/ActivityLog.h"
 #include "State/ProjectListModel.h"
 #include "State/ProjectOrder.h"
-#include "State/RowActions.h"
 
 #include <QAbstractItemModelTester>
 #include <QSignalSpy>
@@ -79,7 +78,7 @@ class TestStateRules : public QObject {
     void search() {
         QFETCH(QString, text);
         QFETCH(int, hits);
-        ProjectListModel model;
+        ProjectListModel model([](const QString&) { return RowState(); });
         const QAbstractItemModelTester tester(&model);
         model.setProjects(ProjectList::of({projectAt(u"www.kornblume.example"_s, u"Bäckerei Kornblume"_s),
                                            projectAt(u"www.s.example"_s, u"Shop in der Straße"_s),
@@ -89,16 +88,20 @@ class TestStateRules : public QObject {
     }
 
     void rowsTellWhatChanges() {
-        ProjectListModel model;
+        const QDateTime since = QDateTime::currentDateTime();
+        ProjectListModel model([since](const QString& domain) {
+            return domain == u"b.example" ? RowState{true, since, 5} : RowState();
+        });
         model.setProjects(ProjectList::of({projectAt(u"a.example"_s), projectAt(u"b.example"_s)}));
         QSignalSpy changed(&model, &QAbstractItemModel::dataChanged);
-        model.setConnecting(u"b.example"_s, true);
-        QVERIFY(model.data(model.index(1), ProjectListModel::connectingSinceRole).toDateTime().isValid());
-        model.setConnecting(u"b.example"_s, false);
-        model.setConnectedDomains({u"b.example"_s});
-        QCOMPARE(changed.size(), 3);
-        QCOMPARE(changed.at(2).at(0).toModelIndex().row(), 1);
+        model.refreshRow(u"b.example"_s);
+        model.refreshRow(u"elsewhere.example"_s);
+        QCOMPARE(changed.size(), 1);
+        QCOMPARE(changed.at(0).at(0).toModelIndex().row(), 1);
         QVERIFY(model.data(model.index(1), ProjectListModel::connectedRole).toBool());
+        QCOMPARE(model.data(model.index(1), ProjectListModel::connectingSinceRole).toDateTime(), since);
+        QCOMPARE(model.data(model.index(1), ProjectListModel::offersRole).toInt(), 5);
+        QVERIFY(!model.data(model.index(0), ProjectListModel::connectingRole).toBool());
         model.setSearchText(u"b.ex"_s);
         QCOMPARE(model.rowOf(u"b.example"_s), 0);
         QCOMPARE(model.rowOf(u"a.example"_s), -1);

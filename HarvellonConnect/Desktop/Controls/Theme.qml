@@ -41,16 +41,6 @@ QtObject {
     readonly property color knobOff: "#ffffff"
     readonly property color emptyIcon: switchOff
 
-    // One tint for each of a row's buttons
-    readonly property color tintConnect: dark ? "#b6e0a6" : "#0b5e1e"
-    readonly property color tintDisconnect: dark ? "#b0aaa2" : "#847c74"
-    readonly property color tintVSCode: dark ? "#4a90fc" : "#0a5fc2"
-    readonly property color tintFinder: dark ? "#efc350" : "#a07800"
-    readonly property color tintSSH: dark ? "#f6f1ec" : "#24211c"
-    readonly property color tintDB: dark ? "#b47fb0" : "#5f0a70"
-    readonly property color tintCache: dark ? "#f4606c" : "#c3284f"
-    readonly property color tintSafari: dark ? "#5ad6ee" : "#1787a0"
-
     /// The colours of the activity log's levels, from info to error.
     readonly property list<color> levels: [info, okInk, warn, danger]
 
@@ -75,16 +65,6 @@ QtObject {
     readonly property int tipRadius: 6
     readonly property int iconSize: 18
     readonly property int smallIconSize: 16
-
-    // The rail of a row's buttons
-    readonly property int railWidth: 246
-    readonly property int slotConnect: 0
-    readonly property int slotVSCode: 40
-    readonly property int slotFinder: 74
-    readonly property int slotSSH: 114
-    readonly property int slotDB: 148
-    readonly property int slotCache: 182
-    readonly property int slotSafari: 216
 
     // Motion, in milliseconds
     readonly property int hover: 120

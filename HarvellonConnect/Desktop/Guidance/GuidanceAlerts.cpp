@@ -16,7 +16,7 @@ GuidanceAlerts::GuidanceAlerts(QmlViews& views, AppState& state, QObject* parent
 GuidanceAlerts::~GuidanceAlerts() = default;
 
 void GuidanceAlerts::update() {
-    const QVariantMap guidance = m_state.guidanceMap();
+    const QVariantMap guidance = m_state.guidance();
     if (m_window) {
         m_window->removeEventFilter(this);
         m_window->hide();

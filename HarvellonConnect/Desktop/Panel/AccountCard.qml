@@ -67,7 +67,7 @@ Card {
             text: "Mit Harvellon anmelden"
             visible: !card.state.isAuthenticating
 
-            onClicked: card.state.startAddAccount()
+            onClicked: card.state.addAccount()
             onVisibleChanged: if (visible) {
                 card.focusSignIn();
             }
@@ -80,7 +80,7 @@ Card {
             text: "Abbrechen"
             visible: card.state.isAuthenticating
 
-            onClicked: card.state.startCancelLogin()
+            onClicked: card.state.cancelLogin()
             onVisibleChanged: if (visible) {
                 forceActiveFocus(Qt.OtherFocusReason);
             }

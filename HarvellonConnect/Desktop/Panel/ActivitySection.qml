@@ -48,7 +48,7 @@ Card {
             enabled: card.state.activityLog.count > 0
             text: "Leeren"
 
-            onClicked: card.state.clearActivityLog()
+            onClicked: card.state.activityLog.clear()
         }
     }
 

@@ -43,7 +43,7 @@ Item {
             keys: "Strg+R"
             symbol: "arrow.clockwise"
 
-            onTriggered: header.state.startRefresh()
+            onTriggered: header.state.refresh()
         }
 
         IconButton {

@@ -1,18 +1,14 @@
 #include "Desktop/Panel/PanelKeys.h"
 
-#include "Desktop/Panel/Rows/RowButtons.h"
-#include "State/AppState.h"
-#include "State/RowActions.h"
-
 #include <algorithm>
 
-std::optional<HoverTarget> obviousAction(bool mayConnect, bool mayOpen, bool connecting) {
+std::optional<HoverTarget> obviousAction(int offers, bool connecting) {
     if (connecting)
         return {};
-    if (mayOpen)
-        return HoverTarget::vscode;
-    if (mayConnect)
-        return HoverTarget::connect;
+    for (const ProjectAction& action : ProjectActions::table()) {
+        if ((offers & 1 << action.targetNumber()) != 0 && action.shortcut == QKeySequence(Qt::Key_Return))
+            return action.target;
+    }
     return HoverTarget::safari;
 }
 
@@ -90,11 +86,11 @@ bool PanelKeys::press(int key, int modifiers) {
         return true;
     case Qt::Key_Return:
     case Qt::Key_Enter:
-        if (held.testFlag(Qt::ControlModifier))
-            return perform(HoverTarget::safari, held.testFlag(Qt::ShiftModifier));
-        return performObvious();
+        if (!held.testFlag(Qt::ControlModifier))
+            return performObvious();
+        return pressAction(Qt::Key_Return, held);
     case Qt::Key_F5:
-        m_state->startRefresh();
+        m_state->refresh();
         return true;
     default:
         return pressCommand(key, held);
@@ -115,10 +111,10 @@ bool PanelKeys::pressCommand(int key, Qt::KeyboardModifiers modifiers) {
         return false;
     switch (key) {
     case Qt::Key_R:
-        m_state->startRefresh();
+        m_state->refresh();
         return true;
     case Qt::Key_K:
-        m_state->startFillSearchFromChrome();
+        m_state->fillSearchFromChrome();
         return true;
     case Qt::Key_Comma:
         Q_EMIT settingsRequested();
@@ -138,11 +134,17 @@ bool PanelKeys::pressCommand(int key, Qt::KeyboardModifiers modifiers) {
     default:
         break;
     }
-    for (const HoverTarget target : {HoverTarget::disconnect, HoverTarget::finder, HoverTarget::ssh,
-                                     HoverTarget::database, HoverTarget::cache}) {
-        if (RowButtons::facts(target).shortcut ==
-            QKeySequence(QKeyCombination(modifiers, static_cast<Qt::Key>(key))))
-            return perform(target);
+    return pressAction(key, modifiers);
+}
+
+bool PanelKeys::pressAction(int key, Qt::KeyboardModifiers modifiers) {
+    const QKeySequence pressed(QKeyCombination(modifiers & ~Qt::ShiftModifier, static_cast<Qt::Key>(key)));
+    const bool shift = modifiers.testFlag(Qt::ShiftModifier);
+    for (const ProjectAction& action : ProjectActions::table()) {
+        if (action.shortcut != pressed || (shift && !action.hasAlternative))
+            continue;
+        m_state->perform(action.targetNumber(), m_domain, shift);
+        return true; // a key of ours even where the row does not offer it
     }
     return false;
 }
@@ -160,45 +162,13 @@ bool PanelKeys::move(int key, Qt::KeyboardModifiers modifiers) {
     return true;
 }
 
-namespace {
-bool offered(const RowActions& actions, HoverTarget target) {
-    switch (target) {
-    case HoverTarget::connect:
-        return actions.connect;
-    case HoverTarget::disconnect:
-        return actions.disconnect;
-    case HoverTarget::vscode:
-        return actions.vscode;
-    case HoverTarget::finder:
-        return actions.finder;
-    case HoverTarget::ssh:
-        return actions.ssh;
-    case HoverTarget::database:
-        return actions.database;
-    case HoverTarget::cache:
-        return actions.cache;
-    case HoverTarget::safari:
-        return actions.safari;
-    }
-    Q_UNREACHABLE();
-}
-} // namespace
-
-bool PanelKeys::perform(HoverTarget target, bool shift) {
-    const QModelIndex row = m_state->visibleProjects()->index(m_row);
-    if (row.isValid() && offered(row.data(ProjectListModel::actionsRole).value<RowActions>(), target))
-        RowButtons::perform(m_state, target, m_domain, shift);
-    return true; // a key of ours even where the row doesn't offer it
-}
-
 bool PanelKeys::performObvious() {
     const QModelIndex row = m_state->visibleProjects()->index(m_row);
     if (!row.isValid())
         return false;
-    const auto actions = row.data(ProjectListModel::actionsRole).value<RowActions>();
-    const auto target =
-        obviousAction(actions.connect, actions.vscode, row.data(ProjectListModel::connectingRole).toBool());
+    const std::optional<HoverTarget> target = obviousAction(
+        row.data(ProjectListModel::offersRole).toInt(), row.data(ProjectListModel::connectingRole).toBool());
     if (target)
-        perform(*target);
+        m_state->perform(static_cast<int>(*target), m_domain, false);
     return true;
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Desktop/Panel/Rows/HoverTarget.h"
+#include "Actions/ProjectActions.h"
 #include "State/AppState.h"
 
 #include <QObject>
@@ -50,7 +50,7 @@ class PanelKeys : public QObject {
   private:
     bool pressCommand(int key, Qt::KeyboardModifiers modifiers);
     bool move(int key, Qt::KeyboardModifiers modifiers);
-    bool perform(HoverTarget target, bool shift = false);
+    bool pressAction(int key, Qt::KeyboardModifiers modifiers);
     bool performObvious();
     void searchChanged();
     void listChanged();
@@ -60,8 +60,9 @@ class PanelKeys : public QObject {
     QString m_domain; ///< of the chosen row: it stays chosen when the list is loaded anew
 };
 
-/// What Enter does for a row with these offers and states: connect, or open what is mounted.
-[[nodiscard]] std::optional<HoverTarget> obviousAction(bool mayConnect, bool mayOpen, bool connecting);
+/// What Enter does for a row with these offers: the action that has it as its shortcut (connect, or open what
+/// is mounted), else the site. Nothing while the row is connecting.
+[[nodiscard]] std::optional<HoverTarget> obviousAction(int offers, bool connecting);
 
 /// The row reached from `row` by one of the keys that move; `count` rows, of which `page` are seen at once.
 [[nodiscard]] std::optional<int> rowAfter(int key, bool control, int row, int count, int page);

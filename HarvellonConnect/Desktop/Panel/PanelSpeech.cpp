@@ -11,26 +11,21 @@ void PanelSpeech::setState(AppState* state) {
     if (state == m_state)
         return;
     m_state = state;
-    m_connected = state->connectedDomains();
-    connect(state, &AppState::connectedDomainsChanged, this, &PanelSpeech::connectionsChanged);
+    connect(&state->parts().connections, &Connections::connectionChanged, this,
+            &PanelSpeech::connectionChanged);
     Q_EMIT stateChanged();
 }
 
-void PanelSpeech::connectionsChanged() {
-    const QSet<QString> before = std::exchange(m_connected, m_state->connectedDomains());
-    QStringList changes;
+void PanelSpeech::connectionChanged(const QString& domain, bool connected) {
     for (const Project& project : m_state->projects()) {
-        const bool connected = m_connected.contains(project.domain);
-        if (connected != before.contains(project.domain))
-            changes.append(project.title() +
-                           (connected ? QStringLiteral(": Gemountet") : QStringLiteral(": Nicht verbunden")));
+        if (project.domain != domain)
+            continue;
+        // Screen readers announce an alert when it appears, so the one before must vanish first.
+        setNews(QString());
+        setNews(project.title() +
+                (connected ? QStringLiteral(": Gemountet") : QStringLiteral(": Nicht verbunden")));
+        m_newsEnd.start(newsTime, this);
     }
-    if (changes.isEmpty())
-        return;
-    // An alert is heard when it appears: the one before goes first.
-    setNews(QString());
-    setNews(changes.join(QStringLiteral(", ")));
-    m_newsEnd.start(newsTime, this);
 }
 
 void PanelSpeech::setNews(const QString& news) {

@@ -5,7 +5,6 @@
 #include <QBasicTimer>
 #include <QObject>
 #include <QQuickItem>
-#include <QSet>
 #include <QString>
 #include <QtQmlIntegration>
 
@@ -37,11 +36,10 @@ class PanelSpeech : public QObject {
     void timerEvent(QTimerEvent* event) override;
 
   private:
-    void connectionsChanged();
+    void connectionChanged(const QString& domain, bool connected);
     void setNews(const QString& news);
 
     AppState* m_state = nullptr;
-    QSet<QString> m_connected;
     QString m_news;
     QBasicTimer m_newsEnd;
 };

@@ -99,6 +99,6 @@ Item {
         symbol: "scope"
         width: 32
 
-        onTriggered: bar.state.startFillSearchFromChrome()
+        onTriggered: bar.state.fillSearchFromChrome()
     }
 }

@@ -23,7 +23,7 @@ T.ItemDelegate {
 
     Keys.onEnterPressed: clicked()
     Keys.onReturnPressed: clicked()
-    onClicked: state.startSwitchAccount(accountID)
+    onClicked: state.switchAccount(accountID)
 
     background: Rectangle {
         border.color: row.visualFocus ? Theme.focus : "transparent"
@@ -79,6 +79,6 @@ T.ItemDelegate {
         text: "Account entfernen"
         y: 6
 
-        onClicked: row.state.startRemoveAccount(row.accountID)
+        onClicked: row.state.removeAccount(row.accountID)
     }
 }

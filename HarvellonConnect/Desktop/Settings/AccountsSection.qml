@@ -52,7 +52,7 @@ Card {
         x: 50
         y: list.y + list.height + 7
 
-        onClicked: card.state.startAddAccount()
+        onClicked: card.state.addAccount()
     }
 
     Text {
@@ -76,7 +76,7 @@ Card {
         text: "Abbrechen"
         visible: card.state.isAuthenticating
 
-        onClicked: card.state.startCancelLogin()
+        onClicked: card.state.cancelLogin()
     }
 
     Column {
@@ -121,7 +121,7 @@ Card {
             text: "Mit Harvellon anmelden"
             visible: !card.state.isAuthenticating
 
-            onClicked: card.state.startAddAccount()
+            onClicked: card.state.addAccount()
         }
     }
 }

@@ -1,7 +1,5 @@
 #include "Desktop/Panel/Rows/ButtonRail.h"
 
-#include "Desktop/Panel/Rows/RowButtons.h"
-
 void ButtonRail::pointer(int target, bool inside) {
     const auto button = static_cast<HoverTarget>(target);
     // The pointer can be told to enter the next button before it is told to leave this one.
@@ -15,5 +13,5 @@ void ButtonRail::pointer(int target, bool inside) {
 }
 
 void ButtonRail::perform(int target, bool shift) {
-    RowButtons::perform(m_state, static_cast<HoverTarget>(target), m_domain, shift);
+    m_state->perform(target, m_domain, shift);
 }

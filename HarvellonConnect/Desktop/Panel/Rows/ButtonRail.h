@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Desktop/Panel/Rows/HoverTarget.h"
+#include "Actions/ProjectActions.h"
 #include "State/AppState.h"
 
 #include <QQuickItem>

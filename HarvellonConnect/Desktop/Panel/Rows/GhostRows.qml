@@ -60,16 +60,16 @@ Item {
             }
 
             Repeater {
-                model: [Theme.slotConnect, Theme.slotSSH, Theme.slotDB, Theme.slotCache, Theme.slotSafari]
+                model: ActionTable.ghostSlots
 
                 Rectangle {
                     required property int modelData
 
                     color: Theme.ghost
-                    height: Theme.buttonSide
+                    height: ActionTable.buttonColumnWidth
                     radius: Theme.buttonRadius
-                    width: Theme.buttonSide
-                    x: ghost.width - 6 - Theme.railWidth + modelData
+                    width: ActionTable.buttonColumnWidth
+                    x: ghost.width - 6 - ActionTable.railWidth + modelData
                     y: 5
                 }
             }

@@ -12,15 +12,16 @@ Item {
     required property bool connected
     required property bool connecting
     required property date connectingSince
-    required property var actions
+    required property int offers
     required property int index
 
     property bool current: false
     /// Tab reaches the buttons of this row.
     property bool tabStop: current
     property alias hoveredButton: rail.hoveredButton
+    readonly property int buttonColumnWidth: ActionTable.buttonColumnWidth
 
-    readonly property real railStart: rail.x + (actions.ssh ? 0 : Theme.slotCache)
+    readonly property real railStart: rail.x + ActionTable.firstSlot(offers)
     // Room for three digits of seconds, so that the name stands still while they grow.
     readonly property real markStart: connecting ? railStart - 12 - 128 : connected ? mark.x : railStart
     readonly property bool lit: pointer.hovered || current
@@ -103,82 +104,16 @@ Item {
         ConnectingMark {}
     }
 
-    ButtonRail {
+    RowButtons {
         id: rail
 
+        connecting: row.connecting
         current: row.tabStop
         domain: row.domain
         height: row.height
+        offers: row.offers
         state: row.state
-        width: Theme.railWidth
         x: row.width - 6 - width
-
-        RowButton {
-            enabled: !row.connecting
-            facts: RowButtons.connectButton
-            opacity: enabled ? 1 : 0.38
-            rail: rail
-            tint: Theme.tintConnect
-            visible: row.actions.connect
-            x: Theme.slotConnect
-        }
-
-        RowButton {
-            facts: RowButtons.disconnectButton
-            hoverTint: Theme.danger
-            rail: rail
-            tint: Theme.tintDisconnect
-            visible: row.actions.disconnect
-            x: Theme.slotConnect
-        }
-
-        RowButton {
-            facts: RowButtons.vscode
-            rail: rail
-            tint: Theme.tintVSCode
-            visible: row.actions.vscode
-            x: Theme.slotVSCode
-        }
-
-        RowButton {
-            facts: RowButtons.finder
-            rail: rail
-            tint: Theme.tintFinder
-            visible: row.actions.finder
-            x: Theme.slotFinder
-        }
-
-        RowButton {
-            facts: RowButtons.ssh
-            rail: rail
-            tint: Theme.tintSSH
-            visible: row.actions.ssh
-            x: Theme.slotSSH
-        }
-
-        RowButton {
-            facts: RowButtons.database
-            rail: rail
-            tint: Theme.tintDB
-            visible: row.actions.database
-            x: Theme.slotDB
-        }
-
-        RowButton {
-            facts: RowButtons.cache
-            rail: rail
-            tint: Theme.tintCache
-            visible: row.actions.cache
-            x: Theme.slotCache
-        }
-
-        RowButton {
-            facts: RowButtons.safari
-            rail: rail
-            tint: Theme.tintSafari
-            visible: row.actions.safari
-            x: Theme.slotSafari
-        }
     }
 
     HoverHandler {

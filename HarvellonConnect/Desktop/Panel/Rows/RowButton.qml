@@ -5,22 +5,31 @@ import Harvellon.Desktop
 BareIconButton {
     id: button
 
-    required property rowButtonFacts facts
+    required property projectAction action
     required property ButtonRail rail
+    required property bool connecting
+
+    readonly property color iconTint: Theme.dark ? action.tintDark : action.tintLight
 
     Accessible.description: enabled ? keys : "Verbindung wird aufgebaut"
     Accessible.name: help
     Accessible.role: Accessible.Button
     Accessible.onPressAction: button.clicked(false)
     activeFocusOnTab: rail.current
-    help: facts.help
-    isHovered: rail.hoveredButton === facts.target
-    keys: facts.keys
+    enabled: !(action.restsWhileConnecting && connecting)
+    help: action.help
+    hoverTint: action.dangerous ? Theme.danger : iconTint
+    isHovered: rail.hoveredButton === action.target
+    keys: action.keys
+    opacity: enabled ? 1 : 0.38
     outline: Theme.outline
     ringColor: Theme.focus
-    symbol: facts.symbol
+    symbol: action.symbol
+    tint: iconTint
+    width: ActionTable.buttonColumnWidth
+    x: action.slot
     y: 5
 
-    onClicked: shift => rail.perform(facts.target, shift)
-    onHoveredChanged: rail.pointer(facts.target, hovered)
+    onClicked: shift => rail.perform(action.target, shift)
+    onHoveredChanged: rail.pointer(action.target, hovered)
 }

@@ -1,4 +1,4 @@
-#include "Actions/SearchDomain.h"
+#include "Actions/Rules/SearchDomain.h"
 
 #include <QUrl>
 

@@ -1,4 +1,4 @@
-#include "Actions/TerminalProgram.h"
+#include "Actions/Rules/TerminalProgram.h"
 
 #include <QFileInfo>
 #include <QStandardPaths>

@@ -1,4 +1,4 @@
-#include "Actions/DatabaseCredentials.h"
+#include "Actions/Rules/DatabaseCredentials.h"
 
 #include <QRegularExpression>
 #include <QUrl>

@@ -1,4 +1,4 @@
-#include "Actions/SiteAddresses.h"
+#include "Actions/Rules/SiteAddresses.h"
 
 #include <QUrl>
 

@@ -1,21 +1,16 @@
-#include "State/AppState.h"
+#include "State/GuidanceQuestion.h"
 
-void AppState::showSSHFSSetupAlert() {
-    show(m_host.setupGuidance);
-}
+#include "Actions/Openers.h"
+#include "System/Reporter.h"
 
-void AppState::showSSHFSRepairAlert() {
-    show(m_host.repairGuidance);
-}
-
-void AppState::show(const Guidance& guidance) {
+void GuidanceQuestion::show(const Guidance& guidance) {
     if (m_guidance)
-        return; // ten refused connects ask for one answer
+        return; // ten refused connects need one answer
     m_guidance = guidance;
-    Q_EMIT guidanceChanged();
+    Q_EMIT changed();
 }
 
-QVariantMap AppState::guidanceMap() const {
+QVariantMap GuidanceQuestion::map() const {
     if (!m_guidance)
         return {};
     QStringList labels;
@@ -26,25 +21,25 @@ QVariantMap AppState::guidanceMap() const {
             {QStringLiteral("buttons"), labels}};
 }
 
-void AppState::answerGuidance(int button) {
+void GuidanceQuestion::answer(int button) {
     if (!m_guidance)
         return;
     const GuidanceButton pressed = m_guidance->buttons.value(button);
     m_guidance.reset();
-    Q_EMIT guidanceChanged();
+    Q_EMIT changed();
     switch (pressed.action) {
     case GuidanceButton::Action::openAddress:
-        openAddress(pressed.target);
+        openAddress(m_context, pressed.target);
         break;
     case GuidanceButton::Action::copy:
-        m_desktop.copyText(pressed.target);
+        m_context.copyText(pressed.target);
         break;
     case GuidanceButton::Action::openTerminal:
-        openTerminal();
+        openTerminal(m_context);
         break;
     case GuidanceButton::Action::none:
         break;
     }
     if (!pressed.told.isEmpty())
-        log(pressed.told, ActivityLogLevel::info);
+        m_context.report.log(pressed.told, ActivityLogLevel::info);
 }

@@ -1,0 +1,45 @@
+#include "Actions/OpenDatabase.h"
+
+#include "Actions/Openers.h"
+#include "Actions/Rules/DatabaseCredentials.h"
+#include "Mounting/MountPoint.h"
+#include "System/Async.h"
+#include "System/Reporter.h"
+#include "System/Shell.h"
+
+using namespace std::chrono_literals;
+
+namespace {
+constexpr auto readLimit = 30s; // a server that falls silent must not keep ssh for ever
+
+QCoro::Task<Ending> readAndOpen(const ActionContext& context, Project project) {
+    if (!isPlainDomain(project.domain))
+        throw EndedEarly(QStringLiteral("SSH-Verbindung fehlgeschlagen: Die Domain ist nicht zulässig."));
+    const QStringList arguments = configurationArguments(project);
+    const ShellResult result = co_await context.shell.run(context.host.ssh, arguments, readLimit);
+    if (result.exitCode != 0)
+        throw EndedEarly(QStringLiteral("Config konnte nicht gelesen werden: ") + result.stderr.trimmed());
+
+    using Found = std::optional<DatabaseCredentials>;
+    const std::function<Found()> extract = [text = result.stdout, type = project.type] {
+        return credentialsIn(text, type);
+    };
+    const std::optional<Found> answer = co_await Async::onWorker(extract);
+    const Found credentials = answer.value_or(std::nullopt);
+    if (!credentials)
+        throw EndedEarly(QStringLiteral("DB-Credentials konnten nicht aus der Config gelesen werden."));
+    openAddress(context, databaseAddress(project, *credentials, context.host.homeFolder));
+    co_return Ending{
+        QStringLiteral("Oeffne %1 DB in Sequel Ace (%2)...").arg(project.domain, credentials->database),
+        ActivityLogLevel::success};
+}
+} // namespace
+
+QCoro::Task<> openDatabase(ActionContext& context, Project project, bool /*alternative*/) {
+    const OperationTexts texts{.begin = QStringLiteral("Lese DB-Konfiguration von %1...").arg(project.domain),
+                               .failure = QStringLiteral("SSH-Verbindung fehlgeschlagen: ")};
+    const std::function<QCoro::Task<Ending>()> work = [&context, project] {
+        return readAndOpen(context, project);
+    };
+    co_await context.report.run(texts, work);
+}

@@ -1,0 +1,57 @@
+#include "Actions/OpenFolder.h"
+
+#include "Actions/DirectoryWait.h"
+#include "Actions/Openers.h"
+#include "Actions/VSCodeLauncher.h"
+#include "System/Reporter.h"
+
+using namespace std::chrono_literals;
+
+namespace {
+std::optional<QString> mountPointOrWarning(const ActionContext& context, const QString& domain) {
+    std::optional<QString> mountPoint = context.mountPoint(domain);
+    if (!mountPoint)
+        context.report.log(QStringLiteral("CloudStorage-Verzeichnis fuer %1 nicht gefunden.").arg(domain),
+                           ActivityLogLevel::warning);
+    return mountPoint;
+}
+} // namespace
+
+QCoro::Task<> openInFinder(ActionContext& context, Project project, bool /*alternative*/) {
+    const std::optional<QString> mountPoint = mountPointOrWarning(context, project.domain);
+    if (!mountPoint)
+        co_return;
+    openAddress(context, *mountPoint);
+    context.report.log(QStringLiteral("Öffne %1 im Finder...").arg(project.domain), ActivityLogLevel::info);
+}
+
+QCoro::Task<> openInVSCode(ActionContext& context, Project project, bool /*alternative*/) {
+    const std::optional<QString> mountPoint = mountPointOrWarning(context, project.domain);
+    if (!mountPoint)
+        co_return;
+    const QString domain = project.domain;
+    const QString root = *mountPoint;
+    const std::optional<QString> target = co_await documentTarget(context.report, project, root, 3s);
+    if (!target) {
+        context.report.log(QStringLiteral("Projektordner fuer %1 konnte nicht geoeffnet werden.").arg(domain),
+                           ActivityLogLevel::warning);
+        co_return;
+    }
+    const QString folder = *target;
+    co_await context.editor.open(domain, folder);
+    context.report.log(QStringLiteral("Oeffne %1 in VS Code...").arg(domain), ActivityLogLevel::info);
+}
+
+QCoro::Task<std::optional<QString>> documentTarget(Reporter& report, Project project, QString mountPoint,
+                                                   std::chrono::seconds budget) {
+    const QString subfolder = project.documentFolder();
+    const QString folder = mountPoint + QLatin1Char('/') + subfolder;
+    if (co_await waitForDirectory(folder, budget))
+        co_return folder;
+    if (!co_await waitForDirectory(mountPoint, 1s))
+        co_return std::nullopt;
+    report.log(QStringLiteral("Unterordner %1 nicht gefunden – oeffne Projektwurzel fuer %2.")
+                   .arg(subfolder, project.domain),
+               ActivityLogLevel::warning);
+    co_return mountPoint;
+}

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "Actions/ActionContext.h"
+
+#include <QCoroTask>
+#include <QString>
+
+#include <chrono>
+#include <optional>
+
+class Reporter;
+
+/// Opens the root of the mounted tree in the file manager. Logs a warning when the project is not mounted.
+QCoro::Task<> openInFinder(ActionContext& context, Project project, bool alternative);
+
+/// Opens the document folder of the mounted tree in the editor, or the root where there is none. Logs a
+/// warning when the project is not mounted.
+QCoro::Task<> openInVSCode(ActionContext& context, Project project, bool alternative);
+
+/// Waits for the project's document folder below `mountPoint`, for `budget`, then for the mount point itself,
+/// for a second. Yields what can be opened; nothing when neither can be listed. `report` outlives the wait.
+QCoro::Task<std::optional<QString>> documentTarget(Reporter& report, Project project, QString mountPoint,
+                                                   std::chrono::seconds budget);

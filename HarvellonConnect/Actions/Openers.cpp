@@ -1,0 +1,46 @@
+#include "Actions/Openers.h"
+
+#include "Actions/Rules/TerminalProgram.h"
+#include "System/Reporter.h"
+#include "System/Shell.h"
+
+using namespace std::chrono_literals;
+
+void openAddress(const ActionContext& context, const QString& address) {
+    try {
+        context.shell.launch(context.host.opener.executable, context.host.opener.argumentsFor(address));
+    } catch (const ShellError&) {
+        // The user sees that nothing opens.
+    }
+}
+
+QCoro::Task<bool> opensAddresses(const ActionContext& context, QString scheme) {
+    if (context.host.handlerQuery.executable.isEmpty())
+        co_return true;
+    const QStringList arguments =
+        context.host.handlerQuery.argumentsFor(QStringLiteral("x-scheme-handler/") + scheme);
+    try {
+        const ShellResult result =
+            co_await context.shell.run(context.host.handlerQuery.executable, arguments, 5s);
+        co_return result.exitCode == 0 && !result.stdout.trimmed().isEmpty();
+    } catch (const ShellError&) {
+        co_return false;
+    }
+}
+
+void openTerminal(const ActionContext& context, const QStringList& command) {
+    ExternalCommand terminal = context.host.terminal;
+    if (terminal.executable.isEmpty()) {
+        const std::optional<ExternalCommand> found = terminalProgram({}, qEnvironmentVariable("TERMINAL"));
+        if (!found) {
+            context.report.log(QStringLiteral("Kein Terminal gefunden."), ActivityLogLevel::warning);
+            return;
+        }
+        terminal = {found->executable, command.isEmpty() ? QStringList() : found->arguments + command};
+    }
+    try {
+        context.shell.launch(terminal.executable, terminal.arguments);
+    } catch (const ShellError&) {
+        // The user sees that nothing opens.
+    }
+}

@@ -1,0 +1,106 @@
+#pragma once
+
+#include "Actions/ActionContext.h"
+#include "Directory/ApplicationsResponse.h"
+
+#include <QColor>
+#include <QCoroTask>
+#include <QKeySequence>
+#include <QList>
+#include <QObject>
+#include <QString>
+
+#include <optional>
+
+/// What can be done with a project.
+enum class HoverTarget { disconnect, connect, vscode, finder, ssh, cache, safari, database };
+
+/// What decides which actions a project's row offers.
+struct RowFacts {
+    bool coder = false;        ///< works on servers
+    bool databaseUser = false; ///< may open databases, too
+    bool connected = false;    ///< the project is mounted
+
+    static RowFacts of(const std::optional<UserProfile>& user, bool connected);
+};
+
+/// The colour of an action's icon.
+struct Tint {
+    QRgb light = 0;
+    QRgb dark = 0;
+};
+
+/// The place of an action's button: columns are counted from the left, and each group stands a little apart
+/// from the one before.
+struct Slot {
+    int column = 0;
+    int group = 0;
+};
+
+/// One thing that can be done with a project: how it looks, who may do it, and what it does. A new action is
+/// one entry of the table in ProjectActions.cpp and one function.
+struct ProjectAction {
+    Q_GADGET
+    Q_PROPERTY(int target READ targetNumber CONSTANT)
+    Q_PROPERTY(QString symbol MEMBER symbol CONSTANT)
+    Q_PROPERTY(QString help MEMBER help CONSTANT)
+    Q_PROPERTY(QString keys READ keys CONSTANT)
+    Q_PROPERTY(QColor tintLight READ tintLight CONSTANT)
+    Q_PROPERTY(QColor tintDark READ tintDark CONSTANT)
+    Q_PROPERTY(bool dangerous MEMBER dangerous CONSTANT)
+    Q_PROPERTY(bool restsWhileConnecting MEMBER restsWhileConnecting CONSTANT)
+    Q_PROPERTY(int slot READ slotPosition CONSTANT)
+
+  public:
+    using Function = QCoro::Task<> (*)(ActionContext& context, Project project, bool alternative);
+
+    HoverTarget target = HoverTarget::connect;
+    QString symbol{};
+    QString help{};
+    QKeySequence shortcut{};
+    Tint tint{};
+    Slot slot{};
+    bool (*offered)(const RowFacts& facts) = nullptr;
+    Function function = nullptr;
+    bool dangerous = false;            ///< the icon turns red under the pointer
+    bool restsWhileConnecting = false; ///< shown, but out of use while a mount is under way
+    bool hasAlternative = false;       ///< Shift makes it do something else
+
+    [[nodiscard]] int targetNumber() const { return static_cast<int>(target); }
+
+    /// The shortcut as it is printed on a German keyboard, or in the desktop's own signs.
+    [[nodiscard]] QString keys() const;
+
+    [[nodiscard]] QColor tintLight() const { return QColor(tint.light); }
+
+    [[nodiscard]] QColor tintDark() const { return QColor(tint.dark); }
+
+    /// In points from the left end of the buttons.
+    [[nodiscard]] int slotPosition() const;
+};
+
+/// The one table of what can be done with a project, and the one way to do it. Main thread.
+class ProjectActions {
+  public:
+    static constexpr int buttonColumnWidth = 30; ///< the width of an icon button, in points
+
+    /// `context` outlives this.
+    explicit ProjectActions(ActionContext& context) : m_context(context) {}
+
+    [[nodiscard]] static const QList<ProjectAction>& table();
+    [[nodiscard]] static const ProjectAction& action(HoverTarget target);
+    /// The width of all buttons of a row, in points.
+    [[nodiscard]] static int railWidth();
+    /// The actions that a row offers, as a set of bits: 1 << target.
+    [[nodiscard]] static int offers(const RowFacts& facts);
+
+    /// Does what the action promises. `alternative`: what Shift makes of it. Every outcome is told in the
+    /// activity log.
+    QCoro::Task<> perform(HoverTarget target, Project project, bool alternative);
+
+  private:
+    ActionContext& m_context;
+};
+
+/// Keys as they are printed on a German keyboard, or in the desktop's own signs.
+[[nodiscard]] QString keyText(const QKeySequence& keys);

@@ -1,0 +1,27 @@
+pragma ComponentBehavior: Bound
+import QtQuick
+import Harvellon.Desktop
+
+/// The buttons of a project's row: one for each action, those that the row offers are seen.
+ButtonRail {
+    id: rail
+
+    /// A bit for each action: 1 << target.
+    required property int offers
+    required property bool connecting
+
+    width: ActionTable.railWidth
+
+    Repeater {
+        model: ActionTable.actions
+
+        RowButton {
+            required property projectAction modelData
+
+            action: modelData
+            connecting: rail.connecting
+            rail: rail
+            visible: (rail.offers & 1 << action.target) !== 0
+        }
+    }
+}

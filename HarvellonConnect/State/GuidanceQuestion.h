@@ -1,0 +1,35 @@
+#pragma once
+
+#include "System/Guidance.h"
+
+#include <QObject>
+#include <QString>
+#include <QVariantMap>
+
+#include <optional>
+
+struct ActionContext;
+
+/// The guidance alert that is open, if any, and what its buttons do. Main thread.
+class GuidanceQuestion : public QObject {
+    Q_OBJECT
+
+  public:
+    /// `context` outlives this.
+    explicit GuidanceQuestion(const ActionContext& context) : m_context(context) {}
+
+    /// Opens the alert; while one is open, further ones are dropped.
+    void show(const Guidance& guidance);
+    /// Closes the alert with the button that was pressed, counted from 0; -1 for none.
+    void answer(int button);
+
+    /// "title", "text" and "buttons" (list of texts); empty when none is open.
+    [[nodiscard]] QVariantMap map() const;
+
+  Q_SIGNALS:
+    void changed();
+
+  private:
+    const ActionContext& m_context;
+    std::optional<Guidance> m_guidance;
+};
