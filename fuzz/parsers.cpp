@@ -4,6 +4,7 @@
 #include "Directory/ApplicationsResponse.h"
 #include "Directory/DecodingError.h"
 #include "SignIn/CallbackRequest.h"
+#include "SignIn/IdentityClaims.h"
 #include "SignIn/OAuthError.h"
 #include "SignIn/TokenResponse.h"
 #include "Updates/UpdateFeed.h"

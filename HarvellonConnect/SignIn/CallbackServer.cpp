@@ -11,7 +11,7 @@
 
 namespace {
 constexpr qint64 largestRequest = 8192;
-constexpr std::chrono::seconds patience{5}; ///< for a browser that is slow to read or never closes
+constexpr std::chrono::seconds connectionLimit{5}; // a browser may read slowly, or never close
 } // namespace
 
 CallbackServer::CallbackServer(QByteArray answer, QObject* parent)
@@ -29,15 +29,22 @@ quint16 CallbackServer::start() {
 }
 
 void CallbackServer::cancel() {
+    end({true, {}});
+}
+
+void CallbackServer::end(const Outcome& outcome) {
+    if (!m_server.isListening())
+        return; // the login already has its outcome
     m_server.close();
+    Q_EMIT ended(outcome);
 }
 
 void CallbackServer::accept() {
     while (QTcpSocket* socket = m_server.nextPendingConnection()) {
         socket->setParent(nullptr); // the answer outlives this server
         connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
-        QTimer::singleShot(patience, socket, &QObject::deleteLater);
-        // Browsers open connections in advance; those bring no data and count for nothing.
+        QTimer::singleShot(connectionLimit, socket, &QObject::deleteLater);
+        // Browsers open connections in advance that never carry a request; only data counts.
         connect(socket, &QTcpSocket::readyRead, this, [this, socket] { answer(socket); });
     }
 }
@@ -48,8 +55,8 @@ void CallbackServer::answer(QTcpSocket* socket) {
     if (request.isEmpty())
         return;
 
-    // Closing with unread input would reset the connection, and the browser would lose the page: end our side
-    // only, and read on until the browser has closed its own.
+    // Closing with unread input resets the connection, and the browser loses the page: shut down the sending
+    // side only, and read until the browser has closed its own.
     connect(socket, &QTcpSocket::readyRead, socket, [socket] { socket->readAll(); });
     socket->readAll();
     connect(socket, &QTcpSocket::bytesWritten, socket, [socket] {
@@ -59,8 +66,5 @@ void CallbackServer::answer(QTcpSocket* socket) {
     socket->write(m_answer);
     socket->flush();
 
-    if (!m_server.isListening())
-        return; // a second request: the login already has its callback
-    cancel();
-    Q_EMIT received(queryOf(request));
+    end({false, queryOf(request)});
 }

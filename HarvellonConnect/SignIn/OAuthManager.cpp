@@ -1,11 +1,13 @@
 #include "SignIn/OAuthManager.h"
 
 #include "SignIn/CallbackServer.h"
+#include "SignIn/FormBody.h"
 #include "SignIn/Pkce.h"
 #include "SignIn/SuccessPage.h"
-#include "System/Async.h"
+#include "SignIn/TokenResponse.h"
 #include "System/Logging.h"
 
+#include <QCoroFuture>
 #include <QCoroSignal>
 #include <QFile>
 #include <QNetworkAccessManager>
@@ -15,16 +17,9 @@
 namespace {
 const QString clientID = QStringLiteral("018f4c2a-7b3d-7e91-a5c6-2d8e0f1b3a47");
 const QString scope = QStringLiteral("openid profile email");
-constexpr std::chrono::seconds requestLimit{15};
-constexpr std::chrono::seconds loginLimit{120};
 constexpr qint64 largestAnswer = 1024 * 1024;
 constexpr int verifierBytes = 64;
 constexpr int stateBytes = 32;
-
-struct Callback {
-    bool cancelled = false;
-    QHash<QString, QString> parameters;
-};
 
 QByteArray applicationIcon() {
     QFile file(QStringLiteral(":/icons/AppIcon.png"));
@@ -52,34 +47,56 @@ QUrl authorizationAddress(const QString& endpoint, const QString& redirectURI, c
 }
 } // namespace
 
-OAuthManager::Unfinished::Unfinished(OAuthManager* oauth) : m_oauth(oauth) {
-    ++oauth->m_unfinished;
+OAuthManager::PendingWork::PendingWork(OAuthManager* oauth) : m_oauth(oauth) {
+    ++oauth->m_pendingWork;
 }
 
-OAuthManager::Unfinished::~Unfinished() {
-    if (m_oauth && --m_oauth->m_unfinished == 0)
+OAuthManager::PendingWork::~PendingWork() {
+    if (m_oauth && --m_oauth->m_pendingWork == 0)
         Q_EMIT m_oauth->becameIdle();
 }
 
 QCoro::Task<> OAuthManager::finish(std::chrono::milliseconds limit) {
-    if (isIdle())
-        co_return;
-    QPromise<void> promise;
-    promise.start();
-    QObject context;
-    connect(
-        this, &OAuthManager::becameIdle, &context, [&promise] { promise.finish(); },
-        Qt::SingleShotConnection);
-    const QFuture<void> idle = promise.future();
-    co_await Async::finishesWithin(idle, limit);
+    if (!isIdle())
+        co_await qCoro(this, &OAuthManager::becameIdle, limit);
 }
 
 OAuthManager::OAuthManager(const ServerAddress& server, QNetworkAccessManager& network,
-                           KeychainStore& keychain, OpenAddress openAddress, QObject* parent)
+                           KeychainStore& keychain, OpenAddress openAddress, OAuthLimits limits,
+                           QObject* parent)
     : QObject(parent), m_authorizationEndpoint(server.at(QLatin1StringView("/oauth/authorize"))),
-      m_tokenEndpoint(server.at(QLatin1StringView("/oauth/token"))),
-      m_service(applicationIdentifier + QLatin1StringView(".oauth")), m_network(network),
-      m_keychain(keychain), m_openAddress(std::move(openAddress)) {}
+      m_tokenEndpoint(server.at(QLatin1StringView("/oauth/token"))), m_network(network),
+      m_store(keychain, limits.keyring), m_openAddress(std::move(openAddress)), m_limits(limits) {}
+
+QCoro::Task<std::optional<OAuthManager::SignedIn>> OAuthManager::signIn(ChooseAccount choose) {
+    const AuthResult result = co_await startLogin();
+    co_return co_await assign(result, choose);
+}
+
+QCoro::Task<std::optional<OAuthManager::SignedIn>> OAuthManager::takeOverLegacyLogin(ChooseAccount choose) {
+    const std::optional<Tokens> legacy = co_await m_store.loadLegacy();
+    if (!legacy)
+        co_return std::nullopt;
+    const IdentityClaims claims = IdentityClaims::read(legacy->accessToken);
+    const AuthResult result{claims.sub, claims.email, claims.name, legacy->accessToken, legacy->refreshToken};
+    co_return co_await assign(result, choose);
+}
+
+QCoro::Task<std::optional<OAuthManager::SignedIn>> OAuthManager::assign(AuthResult result,
+                                                                        ChooseAccount choose) {
+    std::optional<QString> accountID;
+    try {
+        accountID = co_await choose(result);
+    } catch (...) {
+        // Tokens without an account are of no use. Those of the account before are loaded again when needed.
+        clearSession();
+        throw;
+    }
+    if (!accountID)
+        co_return std::nullopt;
+    // A keyring that waits for a password must not hold up the session.
+    co_return SignedIn{*accountID, saveTokens(result.accessToken, result.refreshToken, *accountID)};
+}
 
 QCoro::Task<AuthResult> OAuthManager::startLogin() {
     if (m_isAuthenticating)
@@ -91,11 +108,7 @@ QCoro::Task<AuthResult> OAuthManager::startLogin() {
         AuthResult result = co_await login();
         setAuthenticating(false);
         co_return result;
-    } catch (const OAuthError& error) {
-        setAuthenticating(false);
-        setAuthError(error.description());
-        throw;
-    } catch (const NetworkError& error) {
+    } catch (const Failure& error) {
         setAuthenticating(false);
         setAuthError(error.description());
         throw;
@@ -112,28 +125,11 @@ QCoro::Task<AuthResult> OAuthManager::login() {
     const QUrl address = authorizationAddress(m_authorizationEndpoint, redirectURI, expectedState,
                                               Pkce::challenge(codeVerifier));
 
-    // Whatever comes first settles the wait; what comes later finds it settled.
-    QPromise<std::optional<Callback>> promise;
-    promise.start();
-    QFuture<std::optional<Callback>> settled = promise.future();
-    const auto settle = [&promise](std::optional<Callback> callback) {
-        if (promise.future().isFinished())
-            return;
-        promise.addResult(std::move(callback));
-        promise.finish();
-    };
-    QObject::connect(&server, &CallbackServer::received, &server,
-                     [&settle](const QHash<QString, QString>& parameters) {
-                         settle(Callback{false, parameters});
-                     });
-    QObject::connect(this, &OAuthManager::loginCancelled, &server, [&settle] { settle(Callback{true, {}}); });
-    QTimer::singleShot(loginLimit, Qt::PreciseTimer, &server, [&settle] { settle(std::nullopt); });
-
+    m_callbackServer = &server;
     m_openAddress(address);
     qCInfo(lcOAuth).noquote().nospace() << "Browser geoeffnet fuer OAuth-Login auf Port " << port << ".";
-    Q_EMIT browserOpened(address);
-    const std::optional<Callback> callback = co_await settled;
-    server.cancel();
+    const std::optional<CallbackServer::Outcome> callback =
+        co_await qCoro(&server, &CallbackServer::ended, m_limits.login);
 
     if (!callback)
         throw OAuthError(OAuthError::Case::timeout);
@@ -149,7 +145,8 @@ QCoro::Task<AuthResult> OAuthManager::login() {
 
 void OAuthManager::cancelLogin() {
     m_cancelled = true;
-    Q_EMIT loginCancelled();
+    if (m_callbackServer)
+        m_callbackServer->cancel();
 }
 
 QCoro::Task<AuthResult> OAuthManager::exchangeCode(QString code, QString redirectURI, QString codeVerifier) {
@@ -168,9 +165,9 @@ QCoro::Task<AuthResult> OAuthManager::exchangeCode(QString code, QString redirec
         throw OAuthError(OAuthError::Case::tokenExchangeFailed, QStringLiteral("HTTP %1").arg(answer.status));
     }
     const TokenResponse tokens = TokenResponse::parse(answer.body);
-    if (m_cancelled) // while the server was asked
+    if (m_cancelled) // while the token endpoint was asked
         throw OAuthError(OAuthError::Case::listenerFailed, QStringLiteral("Listener abgebrochen."));
-    use(tokens.accessToken, tokens.refreshToken, std::nullopt);
+    setTokens(tokens.accessToken, tokens.refreshToken, std::nullopt);
     const IdentityClaims claims = IdentityClaims::read(tokens.idToken.value_or(QString()));
     qCInfo(lcOAuth).noquote().nospace()
         << "OAuth-Login erfolgreich. Account-ID ableitbar: " << (claims.sub ? "ja" : "nein") << ".";
@@ -181,37 +178,33 @@ QCoro::Task<HttpAnswer> OAuthManager::post(QUrl url, QByteArray form) {
     QNetworkRequest request(url);
     request.setHeader(QNetworkRequest::ContentTypeHeader, QByteArray("application/x-www-form-urlencoded"));
     const QByteArray method("POST");
-    co_return co_await Http::exchange(m_network, request, method, form, requestLimit, largestAnswer);
+    co_return co_await Http::exchange(m_network, request, method, form, m_limits.request, largestAnswer);
 }
 
 QCoro::Task<> OAuthManager::renewTokens(QString refusedToken) {
-    while (m_renewal && m_renewingAccountID != m_activeAccountID) {
-        QFuture<std::exception_ptr> another = *m_renewal;
-        co_await another; // how that went is not the business of this account
-    }
+    while (m_renewal && m_renewal->accountID != m_activeAccountID)
+        co_await qCoro(this, &OAuthManager::renewalEnded); // another account's, whose outcome does not matter
     if (m_accessToken && *m_accessToken != refusedToken)
         co_return;
-    std::exception_ptr failure;
     if (m_renewal) {
-        QFuture<std::exception_ptr> running = *m_renewal;
-        failure = co_await running;
-    } else {
-        const Unfinished unfinished(this);
-        m_renewingAccountID = m_activeAccountID;
-        QPromise<std::exception_ptr> promise;
-        promise.start();
-        m_renewal = promise.future();
-        try {
-            co_await performRenewal();
-        } catch (...) {
-            failure = std::current_exception();
-        }
-        m_renewal.reset();
-        promise.addResult(failure);
-        promise.finish();
+        QFuture<bool> running = m_renewal->outcome;
+        co_await running;
+        co_return;
     }
-    if (failure)
-        std::rethrow_exception(failure);
+    const PendingWork pending(this);
+    QPromise<bool> promise;
+    promise.start();
+    m_renewal = Renewal{m_activeAccountID, promise.future()};
+    try {
+        co_await performRenewal();
+        promise.addResult(true);
+    } catch (...) {
+        promise.setException(std::current_exception());
+    }
+    m_renewal.reset();
+    promise.finish();
+    Q_EMIT renewalEnded();
+    promise.future().result(); // throws where the renewal has failed
 }
 
 QCoro::Task<> OAuthManager::performRenewal() {
@@ -240,11 +233,11 @@ QCoro::Task<> OAuthManager::performRenewal() {
     const TokenResponse tokens = TokenResponse::parse(answer.body);
     const QString newRefreshToken = tokens.refreshToken.value_or(oldRefreshToken);
     if (m_activeAccountID == accountID)
-        use(tokens.accessToken, newRefreshToken, accountID);
+        setTokens(tokens.accessToken, newRefreshToken, accountID);
     if (accountID) {
         const QString account = *accountID;
-        const QString accessToken = tokens.accessToken;
-        co_await store(accessToken, newRefreshToken, account);
+        const Tokens renewed{tokens.accessToken, newRefreshToken};
+        co_await store(renewed, account);
     }
     qCInfo(lcOAuth) << "Access Token erfolgreich erneuert.";
 }
@@ -259,4 +252,55 @@ void OAuthManager::setAuthError(std::optional<QString> error) {
         return;
     m_authError = std::move(error);
     Q_EMIT authErrorChanged();
+}
+
+QCoro::Task<bool> OAuthManager::store(Tokens tokens, QString accountID) {
+    const PendingWork pending(this);
+    const bool stored = co_await m_store.save(tokens, accountID);
+    if (!stored)
+        Q_EMIT storingFailed();
+    co_return stored;
+}
+
+QCoro::Task<bool> OAuthManager::loadTokens(QString accountID) {
+    const std::optional<Tokens> tokens = co_await m_store.load(accountID);
+    if (!tokens)
+        co_return false;
+    setTokens(tokens->accessToken, tokens->refreshToken, accountID);
+    qCInfo(lcOAuth) << "OAuth-Tokens fuer Account geladen.";
+    co_return true;
+}
+
+QCoro::Task<bool> OAuthManager::saveTokens(QString accessToken, std::optional<QString> refreshToken,
+                                           QString accountID) {
+    setTokens(accessToken, refreshToken, accountID);
+    const Tokens tokens{accessToken, refreshToken};
+    co_return co_await store(tokens, accountID);
+}
+
+QCoro::Task<> OAuthManager::removeTokens(QString accountID) {
+    if (m_activeAccountID == accountID)
+        clearSession();
+    const PendingWork pending(this);
+    co_await m_store.remove(accountID);
+}
+
+QCoro::Task<> OAuthManager::removeLegacyTokens() {
+    const PendingWork pending(this);
+    co_await m_store.removeLegacy();
+}
+
+void OAuthManager::clearSession() {
+    setTokens(std::nullopt, std::nullopt, std::nullopt);
+    setAuthError(std::nullopt);
+}
+
+void OAuthManager::setTokens(std::optional<QString> accessToken, std::optional<QString> refreshToken,
+                             std::optional<QString> accountID) {
+    m_refreshToken = std::move(refreshToken);
+    m_activeAccountID = std::move(accountID);
+    if (m_accessToken == accessToken)
+        return;
+    m_accessToken = std::move(accessToken);
+    Q_EMIT accessTokenChanged();
 }

@@ -1,8 +1,9 @@
 #pragma once
 
-#include "SignIn/Keychain/KeychainStore.h"
+#include "SignIn/AuthResult.h"
+#include "SignIn/IdentityClaims.h"
+#include "SignIn/Keychain/TokenStore.h"
 #include "SignIn/OAuthError.h"
-#include "SignIn/TokenResponse.h"
 #include "System/Network/Http.h"
 #include "System/Network/ServerAddress.h"
 
@@ -14,13 +15,20 @@
 #include <QUrl>
 
 #include <chrono>
-#include <exception>
 #include <functional>
 #include <optional>
 
+class CallbackServer;
 class QNetworkAccessManager;
 
-/// Signs in through the system browser and keeps the tokens of one account in use.
+/// How long each step may take.
+struct OAuthLimits {
+    std::chrono::milliseconds login = std::chrono::seconds(120); ///< for the browser to come back
+    std::chrono::milliseconds request = std::chrono::seconds(15);
+    std::chrono::milliseconds keyring = std::chrono::seconds(120); ///< it may wait for the user's password
+};
+
+/// Signs in through the system browser and owns the tokens of one account: those in use and those stored.
 ///
 ///     startLogin()
 ///        │ PKCE verifier and state; CallbackServer listens on 127.0.0.1
@@ -31,22 +39,28 @@ class QNetworkAccessManager;
 ///        ├── no code     ──▶ noCodeReceived
 ///        ▼
 ///     code exchanged for tokens ──▶ AuthResult      (every way out ends isAuthenticating)
+///        │ signIn() only
+///        ▼
+///     account chosen ──▶ tokens in use for it ──▶ stored
 ///
-/// No code and no token reaches a log. Main thread; the keyring is asked on a worker thread.
+/// No code and no token reaches the system log. Main thread; the keyring is asked on a worker thread.
 class OAuthManager : public QObject {
     Q_OBJECT
 
   public:
     using OpenAddress = std::function<void(const QUrl&)>;
+    /// Decides to which account a login belongs; nothing gives the login up. May throw, which does so, too.
+    using ChooseAccount = std::function<QCoro::Task<std::optional<QString>>(AuthResult result)>;
 
-    struct Tokens {
-        QString accessToken;
-        std::optional<QString> refreshToken;
+    /// Tokens are in use for an account and on their way into the keyring.
+    struct SignedIn {
+        QString accountID;
+        QCoro::Task<bool> storing; ///< yields whether they could be stored
     };
 
     /// `openAddress` shows an address in the default browser. The references must outlive this.
     OAuthManager(const ServerAddress& server, QNetworkAccessManager& network, KeychainStore& keychain,
-                 OpenAddress openAddress, QObject* parent = nullptr);
+                 OpenAddress openAddress, OAuthLimits limits = {}, QObject* parent = nullptr);
 
     [[nodiscard]] bool isAuthenticating() const { return m_isAuthenticating; }
 
@@ -60,92 +74,93 @@ class OAuthManager : public QObject {
     /// The account whose tokens are in use.
     [[nodiscard]] const std::optional<QString>& activeAccountID() const { return m_activeAccountID; }
 
-    /// Runs one login and yields its tokens, in use but not yet stored. Throws OAuthError, or NetworkError
-    /// when the token endpoint gave no answer.
+    /// Runs one login through the browser and ends with its tokens in use for the account that `choose`
+    /// names, or with an error and nothing in use. A keyring that waits for a password does not hold it up.
+    /// Throws OAuthError, or NetworkError when the token endpoint gave no answer, or what `choose` throws.
+    QCoro::Task<std::optional<SignedIn>> signIn(ChooseAccount choose);
+    /// The same for tokens of the older layout, without a browser; nothing when there are none.
+    QCoro::Task<std::optional<SignedIn>> takeOverLegacyLogin(ChooseAccount choose);
+    QCoro::Task<> removeLegacyTokens();
+
+    /// Runs one login and yields its tokens, in use for no account yet and not stored. Throws as `signIn`.
     QCoro::Task<AuthResult> startLogin();
     /// Ends a login that waits for the browser.
     void cancelLogin();
 
-    /// Renews the access token with the refresh token and stores what came back. Callers that overlap share
-    /// one renewal, and one that comes too late (its `refusedToken` has been replaced meanwhile) needs none:
-    /// a refresh token that is used twice ends the whole login. A refusal forgets the account's tokens;
-    /// without an answer nothing changes. Throws OAuthError or NetworkError.
+    /// Renews the access token with the refresh token and stores the new pair. Overlapping callers share one
+    /// renewal, and a late caller (its `refusedToken` has been replaced meanwhile) needs none: using a
+    /// refresh token twice ends the whole login. A refusal forgets the account's tokens; without an answer
+    /// nothing changes. Throws OAuthError or NetworkError.
     QCoro::Task<> renewTokens(QString refusedToken);
 
-    /// Takes the stored tokens of an account into use; false, and nothing changes, when there are none to be
-    /// found (a locked keyring shows none).
+    /// Takes the stored tokens of an account into use; false, and nothing changes, when none are found (a
+    /// locked keyring shows none).
     QCoro::Task<bool> loadTokens(QString accountID);
-    /// Takes tokens into use and stores them for an account; says whether they are stored.
+    /// Takes tokens into use for an account, at once, and stores them; says whether they are stored.
     QCoro::Task<bool> saveTokens(QString accessToken, std::optional<QString> refreshToken, QString accountID);
     /// Deletes the stored tokens of an account, and forgets them where they are in use.
     QCoro::Task<> removeTokens(QString accountID);
     /// Forgets the tokens in use; the keyring keeps them.
     void clearSession();
-    /// The tokens of the older layout, which knew one account only.
-    QCoro::Task<std::optional<Tokens>> loadLegacyTokens();
-    QCoro::Task<> removeLegacyTokens();
 
     /// Whether no renewal is under way and the keyring is not being changed.
-    [[nodiscard]] bool isIdle() const { return m_unfinished == 0; }
+    [[nodiscard]] bool isIdle() const { return m_pendingWork == 0; }
 
-    /// Waits until that is so, at most `limit`. To be asked before the program ends: a renewal whose answer
-    /// nobody stores leaves a used-up refresh token behind, and with it no login.
+    /// Waits until that is so, at most `limit`. To be called before the program ends: a renewal whose answer
+    /// is not stored leaves a used-up refresh token behind, and the login is lost.
     QCoro::Task<> finish(std::chrono::milliseconds limit);
 
   Q_SIGNALS:
     void isAuthenticatingChanged();
     void accessTokenChanged();
     void authErrorChanged();
-    /// The login waits for the browser, which was asked to show `address`.
-    void browserOpened(QUrl address);
-    void loginCancelled();
     /// Tokens are in use that could not be stored.
     void storingFailed();
+    void renewalEnded();
     void becameIdle();
 
   private:
-    /// While one lives, something is under way that `finish` waits for.
-    class Unfinished {
+    /// Counts as pending work while it lives; `finish` waits for it.
+    class PendingWork {
       public:
-        explicit Unfinished(OAuthManager* oauth);
-        ~Unfinished();
-        Q_DISABLE_COPY_MOVE(Unfinished)
+        explicit PendingWork(OAuthManager* oauth);
+        ~PendingWork();
+        Q_DISABLE_COPY_MOVE(PendingWork)
 
       private:
         QPointer<OAuthManager> m_oauth;
     };
 
-    struct Stored {
-        std::optional<QByteArray> access;
-        std::optional<QByteArray> refresh;
+    struct Renewal {
+        std::optional<QString> accountID; ///< whose tokens are renewed
+        QFuture<bool> outcome;            ///< or its exception
     };
 
     QCoro::Task<AuthResult> login();
     QCoro::Task<AuthResult> exchangeCode(QString code, QString redirectURI, QString codeVerifier);
+    QCoro::Task<std::optional<SignedIn>> assign(AuthResult result, ChooseAccount choose);
     QCoro::Task<> performRenewal();
     QCoro::Task<HttpAnswer> post(QUrl url, QByteArray form);
-    QCoro::Task<Stored> load(QString accessItem, QString refreshItem);
-    QCoro::Task<bool> store(QString accessToken, std::optional<QString> refreshToken, QString accountID);
-    QCoro::Task<> remove(QString accessItem, QString refreshItem);
+    QCoro::Task<bool> store(Tokens tokens, QString accountID);
     void setAuthenticating(bool authenticating);
     void setAuthError(std::optional<QString> error);
-    void use(std::optional<QString> accessToken, std::optional<QString> refreshToken,
-             std::optional<QString> accountID);
+    void setTokens(std::optional<QString> accessToken, std::optional<QString> refreshToken,
+                   std::optional<QString> accountID);
 
     const QString m_authorizationEndpoint;
     const QString m_tokenEndpoint;
-    const QString m_service; ///< of the keyring items
     QNetworkAccessManager& m_network;
-    KeychainStore& m_keychain;
+    TokenStore m_store;
     OpenAddress m_openAddress;
+    const OAuthLimits m_limits;
 
     bool m_isAuthenticating = false;
     std::optional<QString> m_authError;
     std::optional<QString> m_accessToken;
     std::optional<QString> m_refreshToken;
     std::optional<QString> m_activeAccountID;
-    bool m_cancelled = false;                             ///< the login that runs
-    std::optional<QFuture<std::exception_ptr>> m_renewal; ///< while one runs
-    std::optional<QString> m_renewingAccountID;           ///< whose it is
-    int m_unfinished = 0;                                 ///< renewals and changes of the keyring
+    QPointer<CallbackServer> m_callbackServer; ///< while a login waits for the browser
+    bool m_cancelled = false;                  ///< the login that runs
+    std::optional<Renewal> m_renewal;          ///< while one runs
+    int m_pendingWork = 0;                     ///< renewals and changes of the keyring
 };

@@ -78,23 +78,22 @@ QCoro::Task<> Accounts::addAccount() {
 }
 
 QCoro::Task<Ending> Accounts::signIn() {
-    const AuthResult result = co_await m_oauth.startLogin();
-    co_await activate(result);
+    const OAuthManager::ChooseAccount choose = [this](const AuthResult& result) {
+        return activateAccountOf(result);
+    };
+    std::optional<OAuthManager::SignedIn> signedIn = co_await m_oauth.signIn(choose);
+    QCoro::Task<> keeping = keep(std::move(signedIn->storing)); // a locked keyring may wait for its password
+    co_await m_loading.refresh();
+    co_await keeping;
     co_return Ending{};
 }
 
-QCoro::Task<> Accounts::activate(AuthResult result) {
+QCoro::Task<std::optional<QString>> Accounts::activateAccountOf(AuthResult result) {
     std::optional<QString> profileName;
     if (!result.accountID) {
         const QString token = result.accessToken;
-        try {
-            const ApplicationsResponse response = co_await m_api.fetchApplications(token);
-            profileName = response.user.name;
-        } catch (...) {
-            // Tokens without an account are of no use: the former ones count again.
-            m_oauth.clearSession();
-            throw;
-        }
+        const ApplicationsResponse response = co_await m_api.fetchApplications(token);
+        profileName = response.user.name;
     }
     QString id = result.accountID.value_or(QStringLiteral("name:") + profileName.value_or(QString()));
     const std::optional<Account> known = knownAccount(list(), id, result.email);
@@ -102,21 +101,16 @@ QCoro::Task<> Accounts::activate(AuthResult result) {
         id = known->id;
     const QString displayName = displayNameFor(result.displayName, profileName, result.email, id);
     set(withAccount(list(), {id, result.email, displayName}), id);
-    // A locked keyring may wait for its password: the session goes on meanwhile.
-    QCoro::Task<> keeping = keep(result, id);
     if (known)
         m_report.log(QStringLiteral("Account bereits vorhanden – wird aktiviert: %1.").arg(displayName),
                      ActivityLogLevel::info);
     else
         m_report.log(QStringLiteral("Account hinzugefuegt: %1.").arg(displayName), ActivityLogLevel::success);
-    co_await m_loading.refresh();
-    co_await keeping;
+    co_return id;
 }
 
-QCoro::Task<> Accounts::keep(AuthResult result, QString accountID) {
-    const QString accessToken = result.accessToken;
-    const std::optional<QString> refreshToken = result.refreshToken;
-    co_await m_oauth.saveTokens(accessToken, refreshToken, accountID);
+QCoro::Task<> Accounts::keep(QCoro::Task<bool> storing) {
+    co_await storing;
     co_await dropDuplicates();
     saveAccountsRegistry();
 }
@@ -158,28 +152,36 @@ QCoro::Task<> Accounts::removeAccount(QString accountID) {
 }
 
 QCoro::Task<> Accounts::migrateLegacyLoginIfNeeded() {
-    const std::optional<OAuthManager::Tokens> legacy = co_await m_oauth.loadLegacyTokens();
-    if (!legacy || !list().isEmpty())
+    Account account;
+    const OAuthManager::ChooseAccount choose = [this, &account](const AuthResult& legacy) {
+        return nameLegacyAccount(legacy, account);
+    };
+    std::optional<OAuthManager::SignedIn> signedIn = co_await m_oauth.takeOverLegacyLogin(choose);
+    if (!signedIn)
         co_return;
-    const QString accessToken = legacy->accessToken;
-    const std::optional<QString> refreshToken = legacy->refreshToken;
+    const bool stored = co_await signedIn->storing;
+    set(withAccount(list(), account), account.id);
+    saveAccountsRegistry();
+    m_report.log(QStringLiteral("Bestehende Anmeldung migriert."), ActivityLogLevel::info);
+    if (stored)
+        co_await m_oauth.removeLegacyTokens();
+}
+
+QCoro::Task<std::optional<QString>> Accounts::nameLegacyAccount(AuthResult legacy, Account& account) {
+    if (!list().isEmpty())
+        co_return std::nullopt; // a sign-in was faster
     std::optional<QString> profileName;
     try {
-        const ApplicationsResponse response = co_await m_api.fetchApplications(accessToken);
+        const QString token = legacy.accessToken;
+        const ApplicationsResponse response = co_await m_api.fetchApplications(token);
         profileName = response.user.name;
         m_loading.setUserProfile(response.user);
     } catch (const Failure&) {
         // The refresh that follows tells what is wrong, and renews an outdated token.
     }
-    const IdentityClaims claims = IdentityClaims::read(accessToken);
-    const QString id = claims.sub    ? *claims.sub
-                       : profileName ? QStringLiteral("name:") + *profileName
-                                     : QStringLiteral("legacy");
-    const bool stored = co_await m_oauth.saveTokens(accessToken, refreshToken, id);
-    const Account account{id, claims.email, displayNameFor(claims.name, profileName, claims.email, id)};
-    set(withAccount(list(), account), id);
-    saveAccountsRegistry();
-    m_report.log(QStringLiteral("Bestehende Anmeldung migriert."), ActivityLogLevel::info);
-    if (stored)
-        co_await m_oauth.removeLegacyTokens();
+    const QString id = legacy.accountID ? *legacy.accountID
+                       : profileName    ? QStringLiteral("name:") + *profileName
+                                        : QStringLiteral("legacy");
+    account = {id, legacy.email, displayNameFor(legacy.displayName, profileName, legacy.email, id)};
+    co_return id;
 }

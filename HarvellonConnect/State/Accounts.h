@@ -54,8 +54,9 @@ class Accounts : public QObject {
 
   private:
     QCoro::Task<Ending> signIn();
-    QCoro::Task<> activate(AuthResult result);
-    QCoro::Task<> keep(AuthResult result, QString accountID);
+    QCoro::Task<std::optional<QString>> activateAccountOf(AuthResult result);
+    QCoro::Task<std::optional<QString>> nameLegacyAccount(AuthResult legacy, Account& account);
+    QCoro::Task<> keep(QCoro::Task<bool> storing);
     void set(const QList<Account>& accounts, const std::optional<QString>& activeID);
 
     OAuthManager& m_oauth;

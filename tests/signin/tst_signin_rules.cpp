@@ -1,4 +1,6 @@
 #include "SignIn/CallbackRequest.h"
+#include "SignIn/FormBody.h"
+#include "SignIn/IdentityClaims.h"
 #include "SignIn/OAuthError.h"
 #include "SignIn/TokenResponse.h"
 #include "System/Network/ServerAddress.h"
