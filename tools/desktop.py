@@ -1,4 +1,4 @@
-"""The program on a real desktop, against the sandbox platform: things are found by the names people hear."""
+"""Drives the program on a real desktop, against the sandbox platform. Elements are found by their accessible names."""
 import json
 import os
 import subprocess
@@ -30,7 +30,7 @@ def until(what, probe, patience=PATIENCE):
 
 
 def elements(node):
-    """All that can be heard below `node`."""
+    """All accessible elements below `node`."""
     node.clear_cache()
     yield node
     for index in range(node.get_child_count()):
@@ -49,6 +49,24 @@ def keys(*names):
 
 def words(text):
     subprocess.run(["xdotool", "type", "--delay", "20", text], check=True)
+
+
+def descendants(process):
+    """The ids of the processes below `process`, with their command lines."""
+    parents, commands = {}, {}
+    for pid in filter(str.isdigit, os.listdir("/proc")):
+        try:
+            with open(f"/proc/{pid}/stat", encoding="utf8", errors="replace") as stat:
+                parents[int(pid)] = int(stat.read().rpartition(")")[2].split()[1])
+            with open(f"/proc/{pid}/cmdline", encoding="utf8", errors="replace") as command:
+                commands[int(pid)] = command.read().replace("\0", " ")
+        except OSError:  # the process has ended meanwhile
+            continue
+    found, generation = {}, {process.pid}
+    while generation:
+        generation = {pid for pid, parent in parents.items() if parent in generation and pid in commands}
+        found.update((pid, commands[pid]) for pid in generation)
+    return found
 
 
 def mounted(path):
@@ -103,7 +121,7 @@ class Program:
         return next(c for c in children if c is not None and c.get_process_id() == self.process.pid)
 
     def heard(self, name, role=None, below=None):
-        """A probe for the first element that shows and whose name holds `name`."""
+        """A probe for the first visible element whose accessible name contains `name`."""
         def probe():
             return next((e for e in elements(below() if below else self.tree()) if name in e.get_name()
                          and (role is None or e.get_role() == role) and showing(e)), None)
