@@ -77,13 +77,13 @@ def order(**faults):
 
 
 def row(name):
-    return lambda: app.await_heard(name, ROW)
+    return lambda: app.await_element(name, ROW)
 
 
 def sign_in(identity, name):
     choose_browser(identity)
     app.press("Mit Harvellon anmelden")
-    app.await_heard(name)
+    app.await_element(name)
     time.sleep(0.5)
 
 
@@ -111,7 +111,7 @@ picture("signed-out")
 order(directory={"delay": 6000})
 choose_browser("erika")
 app.press("Mit Harvellon anmelden")
-app.await_heard("Erika Beispiel")
+app.await_element("Erika Beispiel")
 picture("loading")
 order(directory={})
 until("the rows", lambda: len(app.rows()) > 9)
@@ -151,7 +151,7 @@ keys("ctrl+comma")
 time.sleep(1)
 choose_browser("jonas")
 app.press("Account hinzufügen")
-app.await_heard("Jonas Muster")
+app.await_element("Jonas Muster")
 time.sleep(1)
 picture("settings")
 keys("alt+F4")
