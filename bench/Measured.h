@@ -2,9 +2,24 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <optional>
+#include <string>
 #include <vector>
 
-/// The times of one thing, in milliseconds.
+/// Prints one line of `./dev bench`: the figure and whether it keeps its limit. Without a limit, it is only
+/// there for comparison. bench/processes.py prints the same line.
+inline void printFigure(const char* what, double value, const char* unit, std::optional<double> limit,
+                        const std::string& detail = {}) {
+    std::printf("%-48s %8.1f %-2s", what, value, unit);
+    if (!detail.empty())
+        std::printf("  (%s)", detail.c_str());
+    if (limit)
+        std::printf("  at most %.1f %s: %s", *limit, unit, value <= *limit ? "reached" : "MISSED");
+    std::printf("\n");
+    std::fflush(stdout);
+}
+
+/// The times of several runs, in milliseconds.
 class Measured {
   public:
     void add(double milliseconds) { m_times.push_back(milliseconds); }
@@ -15,14 +30,12 @@ class Measured {
         return sorted.empty() ? 0 : sorted.at(sorted.size() / 2);
     }
 
-    /// One line; `limit` 0 for a figure that only others are compared with.
-    void print(const char* what, double limit) const {
+    /// Prints the median beside the extremes.
+    void print(const char* what, std::optional<double> limit) const {
         const auto [least, most] = std::minmax_element(m_times.begin(), m_times.end());
-        std::printf("%-48s %8.1f ms  (%.1f to %.1f, %zu runs)", what, median(), *least, *most,
-                    m_times.size());
-        if (limit > 0)
-            std::printf("  at most %.1f ms: %s", limit, median() <= limit ? "reached" : "MISSED");
-        std::printf("\n");
+        char detail[64];
+        std::snprintf(detail, sizeof detail, "%.1f to %.1f, %zu runs", *least, *most, m_times.size());
+        printFigure(what, median(), "ms", limit, detail);
     }
 
   private:

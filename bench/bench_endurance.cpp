@@ -1,4 +1,6 @@
-// What stays behind when the program is used all day: nothing may grow.
+// What a day of use leaves behind: neither memory nor files, threads or child processes may grow.
+
+#include "bench/Measured.h"
 
 #include "Desktop/SceneGraph.h"
 #include "Mounting/SSHFSMounter.h"
@@ -12,57 +14,53 @@
 #include <QFile>
 #include <QTemporaryDir>
 
-#include <cstdio>
 #include <functional>
+#include <string>
 #include <unistd.h>
 
 namespace {
-struct Look {
+/// What this process holds at one moment.
+struct Resources {
     qsizetype files = 0;
     qsizetype threads = 0;
     qsizetype children = 0; ///< processes started by this one, in any generation that is still its child
     long memory = 0;        ///< kB
 
-    static Look now() {
+    static Resources now() {
         const auto entries = [](const char* folder) {
             return QDir(QLatin1String(folder))
                 .entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot)
                 .size();
         };
-        Look look;
-        look.files = entries("/proc/self/fd");
-        look.threads = entries("/proc/self/task");
+        Resources held;
+        held.files = entries("/proc/self/fd");
+        held.threads = entries("/proc/self/task");
         QFile children(QStringLiteral("/proc/self/task/%1/children").arg(::getpid()));
         if (children.open(QIODevice::ReadOnly))
-            look.children = children.readAll().simplified().split(' ').size();
+            held.children = children.readAll().simplified().split(' ').size();
         QFile status(QStringLiteral("/proc/self/statm"));
         if (status.open(QIODevice::ReadOnly))
-            look.memory = status.readAll().split(' ').value(1).toLong() * ::sysconf(_SC_PAGESIZE) / 1024;
-        return look;
+            held.memory = status.readAll().split(' ').value(1).toLong() * ::sysconf(_SC_PAGESIZE) / 1024;
+        return held;
     }
 
-    void print(int round, const char* what) const {
-        std::printf("%5d %s: %3lld files, %2lld threads, %lld children, %6ld kB\n", round, what,
-                    qlonglong(files), qlonglong(threads), qlonglong(children), memory);
-    }
+    [[nodiscard]] double handles() const { return double(files + threads + children); }
 };
 
-/// Plays `round` again and again, and says whether anything has grown since it was warm.
-void endure(const char* what, int rounds, int between, const std::function<void(int)>& play) {
-    constexpr long mostGrowth = 2048; // kB of memory
-    Look first;
+/// Plays `round` again and again, and prints what has grown since the first `warmUp` rounds, which fill pools
+/// and caches.
+void endure(const char* what, int rounds, int warmUp, const std::function<void(int)>& play) {
+    constexpr double mostMemory = 2048; // kB
+    Resources warm;
     for (int round = 1; round <= rounds; ++round) {
         play(round);
-        if (round % between != 0)
-            continue;
-        Look::now().print(round, what);
-        if (round == between) // pools and caches have by now what they keep
-            first = Look::now();
+        if (round == warmUp)
+            warm = Resources::now();
     }
-    const Look last = Look::now();
-    const bool flat = last.files <= first.files && last.threads <= first.threads &&
-                      last.children <= first.children && last.memory - first.memory <= mostGrowth;
-    std::printf("after %d %s: %s\n", rounds, what, flat ? "flat" : "GROWN");
+    const Resources last = Resources::now();
+    const std::string after = "after " + std::to_string(rounds) + ' ' + what;
+    printFigure((after + ": memory").c_str(), double(last.memory - warm.memory), "kB", mostMemory);
+    printFigure((after + ": files, threads, children").c_str(), last.handles() - warm.handles(), "", 0);
 }
 
 void connects(const sandbox::Sandbox& platform, const QString& home) {

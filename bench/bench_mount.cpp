@@ -59,7 +59,7 @@ int main(int argc, char* argv[]) {
         mounting.add(static_cast<double>(timer.elapsed()));
         await(mounter.unmount(project.domain));
     }
-    listing.print("bare sshfs to its first listing", 0);
+    listing.print("bare sshfs to its first listing", std::nullopt);
     mounting.print("connect to mounted", factor * listing.median() + pollingStep);
     return EXIT_SUCCESS;
 }

@@ -1,10 +1,10 @@
 // How long the panel lets its user wait: from the key to the painted frame, in the process itself.
 
+#include "bench/LoopWatch.h"
 #include "bench/Measured.h"
 
 #include "Desktop/SceneGraph.h"
 #include "desktop/DesktopFixture.h"
-#include "support/LoopWatch.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
@@ -96,8 +96,6 @@ int main(int argc, char* argv[]) {
     LoopWatch watch;
     for (int run = 0; run < runs; ++run)
         await(desktop.state->parts().loading.refresh());
-    Measured away;
-    away.add(watch.longest());
-    away.print("longest block of the loop, 15 loads of 10,000", 50);
+    printFigure("longest block of the loop, 15 loads of 10,000", watch.longest(), "ms", 50);
     return EXIT_SUCCESS;
 }

@@ -31,8 +31,8 @@ struct Free {
 template <typename T>
 using Reply = std::unique_ptr<T, Free>;
 
-/// Hears of every window that is made or mapped: looking for one again and again would keep the X server from
-/// those who are measured.
+/// Listens for new windows. Polling for one would keep the X server busy and slow down the programs that are
+/// measured.
 class Screen {
   public:
     Screen() : m_connection(xcb_connect(nullptr, nullptr)) {
@@ -133,7 +133,7 @@ int main(int argc, char* argv[]) {
         ours.add(start(screen, arguments.value(1), "HarvellonConnect", 16));
         theirs.add(start(screen, QStringLiteral("sirikali"), "sirikali", 300));
     }
-    theirs.print("sirikali: process start to its window", 0);
+    theirs.print("sirikali: process start to its window", std::nullopt);
     ours.print("process start to status icon shown", share * theirs.median());
     return EXIT_SUCCESS;
 }

@@ -1,6 +1,5 @@
 #!/usr/bin/python3
-"""The program as a process, beside sirikali, another mounting tool in the tray: its memory, and what it does while nobody
-needs it."""
+"""The memory of the program beside sirikali, another mounting tool in the tray, and how often it wakes up when idle."""
 import os
 import shutil
 import statistics
@@ -15,7 +14,7 @@ from desktop import Platform, Program, choose_browser, keys, until  # noqa: E402
 PROGRAM, PLATFORM = sys.argv[1:3]
 RUNS = 11
 IDLE = 60  # seconds
-SETTLING = 130  # seconds until the last connection of the start has been let go
+SETTLING = 130  # seconds until the last network connection of the start is closed
 
 
 def field(path, name):
@@ -42,8 +41,11 @@ def end(process):
     process.wait(timeout=10)
 
 
-def told(what, value, unit, limit):
-    print(f"{what:48} {value:8.1f} {unit}  at most {limit:.1f} {unit}: {'reached' if value <= limit else 'MISSED'}")
+def figure(what, value, unit, limit=None, detail=""):
+    """One line of ./dev bench, as bench/Measured.h prints it."""
+    detail = detail and f"  ({detail})"
+    judged = "" if limit is None else f"  at most {limit:.1f} {unit}: {'reached' if value <= limit else 'MISSED'}"
+    print(f"{what:48} {value:8.1f} {unit:2}{detail}{judged}", flush=True)
 
 
 folder = tempfile.mkdtemp()
@@ -57,7 +59,7 @@ try:
     until("the rows", lambda: len(app.rows()) > 9)
     end(app.process)
 
-    # From here on nobody listens to what the program says of itself: that costs memory of its own.
+    # From here on without the accessibility bus, which needs memory of its own.
     environment.pop("QT_LINUX_ACCESSIBILITY_ALWAYS_ON", None)
     ours, shared, theirs = [], [], []
     for run in range(RUNS):
@@ -68,22 +70,23 @@ try:
         app = Program(PROGRAM, environment, subprocess.DEVNULL)
         time.sleep(1)
         keys("197")
-        time.sleep(6.5)  # until the update feed has been asked, and what speaks TLS is loaded
+        time.sleep(6.5)  # until the update feed has been read and the TLS libraries are loaded
         ours.append(resident(app.process))
         shared.append(proportional(app.process))
         if run < RUNS - 1:
             end(app.process)
-    print(f"{'sirikali: resident memory with its window':48} {statistics.median(theirs):8.1f} MB  ({RUNS} runs)")
-    print(f"{'the program, shared pages in proportion':48} {statistics.median(shared):8.1f} MB")
-    told("resident memory, 200 projects, one opened panel", statistics.median(ours), "MB",
-         min(60, statistics.median(theirs)))
+    figure("sirikali: resident memory with its window", statistics.median(theirs), "MB", detail=f"{RUNS} runs")
+    figure("the program, shared pages in proportion", statistics.median(shared), "MB", detail=f"{RUNS} runs")
+    figure("resident memory, 200 projects, one opened panel", statistics.median(ours), "MB",
+           min(60, statistics.median(theirs)), f"{RUNS} runs")
 
     keys("197")
     time.sleep(SETTLING)
     before = switches(app.process)
     time.sleep(IDLE)
     after = switches(app.process)
-    told(f"wake-ups in {IDLE} s, panel closed", sum(count - before.get(task, 0) for task, count in after.items()), "", 0)
+    woken = sum(count - before.get(task, 0) for task, count in after.items())
+    figure(f"wake-ups in {IDLE} s, panel closed", woken, "", 0)
     end(app.process)
 finally:
     platform.close()

@@ -6,7 +6,7 @@ target_compile_definitions(harvellon_options INTERFACE
     QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_URL_CAST_FROM_STRING
     QT_NO_KEYWORDS QT_DISABLE_DEPRECATED_BEFORE=0x060400)
 
-# Made once for all: it takes longer than most sources. Targets that use it are compiled with the same options.
+# Compiled once and shared, because it takes longer than most sources. All targets that use it need the same options.
 add_library(harvellon_pch OBJECT ${CMAKE_CURRENT_LIST_DIR}/pch.cpp)
 target_link_libraries(harvellon_pch PRIVATE harvellon_options Qt6::Core)
 target_precompile_headers(harvellon_pch PRIVATE ${CMAKE_CURRENT_LIST_DIR}/pch.h)

@@ -1,4 +1,4 @@
-"""The program on a real desktop, against the sandbox platform: things are found by the names people hear."""
+"""Drives the program on a real desktop, against the sandbox platform. Elements are found by their accessible names."""
 import json
 import os
 import subprocess
@@ -10,14 +10,14 @@ import gi
 gi.require_version("Atspi", "2.0")
 from gi.repository import Atspi  # noqa: E402
 
-PATIENCE = 20  # seconds
+TIME_LIMIT = 20  # seconds
 BUTTON = Atspi.Role.PUSH_BUTTON
 ROW = Atspi.Role.LIST_ITEM
 
 
-def until(what, probe, patience=PATIENCE):
-    """Waits until `probe` yields something true, and yields it."""
-    end = time.monotonic() + patience
+def until(what, probe, limit=TIME_LIMIT):
+    """Waits until `probe` returns something true, and returns it."""
+    end = time.monotonic() + limit
     while time.monotonic() < end:
         try:
             found = probe()
@@ -26,11 +26,11 @@ def until(what, probe, patience=PATIENCE):
         if found:
             return found
         time.sleep(0.05)
-    sys.exit(f"nothing came of: {what}")
+    sys.exit(f"timed out while waiting for: {what}")
 
 
 def elements(node):
-    """All that can be heard below `node`."""
+    """All accessible elements below `node`."""
     node.clear_cache()
     yield node
     for index in range(node.get_child_count()):
@@ -49,6 +49,24 @@ def keys(*names):
 
 def words(text):
     subprocess.run(["xdotool", "type", "--delay", "20", text], check=True)
+
+
+def descendants(process):
+    """The ids of the processes below `process`, with their command lines."""
+    parents, commands = {}, {}
+    for pid in filter(str.isdigit, os.listdir("/proc")):
+        try:
+            with open(f"/proc/{pid}/stat", encoding="utf8", errors="replace") as stat:
+                parents[int(pid)] = int(stat.read().rpartition(")")[2].split()[1])
+            with open(f"/proc/{pid}/cmdline", encoding="utf8", errors="replace") as command:
+                commands[int(pid)] = command.read().replace("\0", " ")
+        except OSError:  # the process has ended meanwhile
+            continue
+    found, generation = {}, {process.pid}
+    while generation:
+        generation = {pid for pid, parent in parents.items() if parent in generation and pid in commands}
+        found.update((pid, commands[pid]) for pid in generation)
+    return found
 
 
 def mounted(path):
@@ -102,26 +120,26 @@ class Program:
         children = [desktop.get_child_at_index(index) for index in range(desktop.get_child_count())]
         return next(c for c in children if c is not None and c.get_process_id() == self.process.pid)
 
-    def heard(self, name, role=None, below=None):
-        """A probe for the first element that shows and whose name holds `name`."""
+    def finder(self, name, role=None, below=None):
+        """A probe for the first visible element whose accessible name contains `name`."""
         def probe():
             return next((e for e in elements(below() if below else self.tree()) if name in e.get_name()
                          and (role is None or e.get_role() == role) and showing(e)), None)
 
         return probe
 
-    def await_heard(self, name, role=None):
-        return until(name, self.heard(name, role))
+    def await_element(self, name, role=None):
+        return until(name, self.finder(name, role))
 
     def press(self, name, below=None):
-        until(f"button {name}", lambda: self.heard(name, BUTTON, below)().do_action(0))
+        until(f"button {name}", lambda: self.finder(name, BUTTON, below)().do_action(0))
 
     def rows(self):
         return [e.get_name() for e in elements(self.tree()) if e.get_role() == ROW and showing(e)]
 
     def open_panel(self):
         def probe():
-            if self.heard("Domain suchen")():
+            if self.finder("Domain suchen")():
                 return True
             keys("197")
             time.sleep(0.5)

@@ -11,7 +11,7 @@ import time
 import urllib.request
 
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
-from desktop import ROW, Platform, Program, choose_browser, keys, until, words  # noqa: E402
+from desktop import ROW, Platform, Program, choose_browser, descendants, keys, until, words  # noqa: E402
 
 import gi  # noqa: E402
 
@@ -44,7 +44,7 @@ class Desktop:
             call.return_dbus_error("org.freedesktop.portal.Error.NotFound", "not here")
 
     def turn(self, seconds):
-        """Lets the bus have its turn."""
+        """Handles bus messages for that time."""
         end = time.monotonic() + seconds
         while time.monotonic() < end:
             GLib.MainContext.default().iteration(False)
@@ -58,7 +58,7 @@ class Desktop:
 
 
 def picture(name):
-    """Both variants of the window in front."""
+    """Takes the light and the dark variant of the active window."""
     subprocess.run(["xdotool", "mousemove", "1", "1"], check=True)
     for variant, scheme in (("light", LIGHT), ("dark", DARK)):
         desktop.choose(scheme)
@@ -70,20 +70,20 @@ def picture(name):
 
 
 def order(**faults):
-    """Tells the platform to misbehave."""
+    """Sets the faults of the platform."""
     request = urllib.request.Request(platform.ready["server"] + "/sandbox/faults", json.dumps(faults).encode(),
                                      {"Content-Type": "application/json"})
     urllib.request.urlopen(request).close()
 
 
 def row(name):
-    return lambda: app.await_heard(name, ROW)
+    return lambda: app.await_element(name, ROW)
 
 
 def sign_in(identity, name):
     choose_browser(identity)
     app.press("Mit Harvellon anmelden")
-    app.await_heard(name)
+    app.await_element(name)
     time.sleep(0.5)
 
 
@@ -111,7 +111,7 @@ picture("signed-out")
 order(directory={"delay": 6000})
 choose_browser("erika")
 app.press("Mit Harvellon anmelden")
-app.await_heard("Erika Beispiel")
+app.await_element("Erika Beispiel")
 picture("loading")
 order(directory={})
 until("the rows", lambda: len(app.rows()) > 9)
@@ -123,14 +123,14 @@ keys("Escape")
 
 app.press("Verbinden und mounten", row("Fahrradladen Speiche"))
 until("the mount", lambda: "Gemountet" in row("Fahrradladen Speiche")().get_description())
-sshd = subprocess.run(["pgrep", "-f", "sshd.*" + platform.process.args[2]], capture_output=True, text=True).stdout.split()
-for process in sshd:
-    os.kill(int(process), signal.SIGSTOP)
+sshd = [pid for pid, command in descendants(platform.process).items() if "sshd" in command and platform.process.args[2] in command]
+for pid in sshd:
+    os.kill(pid, signal.SIGSTOP)
 app.press("Verbinden und mounten", row("Alpenhof Buchung"))
 time.sleep(5)
 picture("mounted-and-connecting")
-for process in sshd:
-    os.kill(int(process), signal.SIGCONT)
+for pid in sshd:
+    os.kill(pid, signal.SIGCONT)
 until("the mount", lambda: "Gemountet" in row("Alpenhof Buchung")().get_description())
 app.press("Anzeigen")
 time.sleep(0.5)
@@ -151,13 +151,15 @@ keys("ctrl+comma")
 time.sleep(1)
 choose_browser("jonas")
 app.press("Account hinzufügen")
-app.await_heard("Jonas Muster")
+app.await_element("Jonas Muster")
 time.sleep(1)
 picture("settings")
 keys("alt+F4")
 app.open_panel()
 app.press("Anzeigen")
-subprocess.run(["pkill", "-KILL", "-f", "sshfs.*Fahrrad|sshfs.*speiche"], check=False)
+for pid, command in descendants(app.process).items():
+    if "sshfs" in command and "speiche" in command.lower():
+        os.kill(pid, signal.SIGKILL)
 time.sleep(1)
 picture("mount-ended")
 end()

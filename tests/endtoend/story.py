@@ -18,7 +18,7 @@ DOMAIN = "www.alpenhof.sandbox.test"
 
 
 def row():
-    return app.await_heard(PROJECT, ROW)
+    return app.await_element(PROJECT, ROW)
 
 
 def says(text):
@@ -44,7 +44,7 @@ try:
     app = Program(PROGRAM, environment, log)
     app.open_panel()
     app.press("Mit Harvellon anmelden")
-    app.await_heard("Erika Beispiel")
+    app.await_element("Erika Beispiel")
 
     words("alpenhof")
     until("one hit", lambda: app.rows() == [f"{PROJECT}, {DOMAIN}"])
@@ -65,7 +65,7 @@ try:
 
     app = Program(PROGRAM, environment, log)
     app.open_panel()
-    app.await_heard("Erika Beispiel")
+    app.await_element("Erika Beispiel")
     words("alpenhof")
     connect()
     second = subprocess.run([PROGRAM], env=environment, timeout=5)
@@ -77,7 +77,7 @@ try:
     app = Program(PROGRAM, environment, log)
     until("the end of what was left mounted", lambda: not mounted(point))
     app.open_panel()
-    app.await_heard("Erika Beispiel")
+    app.await_element("Erika Beispiel")
     words("alpenhof")
     connect()
     app.finish(lambda: app.process.send_signal(signal.SIGTERM))

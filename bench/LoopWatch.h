@@ -8,9 +8,8 @@
 #include <mutex>
 #include <thread>
 
-/// Asks the main thread's event loop every few milliseconds whether it is there, and remembers the longest
-/// wait for an answer. What a test does itself on the main thread is no business of the program's: pause
-/// meanwhile.
+/// Measures how long the main thread's event loop is blocked: posts a call to it every few milliseconds and
+/// keeps the longest delay. Pause it while the benchmark itself works on the main thread.
 class LoopWatch {
   public:
     LoopWatch() : m_thread([this] { watch(); }) {}
@@ -33,7 +32,7 @@ class LoopWatch {
         setPaused(false);
     }
 
-    /// In milliseconds. The name is of what ran when the loop was away longest.
+    /// The longest delay in milliseconds; `during()` is the step that ran then.
     double longest() const { return m_longest.count(); }
 
     const char* during() const { return m_during; }
@@ -46,7 +45,7 @@ class LoopWatch {
     void setPaused(bool paused) {
         const std::lock_guard lock(m_mutex);
         m_paused = paused;
-        ++m_pauses; // a question that was under way does not count
+        ++m_pauses; // a call that was posted before does not count
     }
 
     void watch() {
@@ -75,7 +74,7 @@ class LoopWatch {
         m_changed.notify_all();
     }
 
-    QObject m_context; ///< drops the questions that are left at the end
+    QObject m_context; ///< drops the calls that are still posted at the end
     std::mutex m_mutex;
     std::condition_variable m_changed;
     bool m_stopping = false;
@@ -83,7 +82,7 @@ class LoopWatch {
     bool m_answered = true;
     int m_pauses = 0;
     Milliseconds m_longest{0};
-    const char* m_step = ""; ///< main thread, as all that is read from outside
+    const char* m_step = ""; ///< main thread only
     const char* m_during = "";
     std::thread m_thread;
 };
