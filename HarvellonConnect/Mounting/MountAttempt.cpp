@@ -8,6 +8,7 @@
 #include "Mounting/SSHFSReadiness.h"
 #include "System/Async.h"
 #include "System/Logging.h"
+#include "System/Native/MountTable.h"
 
 #include <QDeadlineTimer>
 
@@ -73,10 +74,10 @@ QCoro::Task<> MountAttempt::start(std::shared_ptr<MountAttempt> attempt) {
 
     const QString mountPoint = attempt->mountPoint();
     // The table tells of live, silent and dead mounts alike, and asking it waits for no server.
-    if (isListed(mountPoint)) {
+    if (MountTable::lists(mountPoint)) {
         qCInfo(lcSSHFSMounter, "mount: stale mount at %s, forcing unmount", qUtf8Printable(mountPoint));
         co_await forceUnmount(attempt->m_host, attempt->m_shell, mountPoint, staleLimit);
-        if (isListed(mountPoint))
+        if (MountTable::lists(mountPoint))
             throw MounterError(MounterError::Case::mountPointOccupied, mountPoint);
         attempt->failWhenGivenUp();
     }
@@ -107,7 +108,7 @@ QCoro::Task<> MountAttempt::waitUntilMounted(std::shared_ptr<MountAttempt> attem
         if (mounted)
             co_return;
 
-        if (!isListed(mountPoint)) { // nobody there to be asked
+        if (!MountTable::lists(mountPoint)) { // nobody there to be asked
             co_await Async::sleep(tableStep);
             continue;
         }

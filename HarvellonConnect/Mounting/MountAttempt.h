@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Directory/Project.h"
-#include "Mounting/MountPoint.h"
+#include "Mounting/MountPointFolder.h"
 #include "Mounting/Unmounting.h"
 #include "System/HostSystem.h"
 #include "System/Shell.h"

@@ -1,10 +1,11 @@
 #include "Mounting/SSHFSMounter.h"
 
+#include "Directory/PlainDomain.h"
 #include "Mounting/MountAttempt.h"
-#include "Mounting/MountPoint.h"
 #include "Mounting/SSHFSProcess.h"
 #include "System/Async.h"
 #include "System/Logging.h"
+#include "System/Native/MountTable.h"
 
 #include <QCoroFuture>
 #include <QDeadlineTimer>
@@ -181,7 +182,7 @@ void SSHFSMounter::spare(const std::shared_ptr<SSHFSProcess>& process) {
 }
 
 QStringList SSHFSMounter::leftBehind() const {
-    QStringList domains = mountedBelow(m_host.mountRoot());
+    QStringList domains = MountTable::mountedBelow(m_host.mountRoot());
     domains.removeIf([this](const QString& domain) {
         return m_attempts.contains(domain) || m_sessions.contains(domain) || m_endings.contains(domain);
     });
@@ -246,7 +247,7 @@ void SSHFSMounter::processEnded(const QString& domain, qint32 exitCode) {
 }
 
 QCoro::Task<> SSHFSMounter::clearInBackground(MountSession session) {
-    if (!isListed(session.mountPoint))
+    if (!MountTable::lists(session.mountPoint))
         co_return;
     const Ending ending(this, session.domain);
     co_await forceUnmount(m_host, m_shell, session.mountPoint, usualPatience.command);

@@ -1,8 +1,8 @@
 #include "Mounting/Unmounting.h"
 
-#include "Mounting/MountPoint.h"
 #include "Mounting/MountQuestion.h"
 #include "Mounting/SSHFSProcess.h"
+#include "System/Native/MountTable.h"
 
 namespace {
 constexpr std::chrono::seconds answerLimit{1};
@@ -48,6 +48,6 @@ QCoro::Task<> forceUnmount(HostSystem host, Shell& shell, QString mountPoint,
 QCoro::Task<> clearLeftovers(HostSystem host, Shell& shell, std::shared_ptr<SSHFSProcess> process,
                              QString mountPoint, Patience patience) {
     co_await SSHFSProcess::terminate(process, patience.grace);
-    if (isListed(mountPoint))
+    if (MountTable::lists(mountPoint))
         co_await forceUnmount(host, shell, mountPoint, patience.command);
 }

@@ -4,7 +4,7 @@
 #include "Actions/SearchDomain.h"
 #include "Actions/SiteAddresses.h"
 #include "Actions/TerminalProgram.h"
-#include "Mounting/MountPoint.h"
+#include "Directory/PlainDomain.h"
 #include "System/Async.h"
 #include "System/Network/Http.h"
 

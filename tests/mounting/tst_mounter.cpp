@@ -1,6 +1,5 @@
 #include "MounterFixture.h"
 
-#include "Mounting/MountPoint.h"
 #include "Mounting/SSHFSProcess.h"
 
 #include <QElapsedTimer>
@@ -135,9 +134,9 @@ class TestMounter : public MounterFixture {
     }
 
     void leftoversAreSoughtBelowTheRootAlone() {
-        QCOMPARE(mountedBelow(m_home->filePath(u"Harvellon"_s)), QStringList()); // not there yet
+        QCOMPARE(MountTable::mountedBelow(m_home->filePath(u"Harvellon"_s)), QStringList()); // not there yet
         QCOMPARE(mountFailure(project(0)), u"none"_s);
-        QCOMPARE(mountedBelow(m_home->filePath(u"Harvellon"_s)), QStringList{hosted(0).domain});
+        QCOMPARE(MountTable::mountedBelow(m_home->filePath(u"Harvellon"_s)), QStringList{hosted(0).domain});
     }
 
     void folderWithoutItsMountTakesNothing() {

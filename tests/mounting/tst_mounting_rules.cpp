@@ -1,6 +1,6 @@
+#include "Directory/PlainDomain.h"
 #include "Mounting/LegacyKey.h"
 #include "Mounting/MountOptions.h"
-#include "Mounting/MountPoint.h"
 #include "Mounting/MounterError.h"
 #include "Mounting/SSHFSReadiness.h"
 
