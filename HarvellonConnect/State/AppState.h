@@ -4,6 +4,7 @@
 #include "Directory/Account.h"
 #include "Directory/ApplicationsResponse.h"
 #include "Directory/ProjectAPI.h"
+#include "Mounting/SSHFSGuidance.h"
 #include "Mounting/SSHFSMounter.h"
 #include "SignIn/OAuthManager.h"
 #include "State/AccountListModel.h"

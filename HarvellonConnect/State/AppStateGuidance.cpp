@@ -1,11 +1,11 @@
 #include "State/AppState.h"
 
 void AppState::showSSHFSSetupAlert() {
-    show(m_host.setupGuidance);
+    show(setupGuidance(m_host));
 }
 
 void AppState::showSSHFSRepairAlert() {
-    show(m_host.repairGuidance);
+    show(repairGuidance(m_host));
 }
 
 void AppState::show(const Guidance& guidance) {
@@ -45,6 +45,6 @@ void AppState::answerGuidance(int button) {
     case GuidanceButton::Action::none:
         break;
     }
-    if (!pressed.told.isEmpty())
-        log(pressed.told, ActivityLogLevel::info);
+    if (!pressed.logLine.isEmpty())
+        log(pressed.logLine, ActivityLogLevel::info);
 }
