@@ -1,15 +1,18 @@
 #include "Mounting/Unmounting.h"
 
-#include "Mounting/MountQuestion.h"
+#include "Mounting/MountCheck.h"
 #include "Mounting/SSHFSProcess.h"
+#include "System/Async.h"
 #include "System/Native/MountTable.h"
 
 namespace {
 constexpr std::chrono::seconds answerLimit{1};
 
-QCoro::Task<bool> answersYes(MountQuestion& question) {
-    const std::optional<bool> answer = co_await question.answer(answerLimit);
-    co_return answer.value_or(false);
+/// Whether the mount is there and its server answers now.
+QCoro::Task<bool> isAnswering(QString mountPoint) {
+    MountCheck check(mountPoint);
+    const std::optional<bool> mounted = co_await check.isMounted(answerLimit);
+    co_return mounted.value_or(false);
 }
 } // namespace
 
@@ -17,10 +20,9 @@ QCoro::Task<UnmountOutcome> unmountByCommands(HostSystem host, Shell& shell, QSt
                                               std::chrono::milliseconds limit) {
     UnmountOutcome outcome;
     for (const ExternalCommand& command : host.unmountCommands) {
-        if (outcome.complaint && command == host.forcedUnmount && host.forcedUnmountDetaches) {
-            MountQuestion question(mountPoint);
-            outcome.inUse = co_await answersYes(question);
-        }
+        // Asked just before the mount is detached, because afterwards nobody can ask any more.
+        if (outcome.complaint && command == host.forcedUnmount && host.forcedUnmountDetaches)
+            outcome.inUse = co_await isAnswering(mountPoint);
         const QStringList arguments = command.argumentsFor(mountPoint);
         try {
             const ShellResult result = co_await shell.run(command.executable, arguments, limit);
@@ -41,13 +43,19 @@ QCoro::Task<> forceUnmount(HostSystem host, Shell& shell, QString mountPoint,
     try {
         co_await shell.run(host.forcedUnmount.executable, arguments, limit);
     } catch (const ShellError&) {
-        // The mount is still listed then, which is what the callers look at.
+        // The mount stays in the mount table then, where the callers look.
     }
 }
 
+QCoro::Task<bool> servesOpenFiles(std::shared_ptr<SSHFSProcess> process, std::chrono::milliseconds grace) {
+    const QFuture<void> end = process->end();
+    const bool ended = co_await Async::finishesWithin(end, grace);
+    co_return !ended && process->isRunning();
+}
+
 QCoro::Task<> clearLeftovers(HostSystem host, Shell& shell, std::shared_ptr<SSHFSProcess> process,
-                             QString mountPoint, Patience patience) {
-    co_await SSHFSProcess::terminate(process, patience.grace);
+                             QString mountPoint, UnmountLimits limits) {
+    co_await SSHFSProcess::stop(process, limits.grace);
     if (MountTable::lists(mountPoint))
-        co_await forceUnmount(host, shell, mountPoint, patience.command);
+        co_await forceUnmount(host, shell, mountPoint, limits.command);
 }
