@@ -13,8 +13,6 @@
 
 #include <QDeadlineTimer>
 
-#include <algorithm>
-
 namespace {
 constexpr std::chrono::milliseconds answerStep{150};
 constexpr std::chrono::milliseconds tableStep{20}; // reading the mount table is cheap

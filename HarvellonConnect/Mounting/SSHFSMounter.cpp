@@ -3,7 +3,6 @@
 #include "Directory/PlainDomain.h"
 #include "Mounting/MountAttempt.h"
 #include "Mounting/SSHFSProcess.h"
-#include "Mounting/StartQueue.h"
 #include "Mounting/Unmounting.h"
 #include "System/Async.h"
 #include "System/Logging.h"
@@ -15,6 +14,7 @@
 
 namespace {
 constexpr std::chrono::milliseconds afterKill{1500}; // unmounts that were blocked by a killed sshfs end soon
+static_assert(MountLimits{}.killAfter + afterKill < std::chrono::seconds(5)); // as the header promises
 
 QCoro::Task<bool> allFinishWithin(QList<QFuture<void>> futures, std::chrono::milliseconds limit) {
     const QDeadlineTimer deadline(limit);
@@ -174,8 +174,7 @@ QCoro::Task<bool> SSHFSMounter::takeDown(MountSession session, UnmountLimits lim
     const HostSystem host = m_host;
     Shell& shell = m_shell;
     disconnect(session.process.get(), &SSHFSProcess::ended, this, nullptr); // its end is expected from now on
-    const UnmountOutcome outcome =
-        co_await unmountByCommands(host, shell, session.mountPoint, limits.command);
+    const UnmountOutcome outcome = co_await unmountByCommands(host, shell, session.mountPoint, limits);
     const bool mayKeep = outcome.inUse && limits.keepUntilClosed;
     const bool kept = co_await endProcess(guard, host, shell, session, limits, mayKeep);
     if (guard)
@@ -226,9 +225,9 @@ QCoro::Task<bool> SSHFSMounter::clearLeftBehind(QString domain) {
     gentle.unmountCommands.removeOne(m_host.forcedUnmount);
     Shell& shell = m_shell;
     const UnmountInProgress inProgress(this, domain); // a mount that is asked for meanwhile waits
-    const std::chrono::milliseconds limit = m_limits.unmount.command;
+    const UnmountLimits limits = m_limits.unmount;
     const QString mountPoint = m_host.mountRoot() + QLatin1Char('/') + domain;
-    const UnmountOutcome outcome = co_await unmountByCommands(gentle, shell, mountPoint, limit);
+    const UnmountOutcome outcome = co_await unmountByCommands(gentle, shell, mountPoint, limits);
     co_return !outcome.complaint;
 }
 

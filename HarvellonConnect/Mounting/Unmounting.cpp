@@ -6,26 +6,24 @@
 #include "System/Native/MountTable.h"
 
 namespace {
-constexpr std::chrono::seconds answerLimit{1};
-
-/// Whether the mount is there and its server answers now.
-QCoro::Task<bool> isAnswering(QString mountPoint) {
+/// Whether the mount exists and its server answers within `limit`.
+QCoro::Task<bool> isAnswering(QString mountPoint, std::chrono::milliseconds limit) {
     MountCheck check(mountPoint);
-    const std::optional<bool> mounted = co_await check.isMounted(answerLimit);
+    const std::optional<bool> mounted = co_await check.isMounted(limit);
     co_return mounted.value_or(false);
 }
 } // namespace
 
 QCoro::Task<UnmountOutcome> unmountByCommands(HostSystem host, Shell& shell, QString mountPoint,
-                                              std::chrono::milliseconds limit) {
+                                              UnmountLimits limits) {
     UnmountOutcome outcome;
     for (const ExternalCommand& command : host.unmountCommands) {
         // Asked just before the mount is detached, because afterwards nobody can ask any more.
         if (outcome.complaint && command == host.forcedUnmount && host.forcedUnmountDetaches)
-            outcome.inUse = co_await isAnswering(mountPoint);
+            outcome.inUse = co_await isAnswering(mountPoint, limits.answer);
         const QStringList arguments = command.argumentsFor(mountPoint);
         try {
-            const ShellResult result = co_await shell.run(command.executable, arguments, limit);
+            const ShellResult result = co_await shell.run(command.executable, arguments, limits.command);
             if (result.exitCode == 0)
                 co_return UnmountOutcome{std::nullopt, outcome.inUse};
             outcome.complaint = result.stderr.trimmed();

@@ -23,9 +23,9 @@ struct UnmountOutcome {
     bool inUse = false;
 };
 
-/// Tries the unmount commands in order until one succeeds; each may take `limit`.
+/// Tries the unmount commands in order until one succeeds.
 QCoro::Task<UnmountOutcome> unmountByCommands(HostSystem host, Shell& shell, QString mountPoint,
-                                              std::chrono::milliseconds limit);
+                                              UnmountLimits limits);
 
 /// Forces off whatever is mounted there. The mount table tells whether that worked.
 QCoro::Task<> forceUnmount(HostSystem host, Shell& shell, QString mountPoint,

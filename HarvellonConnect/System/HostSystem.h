@@ -37,8 +37,8 @@ struct HostSystem {
     QStringList platformMountOptions;       ///< options that only this desktop's sshfs knows
     QString volumeNameOption;               ///< the option that carries the volume's name
     QList<ExternalCommand> unmountCommands; ///< gentle first; the mount point follows the arguments
-    ExternalCommand forcedUnmount;          ///< for a stale mount
-    bool forcedUnmountDetaches = false;     ///< who has files open goes on with them
+    ExternalCommand forcedUnmount;          ///< for a stale mount, and the last of `unmountCommands`
+    bool forcedUnmountDetaches = false;     ///< files that are open stay usable after it
 
     ExternalCommand opener;       ///< opens an address or a folder with the user's own program
     ExternalCommand handlerQuery; ///< prints who opens a type of address; empty where ssh has a handler
