@@ -71,7 +71,9 @@ class MounterFixture : public QObject {
     /// Long enough for a busy machine, short where a test waits for a limit to pass.
     static MountLimits limits() {
         MountLimits limits;
-        limits.unmount = {std::chrono::milliseconds(600), std::chrono::milliseconds(300), true};
+        using std::chrono::milliseconds;
+        limits.startInterval = milliseconds(40);
+        limits.unmount = {milliseconds(600), milliseconds(600), milliseconds(200), true};
         return limits;
     }
 

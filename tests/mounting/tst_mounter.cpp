@@ -238,13 +238,13 @@ class TestMounter : public MounterFixture {
     void silentServerEndsTheMountAfterTheLimit() {
         QCOMPARE(MountLimits().mount, 15s);
         MountLimits limits = this->limits();
-        limits.mount = 500ms;
+        limits.mount = 300ms;
         m_mounter = mounter(host(), limits);
         m_platform->ssh().freeze();
         QElapsedTimer timer;
         timer.start();
         QCOMPARE(mountFailure(project(0)), MounterError(MounterError::Case::mountTimeout).description());
-        QVERIFY2(timer.elapsed() >= 500 && timer.elapsed() < 4000,
+        QVERIFY2(timer.elapsed() >= 300 && timer.elapsed() < 4000,
                  qPrintable(QString::number(timer.elapsed())));
         verifyNothingLeft(); // with the server still silent
     }
@@ -274,7 +274,7 @@ class TestMounter : public MounterFixture {
         QFETCH(int, way);
         m_platform->ssh().freeze();
         auto mounting = m_mounter->mount(project(0));
-        QTest::qWait(300);
+        QTRY_COMPARE(blockedThreads(), 1); // the check of the mount waits for the server
         if (way == 0)
             QCOMPARE(unmountFailure(hosted(0).domain), u"none"_s);
         else if (way == 1)
@@ -299,6 +299,10 @@ class TestMounter : public MounterFixture {
     }
 
     void hangingCommandDoesNotHoldUpTheEnd() {
+        MountLimits limits = this->limits();
+        limits.unmount.command = 400ms;
+        limits.killAfter = 200ms; // passes before the command's own limit
+        m_mounter = mounter(host(), limits);
         for (int i = 0; i < 2; ++i)
             QCOMPARE(mountFailure(project(i)), u"none"_s);
         m_shell->hanging = u"/usr/bin/umount"_s;
@@ -307,11 +311,16 @@ class TestMounter : public MounterFixture {
         QElapsedTimer timer;
         timer.start();
         await(m_mounter->unmountAll());
-        QVERIFY2(timer.elapsed() < 5000, qPrintable(QString::number(timer.elapsed())));
+        QVERIFY2(timer.elapsed() < 2500, qPrintable(QString::number(timer.elapsed())));
         verifyNothingLeft();
     }
 
     void silentServerHoldsUpNeitherUnmountNorEnd() {
+        MountLimits limits;
+        limits.unmount = {300ms, 200ms, 150ms, true};
+        limits.quit = {250ms, 200ms, 100ms, false};
+        limits.killAfter = 500ms;
+        m_mounter = mounter(host(), limits);
         for (int i = 0; i < 3; ++i)
             QCOMPARE(mountFailure(project(i)), u"none"_s);
         m_platform->ssh().freeze();
@@ -323,10 +332,10 @@ class TestMounter : public MounterFixture {
         QElapsedTimer timer;
         timer.start();
         unmountFailure(hosted(0).domain);
-        QVERIFY2(timer.elapsed() < 6000, qPrintable(QString::number(timer.elapsed())));
+        QVERIFY2(timer.elapsed() < 2500, qPrintable(QString::number(timer.elapsed())));
         timer.restart();
         await(m_mounter->unmountAll());
-        QVERIFY2(timer.elapsed() < 5000, qPrintable(QString::number(timer.elapsed())));
+        QVERIFY2(timer.elapsed() < 2500, qPrintable(QString::number(timer.elapsed())));
         for (std::thread& reader : readers)
             reader.join();
         verifyNothingLeft();
