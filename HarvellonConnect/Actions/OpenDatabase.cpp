@@ -2,7 +2,7 @@
 
 #include "Actions/Openers.h"
 #include "Actions/Rules/DatabaseCredentials.h"
-#include "Mounting/MountPoint.h"
+#include "Directory/PlainDomain.h"
 #include "System/Async.h"
 #include "System/Reporter.h"
 #include "System/Shell.h"

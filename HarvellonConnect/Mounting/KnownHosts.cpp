@@ -13,7 +13,7 @@ MounterError inaccessible(const QString& path, const QString& reason) {
     return MounterError(MounterError::Case::mountFailed, QStringLiteral("%1: %2").arg(path, reason));
 }
 
-/// Makes `path` and what is missing above it.
+/// Makes `path` and its missing parents, readable by the user alone.
 void makePrivateFolder(const QString& path) {
     const QFileInfo folder(path);
     if (folder.isDir())

@@ -2,6 +2,6 @@
 
 #include "System/HostSystem.h"
 
-/// Sees to it that this program's own list of host keys exists, for the user alone; the user's own list is
-/// never touched. Throws MounterError::mountFailed.
+/// Makes this program's own, private list of host keys if it is missing. Never touches the user's own list.
+/// Throws MounterError::mountFailed.
 void prepareKnownHosts(const HostSystem& host);

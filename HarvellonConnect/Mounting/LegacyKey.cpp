@@ -5,5 +5,5 @@
 void removeLegacyKeyPair(const QString& homeFolder) {
     const QString privateKey = homeFolder + QStringLiteral("/.ssh/harvellonconnect_ed25519");
     for (const QString& path : {privateKey, privateKey + QStringLiteral(".pub")})
-        QFile::remove(path); // the private key first; what is missing or protected is left alone
+        QFile::remove(path); // the private key first; a missing or protected file is no error
 }

@@ -2,6 +2,6 @@
 
 #include <QString>
 
-/// Deletes the key pair that earlier versions wrote into the user's SSH folder. Touches nothing else there,
-/// and never fails.
+/// Deletes the key pair that earlier versions wrote into the user's SSH folder. Deletes nothing else there
+/// and ignores errors.
 void removeLegacyKeyPair(const QString& homeFolder);

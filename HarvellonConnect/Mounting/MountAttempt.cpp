@@ -1,41 +1,31 @@
 #include "Mounting/MountAttempt.h"
 
 #include "Mounting/KnownHosts.h"
+#include "Mounting/MountCheck.h"
 #include "Mounting/MountOptions.h"
-#include "Mounting/MountQuestion.h"
 #include "Mounting/MounterError.h"
 #include "Mounting/SSHFSProcess.h"
 #include "Mounting/SSHFSReadiness.h"
+#include "Mounting/Unmounting.h"
 #include "System/Async.h"
 #include "System/Logging.h"
+#include "System/Native/MountTable.h"
 
 #include <QDeadlineTimer>
 
-#include <algorithm>
-
 namespace {
-constexpr std::chrono::seconds mountLimit{15};
-constexpr std::chrono::milliseconds pollingStep{150};
-constexpr std::chrono::milliseconds tableStep{20}; // a look at the mount table costs next to nothing
+constexpr std::chrono::milliseconds answerStep{150};
+constexpr std::chrono::milliseconds tableStep{20}; // reading the mount table is cheap
+constexpr std::chrono::milliseconds cancelStep{80};
 constexpr std::chrono::seconds staleLimit{2};
-// A beginning ssh takes some 80 ms of a processor; twenty at once keep the panel waiting for as long.
-constexpr std::chrono::milliseconds startStep{80};
-
-using Clock = std::chrono::steady_clock;
-
-/// When the caller may start its sshfs.
-Clock::time_point turnToStart() {
-    static Clock::time_point next;
-    const Clock::time_point turn = std::max(Clock::now(), next);
-    next = turn + startStep;
-    return turn;
-}
 } // namespace
 
-MountAttempt::MountAttempt(HostSystem host, Shell& shell, Project project)
-    : m_host(std::move(host)), m_shell(shell), m_project(std::move(project)),
-      m_process(std::make_shared<SSHFSProcess>()) {
-    m_over.start();
+MountAttempt::MountAttempt(HostSystem host, Shell& shell, Project project, MountLimits limits,
+                           std::shared_ptr<StartQueue> startQueue)
+    : m_host(std::move(host)), m_shell(shell), m_project(std::move(project)), m_mountLimit(limits.mount),
+      m_startQueue(std::move(startQueue)), m_process(std::make_shared<SSHFSProcess>()),
+      m_clearLimits(limits.unmount) {
+    m_finished.start();
 }
 
 MountAttempt::~MountAttempt() = default;
@@ -45,40 +35,50 @@ QString MountAttempt::mountPoint() const {
 }
 
 QCoro::Task<std::shared_ptr<SSHFSProcess>> MountAttempt::run(std::shared_ptr<MountAttempt> attempt) {
-    std::exception_ptr failure;
-    try {
-        co_await start(attempt);
-        co_await waitUntilMounted(attempt);
-    } catch (const MounterError&) {
-        failure = std::current_exception();
-    }
+    const std::optional<MounterError> failure = co_await failureOf(attempt);
     if (!failure)
         co_return attempt->m_process;
     const QString mountPoint = attempt->mountPoint();
     co_await clearLeftovers(attempt->m_host, attempt->m_shell, attempt->m_process, mountPoint,
-                            attempt->m_patience);
-    std::rethrow_exception(failure);
+                            attempt->m_clearLimits);
+    throw *failure;
+}
+
+QCoro::Task<std::optional<MounterError>> MountAttempt::failureOf(std::shared_ptr<MountAttempt> attempt) {
+    try {
+        co_await waitForTurn(attempt);
+        co_await start(attempt);
+        co_await waitUntilMounted(attempt);
+    } catch (const MounterError& error) {
+        co_return error;
+    }
+    co_return std::nullopt;
+}
+
+QCoro::Task<> MountAttempt::waitForTurn(std::shared_ptr<MountAttempt> attempt) {
+    using Clock = StartQueue::Clock;
+    attempt->throwIfCancelled();
+    const Clock::time_point turn = attempt->m_startQueue->nextTurn();
+    while (Clock::now() < turn) {
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(turn - Clock::now());
+        co_await Async::sleep(std::min(left, cancelStep)); // short steps, so that a cancel takes effect soon
+        attempt->throwIfCancelled();
+    }
 }
 
 QCoro::Task<> MountAttempt::start(std::shared_ptr<MountAttempt> attempt) {
-    attempt->failWhenGivenUp();
-    for (const Clock::time_point turn = turnToStart(); Clock::now() < turn;) {
-        const auto left = std::chrono::ceil<std::chrono::milliseconds>(turn - Clock::now());
-        co_await Async::sleep(std::min(left, startStep)); // who gives up is not kept waiting
-        attempt->failWhenGivenUp();
-    }
     const std::optional<QString> sshfs = sshfsPath(attempt->m_host);
     if (!sshfs)
         throw MounterError(MounterError::Case::sshfsNotFound);
 
     const QString mountPoint = attempt->mountPoint();
-    // The table tells of live, silent and dead mounts alike, and asking it waits for no server.
-    if (isListed(mountPoint)) {
+    // The kernel's mount table lists dead mounts too, and reading it never blocks on a server.
+    if (MountTable::lists(mountPoint)) {
         qCInfo(lcSSHFSMounter, "mount: stale mount at %s, forcing unmount", qUtf8Printable(mountPoint));
         co_await forceUnmount(attempt->m_host, attempt->m_shell, mountPoint, staleLimit);
-        if (isListed(mountPoint))
+        if (MountTable::lists(mountPoint))
             throw MounterError(MounterError::Case::mountPointOccupied, mountPoint);
-        attempt->failWhenGivenUp();
+        attempt->throwIfCancelled();
     }
     attempt->m_folder.emplace(mountPoint);
     attempt->m_coversFiles = attempt->m_folder->holdsFiles();
@@ -91,11 +91,11 @@ QCoro::Task<> MountAttempt::waitUntilMounted(std::shared_ptr<MountAttempt> attem
     const QString domain = attempt->m_project.domain;
     const QString mountPoint = attempt->mountPoint();
     const SSHFSProcess& process = *attempt->m_process;
-    const QDeadlineTimer deadline(mountLimit);
-    MountQuestion question(mountPoint);
+    const QDeadlineTimer deadline(attempt->m_mountLimit);
+    MountCheck check(mountPoint);
     bool mounted = false;
     for (;;) {
-        attempt->failWhenGivenUp();
+        attempt->throwIfCancelled();
         if (deadline.hasExpired()) {
             qCInfo(lcSSHFSMounter, "mount: timeout for %s", qUtf8Printable(domain));
             throw MounterError(MounterError::Case::mountTimeout);
@@ -107,28 +107,27 @@ QCoro::Task<> MountAttempt::waitUntilMounted(std::shared_ptr<MountAttempt> attem
         if (mounted)
             co_return;
 
-        if (!isListed(mountPoint)) { // nobody there to be asked
+        if (!MountTable::lists(mountPoint)) { // the check would only look at the local folder
             co_await Async::sleep(tableStep);
             continue;
         }
         attempt->m_folder->seal();
-        // The server's answer ends the pause early.
-        const std::optional<bool> answer = co_await question.answer(pollingStep);
+        const std::optional<bool> answer = co_await check.isMounted(answerStep);
         mounted = answer.value_or(false);
-        if (answer && !mounted)
-            co_await Async::sleep(pollingStep);
+        if (answer && !mounted) // sshfs has just ended, or the mount is not in place yet
+            co_await Async::sleep(answerStep);
     }
 }
 
-void MountAttempt::failWhenGivenUp() const {
-    if (m_givenUp)
+void MountAttempt::throwIfCancelled() const {
+    if (m_cancelled)
         throw MounterError(MounterError::Case::mountFailed, QStringLiteral("Der Vorgang wurde abgebrochen."));
 }
 
-void MountAttempt::giveUp(Patience patience) {
-    m_givenUp = true;
-    m_patience = patience;
-    m_process->hangUp();
+void MountAttempt::cancel(UnmountLimits limits) {
+    m_cancelled = true;
+    m_clearLimits = limits;
+    m_process->terminate();
 }
 
 void MountAttempt::kill() {

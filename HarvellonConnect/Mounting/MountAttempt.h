@@ -1,8 +1,9 @@
 #pragma once
 
 #include "Directory/Project.h"
-#include "Mounting/MountPoint.h"
-#include "Mounting/Unmounting.h"
+#include "Mounting/MountLimits.h"
+#include "Mounting/MountPointFolder.h"
+#include "Mounting/MounterError.h"
 #include "System/HostSystem.h"
 #include "System/Shell.h"
 
@@ -11,56 +12,86 @@
 #include <QPromise>
 #include <QString>
 
+#include <algorithm>
+#include <chrono>
 #include <memory>
 #include <optional>
 
 class SSHFSProcess;
 
-/// One try to mount a project's tree.
+/// Spreads the starts of sshfs over time, one per interval. Main thread.
+class StartQueue {
+  public:
+    using Clock = std::chrono::steady_clock;
+
+    explicit StartQueue(std::chrono::milliseconds interval) : m_interval(interval) {}
+
+    /// The time at which the caller may start its sshfs; later callers get later times.
+    [[nodiscard]] Clock::time_point nextTurn() {
+        const Clock::time_point turn = std::max(Clock::now(), m_nextTurn);
+        m_nextTurn = turn + m_interval;
+        return turn;
+    }
+
+  private:
+    const std::chrono::milliseconds m_interval;
+    Clock::time_point m_nextTurn;
+};
+
+/// One attempt to mount a project's tree.
 ///
-///     stale mount forced off ──▶ folder and host key list ──▶ sshfs started ──▶ server answered: done
-///                                                                 │
-///                                                                 └─ refused, given up, 15 s: all cleared
+///     waitForTurn ──▶ start ──────────────────────────▶ waitUntilMounted ──▶ server has answered: mounted
+///                     stale mount forced off,              │
+///                     folder and host key list prepared,   └─ refused, cancelled, 15 s: all cleared
+///                     sshfs started
 ///
+/// Each of the three steps throws MounterError when it fails; `run` then removes what the attempt has begun.
 /// Main thread.
 class MountAttempt {
   public:
     /// `shell` must outlive this.
-    MountAttempt(HostSystem host, Shell& shell, Project project);
+    MountAttempt(HostSystem host, Shell& shell, Project project, MountLimits limits,
+                 std::shared_ptr<StartQueue> startQueue);
     ~MountAttempt();
     Q_DISABLE_COPY_MOVE(MountAttempt)
 
-    /// Makes the try and yields the sshfs of a mount whose server has answered. Throws MounterError, when
-    /// nothing is left of what was begun.
+    /// Mounts, and yields the running sshfs when the server has answered. Throws MounterError after
+    /// everything that was begun has been cleared. Call it once.
     static QCoro::Task<std::shared_ptr<SSHFSProcess>> run(std::shared_ptr<MountAttempt> attempt);
 
-    /// Lets the try fail soon.
-    void giveUp(Patience patience);
-    /// The last resort where giving up takes too long.
+    /// Makes `run` fail soon. `limits` are those of the clean-up.
+    void cancel(UnmountLimits limits);
+    /// Kills sshfs, for an attempt whose clean-up takes too long.
     void kill();
 
-    /// Finished when `close` was called: the try is over and its outcome known to the mounter.
-    [[nodiscard]] QFuture<void> over() const { return m_over.future(); }
+    /// Finished after `markFinished`, which the mounter calls when it has recorded the outcome.
+    [[nodiscard]] QFuture<void> finished() const { return m_finished.future(); }
 
-    void close() { m_over.finish(); }
+    void markFinished() { m_finished.finish(); }
 
     [[nodiscard]] QString mountPoint() const;
 
-    /// Whether local files lie where the tree is mounted.
+    [[nodiscard]] const QString& domain() const { return m_project.domain; }
+
+    /// Whether the mount hides local files. Known when `run` has ended.
     [[nodiscard]] bool coversFiles() const { return m_coversFiles; }
 
   private:
+    static QCoro::Task<std::optional<MounterError>> failureOf(std::shared_ptr<MountAttempt> attempt);
+    static QCoro::Task<> waitForTurn(std::shared_ptr<MountAttempt> attempt);
     static QCoro::Task<> start(std::shared_ptr<MountAttempt> attempt);
     static QCoro::Task<> waitUntilMounted(std::shared_ptr<MountAttempt> attempt);
-    void failWhenGivenUp() const;
+    void throwIfCancelled() const;
 
     const HostSystem m_host;
     Shell& m_shell;
     const Project m_project;
-    std::shared_ptr<SSHFSProcess> m_process;
-    Patience m_patience = usualPatience;
-    bool m_givenUp = false;
+    const std::chrono::milliseconds m_mountLimit;
+    const std::shared_ptr<StartQueue> m_startQueue;
+    const std::shared_ptr<SSHFSProcess> m_process;
+    UnmountLimits m_clearLimits;
+    bool m_cancelled = false;
     bool m_coversFiles = false;
-    std::optional<MountPointFolder> m_folder; ///< from the moment it is needed
-    QPromise<void> m_over;
+    std::optional<MountPointFolder> m_folder; ///< set by `start`
+    QPromise<void> m_finished;
 };

@@ -3,9 +3,9 @@
 #include <algorithm>
 
 namespace {
-constexpr qsizetype longestName = 200; // beyond a few thousand characters the kernel refuses the mount
+constexpr qsizetype longestName = 200; // the kernel refuses an option string of a few thousand characters
 
-/// A path as ssh reads it from one of its options: blanks separate there, and a percent sign begins a token.
+/// A path quoted for an option of ssh, where a blank separates values and a percent sign starts a token.
 QString sshPath(const QString& path) {
     QString text = path;
     text.replace(QLatin1Char('%'), QStringLiteral("%%"));
@@ -19,7 +19,7 @@ QString sshPath(const QString& path) {
     return QLatin1Char('"') + text + QLatin1Char('"');
 }
 
-/// A zero would end the option text there and then.
+/// A NUL character would truncate the option string.
 QString withoutControls(QString text) {
     std::replace_if(
         text.begin(), text.end(),

@@ -6,11 +6,11 @@
 #include <QString>
 #include <QStringList>
 
-/// A value as it stands in sshfs's option text, where a comma would begin another option.
+/// `value` escaped for sshfs's option string, where a plain comma would start another option.
 QString optionValue(const QString& value);
 
-/// The option text for a project's mount.
+/// The option string for a project's mount.
 QString mountOptions(const HostSystem& host, const Project& project);
 
-/// All arguments for sshfs, which stays in the foreground.
+/// All arguments for sshfs, which is told to stay in the foreground.
 QStringList sshfsArguments(const HostSystem& host, const Project& project, const QString& mountPoint);

@@ -1,9 +1,9 @@
 #include "Mounting/MounterError.h"
 
-MounterError MounterError::fromSSHFS(const QString& errors, const QString& host) {
+MounterError MounterError::fromSSHFS(const QString& errors, const QString& server) {
     for (const char* sign : {"permission denied", "publickey", "authentication failed"}) {
         if (errors.contains(QLatin1String(sign), Qt::CaseInsensitive))
-            return MounterError(Case::authenticationFailed, host);
+            return MounterError(Case::authenticationFailed, server);
     }
     return MounterError(Case::mountFailed,
                         errors.isEmpty() ? QStringLiteral("sshfs beendet ohne Mount") : errors);

@@ -16,11 +16,11 @@ class MounterError : public Failure {
         mountTimeout
     };
 
-    /// `text`: the path, the reason or the host that the case speaks of.
+    /// `text`: the path (mountPointOccupied), the server's name (authenticationFailed) or the reason.
     explicit MounterError(Case error, QString text = {}) : m_case(error), m_text(std::move(text)) {}
 
-    /// The failure of an sshfs that ended by itself after writing `errors`, trimmed, to standard error.
-    static MounterError fromSSHFS(const QString& errors, const QString& host);
+    /// The error for an sshfs that ended by itself; `errors` is its standard error, trimmed.
+    static MounterError fromSSHFS(const QString& errors, const QString& server);
 
     [[nodiscard]] Case error() const { return m_case; }
 

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "Directory/Project.h"
+#include "Mounting/MountLimits.h"
 #include "Mounting/MounterError.h"
-#include "Mounting/Unmounting.h"
 #include "System/HostSystem.h"
 #include "System/Shell.h"
 
@@ -11,6 +11,7 @@
 #include <QFuture>
 #include <QHash>
 #include <QObject>
+#include <QPointer>
 #include <QSet>
 #include <QString>
 
@@ -20,6 +21,7 @@
 
 class MountAttempt;
 class SSHFSProcess;
+class StartQueue;
 
 /// One live mount.
 struct MountSession {
@@ -27,84 +29,95 @@ struct MountSession {
     QString mountPoint; ///< absolute path of the local folder
     std::shared_ptr<SSHFSProcess> process;
     QDateTime startedAt;      ///< when the server had answered
-    bool coversFiles = false; ///< local files lie in the folder, out of sight while the mount stands
+    bool coversFiles = false; ///< the mount hides local files that lie in the folder
 };
 
 /// Mounts project trees with one long-lived sshfs each, and takes them down again.
 ///
-///     not mounted ──mount()──▶ mounting ──server answered──▶ mounted ──unmount()──▶ not mounted
-///                                 │                             │
-///                                 └─ refused, 15 s: not mounted └─ sshfs ended by itself:
-///                                                                  onUnexpectedTermination
+///     mount() ──▶ MountInProgress ──server has answered──▶ session
+///                    └─ refused, cancelled, 15 s: not mounted
 ///
-/// A mount counts only when the server has answered. No question is put to a mounted folder on the main
-/// thread, and whoever may hang in such a question is freed before the mounter lets go of the mount: sshfs is
-/// killed where it does not end by itself. Of a domain there is at any time one mount under way, one session
-/// or one end; whoever comes meanwhile waits for it or is refused. Main thread.
+///     session ──unmount()──▶ UnmountInProgress ──▶ sshfs ended, or kept until files are closed: not mounted
+///        └─ sshfs ended by itself: not mounted, onUnexpectedTermination
+///
+/// A mount counts only when the server has answered. The main thread never accesses a mounted folder. A
+/// process that hangs in such an access is freed before the mounter forgets the mount, because an sshfs that
+/// does not end is killed. A domain has at most one mount in progress, one session or one unmount in progress
+/// at a time; a second caller waits for it or is refused. Main thread.
 class SSHFSMounter : public QObject {
     Q_OBJECT
 
   public:
     /// `shell` must outlive this.
-    SSHFSMounter(HostSystem host, Shell& shell, QObject* parent = nullptr);
-    /// Gives up mounts under way. Mounts that stand are left standing.
+    SSHFSMounter(HostSystem host, Shell& shell, MountLimits limits = {}, QObject* parent = nullptr);
+    /// Cancels mounts in progress and leaves finished ones mounted.
     ~SSHFSMounter() override;
 
-    /// The mounts that this program started and still owns, by domain.
+    /// The mounts of this mounter, by domain.
     [[nodiscard]] const QHash<QString, MountSession>& sessions() const { return m_sessions; }
 
     [[nodiscard]] QSet<QString> connectedDomains() const;
-    /// Where `domain` is mounted; asks the table of sessions, not the file system.
+    /// Where `domain` is mounted. Reads `sessions`, not the file system.
     [[nodiscard]] std::optional<QString> mountPoint(const QString& domain) const;
 
-    /// Whether nothing is mounted, under way or in use.
+    /// Whether nothing is mounted, in progress or kept until files are closed.
     [[nodiscard]] bool isIdle() const {
-        return m_sessions.isEmpty() && m_attempts.isEmpty() && m_endings.isEmpty() && m_spared.isEmpty();
+        return m_sessions.isEmpty() && m_attempts.isEmpty() && m_unmounts.isEmpty() &&
+               m_keptUntilClosed.isEmpty();
     }
 
-    /// Whether a mount of `domain` is under way.
+    /// Whether a mount of `domain` is in progress.
     [[nodiscard]] bool isMounting(const QString& domain) const { return m_attempts.contains(domain); }
 
-    /// Called when an sshfs ended that `unmount` did not take down, after its session is gone.
+    /// Called when an sshfs has ended without `unmount`, after its session was removed.
     std::function<void(QString domain, qint32 exitCode)> onUnexpectedTermination;
 
-    /// Mounts the project's tree at <mount root>/<domain>. Takes at most 15 seconds plus the clean-up; of
-    /// many at once each begins a moment after the one before. A domain that is mounted yields its session;
-    /// one that is being mounted is refused. Throws MounterError; of what was begun nothing is left then.
+    /// Mounts the project's tree at <mount root>/<domain>. From the start of sshfs this takes at most 15
+    /// seconds plus the clean-up; simultaneous mounts start one after the other. Yields the existing session
+    /// of a mounted domain, and refuses a domain whose mount is in progress. Throws MounterError after
+    /// everything that was begun has been cleared.
     QCoro::Task<MountSession> mount(Project project);
 
-    /// Takes the mount of `domain` down: gently first, and in any case. A mount under way is given up.
-    /// Without either nothing happens. Yields whether files are still in use: whoever has them open goes on
-    /// with them, and sshfs ends when the last one is closed. Throws MounterError::unmountFailed when every
-    /// command failed; the session is gone even then.
+    /// Unmounts `domain`, gently first and then by force, or cancels its mount in progress. Does nothing when
+    /// there is neither. Yields whether files are still in use: they stay usable, and sshfs ends when the
+    /// last one is closed. Throws MounterError::unmountFailed when every command failed; the session is
+    /// removed even then.
     QCoro::Task<bool> unmount(QString domain);
 
-    /// The domains that a program which was killed has left mounted.
+    /// The domains that an earlier, killed run of the program has left mounted.
     [[nodiscard]] QStringList leftBehind() const;
-    /// Takes such a mount down, gently: one that somebody works in stays. Yields whether it is gone. Never
-    /// throws.
+    /// Unmounts such a domain without force, so that a mount in use stays. Yields whether it is unmounted.
+    /// Never throws.
     QCoro::Task<bool> clearLeftBehind(QString domain);
 
-    /// Ends every mount, those under way and those still in use included, all at once. Never throws; done
-    /// within five seconds even where servers are silent.
+    /// Ends every mount at the same time, including those in progress and those whose files are in use. Never
+    /// throws. Takes at most five seconds, even when servers are silent.
     QCoro::Task<> unmountAll();
 
   private:
-    class Ending;
+    class MountInProgress;
+    class UnmountInProgress;
 
-    QCoro::Task<bool> end(QString domain, Patience patience);
-    QCoro::Task<> endQuietly(QString domain, Patience patience);
-    QCoro::Task<bool> takeDown(MountSession session, Patience patience);
-    QCoro::Task<> clearInBackground(MountSession session);
-    void processEnded(const QString& domain, qint32 exitCode);
-    void spare(const std::shared_ptr<SSHFSProcess>& process);
+    void refuseUnlessMountable(const Project& project) const;
+    void addSession(const MountSession& session);
+    QCoro::Task<bool> unmountWithin(QString domain, UnmountLimits limits);
+    QCoro::Task<> unmountQuietly(QString domain, UnmountLimits limits);
+    QCoro::Task<bool> takeDown(MountSession session, UnmountLimits limits);
+    static QCoro::Task<bool> endProcess(QPointer<SSHFSMounter> mounter, HostSystem host, Shell& shell,
+                                        MountSession session, UnmountLimits limits, bool mayKeep);
+    void keepUntilClosed(const std::shared_ptr<SSHFSProcess>& process);
+    void handleUnexpectedEnd(const QString& domain, qint32 exitCode);
+    QCoro::Task<> clearDeadMount(MountSession session);
+    [[nodiscard]] std::optional<QFuture<void>> unmountOf(const QString& domain) const;
     void killAll();
 
     const HostSystem m_host;
     Shell& m_shell;
+    const MountLimits m_limits;
+    const std::shared_ptr<StartQueue> m_startQueue; ///< shared with attempts, which may outlive the mounter
     QHash<QString, MountSession> m_sessions;
     QHash<QString, std::shared_ptr<MountAttempt>> m_attempts;
-    QHash<QString, QFuture<void>> m_endings;       ///< mounts being taken down
-    QList<std::shared_ptr<SSHFSProcess>> m_spared; ///< unmounted, but somebody still has files open
-    int m_closing = 0;                             ///< calls of unmountAll under way
+    QHash<QString, QFuture<void>> m_unmounts;               ///< in progress
+    QList<std::shared_ptr<SSHFSProcess>> m_keptUntilClosed; ///< unmounted, but files are still open
+    int m_closing = 0;                                      ///< calls of unmountAll in progress
 };

@@ -12,9 +12,9 @@
 #include <chrono>
 #include <memory>
 
-/// One sshfs in the foreground, with the ssh that it starts: both in a session of their own, so that a key
-/// press in a terminal does not reach them and neither is left behind. Destroying this neither waits for
-/// sshfs nor ends it. Main thread.
+/// One sshfs in the foreground, with the ssh that it starts. Both run in a session of their own: Ctrl+C in a
+/// terminal does not reach them, and both can be killed together. Destroying this object leaves sshfs running
+/// and does not wait for it. Main thread.
 class SSHFSProcess : public QObject {
     Q_OBJECT
 
@@ -22,36 +22,37 @@ class SSHFSProcess : public QObject {
     SSHFSProcess();
     ~SSHFSProcess() override;
 
-    /// Starts it, once. Where that fails it soon runs no more and `startFailure` says why.
+    /// Starts sshfs; call it once. If that fails, `end` finishes and `startFailure` has the reason.
     void start(const QString& executable, const QStringList& arguments);
 
     [[nodiscard]] bool isRunning() const { return m_process->state() != QProcess::NotRunning; }
 
-    /// Finished when it has ended, or could not be started.
+    /// Finished when sshfs has ended or could not be started.
     [[nodiscard]] QFuture<void> end() const { return m_end.future(); }
 
+    /// Empty unless sshfs could not be started.
     [[nodiscard]] QString startFailure() const { return m_startFailure; }
 
-    /// The end of what it wrote to standard error, trimmed; empty when it is not valid UTF-8.
+    /// The last 8 KiB of standard error, trimmed; empty when they are not valid UTF-8.
     [[nodiscard]] QString errorText() const;
 
-    /// Asks it to end.
-    void hangUp();
-    /// Kills it and its ssh. Nothing less frees whoever waits for an answer of a silent server.
+    /// Sends SIGTERM to sshfs, which unmounts and ends.
+    void terminate();
+    /// Sends SIGKILL to sshfs and its ssh. Only this frees a process that waits for a silent server.
     void kill();
-    /// Asks it to end and kills it where it has not ended after `grace`. Yields when it has ended, or after a
-    /// few seconds where not even that helps.
-    static QCoro::Task<> terminate(std::shared_ptr<SSHFSProcess> process, std::chrono::milliseconds grace);
+    /// Terminates sshfs, and kills it if it is still running after `grace`. Returns when it has ended, or one
+    /// second after the kill at the latest.
+    static QCoro::Task<> stop(std::shared_ptr<SSHFSProcess> process, std::chrono::milliseconds grace);
 
   Q_SIGNALS:
     void ended(qint32 exitCode);
 
   private:
-    void drain();
+    void readErrors();
 
-    QProcess* m_process; ///< not a child object: deletes itself after its end
+    QProcess* m_process; ///< no child object: it deletes itself when sshfs has ended
     QPromise<void> m_end;
-    qint64 m_group = 0;
+    qint64 m_group = 0; ///< the process group, which is the process id of sshfs
     QString m_startFailure;
     QByteArray m_errors;
 };

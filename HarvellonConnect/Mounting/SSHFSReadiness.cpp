@@ -3,7 +3,7 @@
 #include <QFileInfo>
 
 namespace {
-constexpr std::chrono::seconds probeLimit{10}; // it prints one line; a loader that hangs is broken too
+constexpr std::chrono::seconds probeLimit{10}; // it prints a few lines; a loader that hangs counts as broken
 }
 
 std::optional<QString> sshfsPath(const HostSystem& host) {
@@ -17,7 +17,7 @@ std::optional<QString> sshfsPath(const HostSystem& host) {
 
 SSHFSReadiness classifyProbe(const QString& probe) {
     using State = SSHFSReadiness::State;
-    // The healthy marks first: a working sshfs may mention its loader too.
+    // The version is tested first, because a working sshfs may print a message of its loader too.
     if (probe.contains(QLatin1String("SSHFS version")) ||
         probe.contains(QLatin1String("FUSE library version")))
         return {State::ready, {}};

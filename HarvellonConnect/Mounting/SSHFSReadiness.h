@@ -8,11 +8,11 @@
 
 #include <optional>
 
-/// What the sshfs probe found out. Advisory: it changes no mount.
+/// The result of `diagnoseSSHFS`. It is a hint for the user and does not affect any mount.
 struct SSHFSReadiness {
     enum class State { ready, notInstalled, notStarting };
     State state = State::ready;
-    QString detail; ///< of notStarting: the reason in German
+    QString detail; ///< the reason, in German; only for notStarting
 
     bool operator==(const SSHFSReadiness&) const = default;
 };
@@ -20,7 +20,7 @@ struct SSHFSReadiness {
 /// The first of the host's candidate paths that is an executable file.
 std::optional<QString> sshfsPath(const HostSystem& host);
 
-/// What the output of `sshfs --version` (standard output, then standard error) says.
+/// The state that the output of `sshfs --version` (standard output, then standard error) shows.
 SSHFSReadiness classifyProbe(const QString& probe);
 
 /// Finds sshfs and starts it once with `--version`. Never throws. Main thread.

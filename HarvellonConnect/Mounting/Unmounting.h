@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Mounting/MountLimits.h"
 #include "System/HostSystem.h"
 #include "System/Shell.h"
 
@@ -12,33 +13,29 @@
 
 class SSHFSProcess;
 
-/// How long each step of taking a mount down may take.
-struct Patience {
-    std::chrono::milliseconds command; ///< for one unmount command
-    std::chrono::milliseconds grace;   ///< for sshfs to end politely
-    bool sparesOpenFiles;              ///< whether files in use may keep sshfs alive
-};
+// The steps of unmounting. They keep no state and need no mounter; `shell` must outlive each call. None of
+// them throws. Main thread.
 
 struct UnmountOutcome {
-    std::optional<QString> complaint; ///< what the last command said, when none succeeded
-    bool inUse = false; ///< files are open, the server answers, and the mount has gone out of sight only
+    /// What the last command printed, when none succeeded.
+    std::optional<QString> complaint;
+    /// The mount was only detached: files are open, and the server answers.
+    bool inUse = false;
 };
 
-/// A gentle unmount writes what is cached, which takes a moment; a silent server never lets it end.
-inline constexpr Patience usualPatience{std::chrono::seconds(3), std::chrono::seconds(1), true};
-/// All of it fits into the five seconds that the end of the program may take.
-inline constexpr Patience hastyPatience{std::chrono::milliseconds(700), std::chrono::milliseconds(300),
-                                        false};
-
-/// Tries the unmount commands in order until one succeeds. `shell` must outlive this, as in what follows.
+/// Tries the unmount commands in order until one succeeds.
 QCoro::Task<UnmountOutcome> unmountByCommands(HostSystem host, Shell& shell, QString mountPoint,
-                                              std::chrono::milliseconds limit);
+                                              UnmountLimits limits);
 
-/// Takes off whatever is mounted there; how that went, only the mount table tells.
+/// Forces off whatever is mounted there. The mount table tells whether that worked.
 QCoro::Task<> forceUnmount(HostSystem host, Shell& shell, QString mountPoint,
                            std::chrono::milliseconds limit);
 
-/// Ends sshfs in any case, which frees whoever waits for its answer, and clears a mount that it leaves
-/// behind.
+/// Whether sshfs is still running after `grace`: after a detaching unmount it ends when the last open file is
+/// closed.
+QCoro::Task<bool> servesOpenFiles(std::shared_ptr<SSHFSProcess> process, std::chrono::milliseconds grace);
+
+/// Ends sshfs, with SIGKILL if necessary, which frees every process that waits for its answer. Then forces
+/// off the mount when it is still listed.
 QCoro::Task<> clearLeftovers(HostSystem host, Shell& shell, std::shared_ptr<SSHFSProcess> process,
-                             QString mountPoint, Patience patience);
+                             QString mountPoint, UnmountLimits limits);

@@ -1,6 +1,7 @@
 #include "State/Connections.h"
 
 #include "Actions/OpenFolder.h"
+#include "Mounting/SSHFSGuidance.h"
 #include "Mounting/SSHFSMounter.h"
 #include "Mounting/SSHFSReadiness.h"
 
@@ -62,12 +63,12 @@ QCoro::Task<Ending> Connections::mount(Project project) {
     const SSHFSReadiness readiness = co_await diagnoseSSHFS(m_host, m_shell);
     switch (readiness.state) {
     case SSHFSReadiness::State::notInstalled:
-        m_showGuidance(m_host.setupGuidance);
+        m_showGuidance(setupGuidance(m_host));
         throw EndedEarly(
             QStringLiteral("sshfs nicht installiert. FUSE-T und sshfs müssen einmalig eingerichtet werden."),
             QStringLiteral("sshfs ist nicht installiert."));
     case SSHFSReadiness::State::notStarting:
-        m_showGuidance(m_host.repairGuidance);
+        m_showGuidance(repairGuidance(m_host));
         throw EndedEarly(QStringLiteral("sshfs ist installiert, startet aber nicht: ") + readiness.detail,
                          QStringLiteral("sshfs-Installation defekt."));
     case SSHFSReadiness::State::ready:

@@ -40,6 +40,6 @@ void GuidanceQuestion::answer(int button) {
     case GuidanceButton::Action::none:
         break;
     }
-    if (!pressed.told.isEmpty())
-        m_context.report.log(pressed.told, ActivityLogLevel::info);
+    if (!pressed.logLine.isEmpty())
+        m_context.report.log(pressed.logLine, ActivityLogLevel::info);
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "System/Guidance.h"
+#include "Mounting/SSHFSGuidance.h"
 
 #include <QObject>
 #include <QString>

@@ -15,6 +15,7 @@ HostSystem HostSystem::macOS(const QString& homeFolder) {
     host.privateFolder = homeFolder + QStringLiteral("/Library/Application Support/HarvellonConnect");
     host.temporaryFolder = QDir::tempPath();
     host.sshfsCandidates = sshfsPaths;
+    host.sshfsSource = SSHFSSource::fuseT;
     host.platformMountOptions = {QStringLiteral("defer_permissions"), QStringLiteral("noappledouble")};
     host.volumeNameOption = QStringLiteral("volname");
     const QString umount = QStringLiteral("/sbin/umount");
@@ -35,13 +36,12 @@ HostSystem HostSystem::macOS(const QString& homeFolder) {
         QStringLiteral("/usr/bin/osascript"),
         {QStringLiteral("-e"),
          QStringLiteral("tell application \"Google Chrome\" to get URL of active tab of front window")}};
-    host.setupGuidance = setupGuidanceMacOS();
-    host.repairGuidance = repairGuidanceMacOS();
     return host;
 }
 
 HostSystem HostSystem::linuxDesktop(const QString& homeFolder, const QString& osRelease) {
     HostSystem host;
+    host.osRelease = osRelease;
     host.homeFolder = homeFolder;
     host.privateFolder = homeFolder + QStringLiteral("/.local/share/HarvellonConnect");
     host.autostartFile =
@@ -61,7 +61,5 @@ HostSystem HostSystem::linuxDesktop(const QString& homeFolder, const QString& os
                             QStringLiteral("/var/lib/flatpak/exports/bin/com.visualstudio.code"),
                             QStringLiteral("/usr/bin/code-insiders"), QStringLiteral("/usr/bin/codium")};
     host.ssh = sshClient;
-    host.setupGuidance = setupGuidanceLinux(osRelease);
-    host.repairGuidance = repairGuidanceLinux(osRelease);
     return host;
 }

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "System/Guidance.h"
-
 #include <QList>
 #include <QString>
 #include <QStringList>
@@ -19,6 +17,9 @@ struct ExternalCommand {
     bool operator==(const ExternalCommand&) const = default;
 };
 
+/// How a user of the desktop installs sshfs.
+enum class SSHFSSource { fuseT, systemPackage };
+
 /// What differs between the two desktops, as values. Both are made and tested everywhere; code asks this
 /// record and never the preprocessor.
 struct HostSystem {
@@ -30,12 +31,14 @@ struct HostSystem {
     bool statusItemHasMenu = true; ///< otherwise every click is for the panel
     bool usesKeyring = true;       ///< otherwise secrets are kept in a file of the private folder
 
+    SSHFSSource sshfsSource = SSHFSSource::systemPackage;
+    QString osRelease; ///< the text of /etc/os-release, which names the distribution; empty on macOS
     QStringList sshfsCandidates;            ///< in order of preference
     QStringList platformMountOptions;       ///< options that only this desktop's sshfs knows
     QString volumeNameOption;               ///< the option that carries the volume's name
     QList<ExternalCommand> unmountCommands; ///< gentle first; the mount point follows the arguments
-    ExternalCommand forcedUnmount;          ///< for a stale mount
-    bool forcedUnmountDetaches = false;     ///< who has files open goes on with them
+    ExternalCommand forcedUnmount;          ///< for a stale mount, and the last of `unmountCommands`
+    bool forcedUnmountDetaches = false;     ///< files that are open stay usable after it
 
     ExternalCommand opener;       ///< opens an address or a folder with the user's own program
     ExternalCommand handlerQuery; ///< prints who opens a type of address; empty where ssh has a handler
@@ -46,8 +49,6 @@ struct HostSystem {
     QString ssh;                  ///< the user's own client
     ExternalCommand browserQuery; ///< prints the address of the browser's active tab
     ExternalCommand terminal;     ///< opens an empty terminal window; empty when one has to be looked for
-    Guidance setupGuidance;       ///< sshfs is missing
-    Guidance repairGuidance;      ///< sshfs does not start
 
     [[nodiscard]] QString mountRoot() const { return homeFolder + QStringLiteral("/Harvellon"); }
 

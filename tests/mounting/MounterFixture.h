@@ -68,6 +68,20 @@ class MounterFixture : public QObject {
         return host;
     }
 
+    /// Long enough for a busy machine, short where a test waits for a limit to pass.
+    static MountLimits limits() {
+        MountLimits limits;
+        using std::chrono::milliseconds;
+        limits.startInterval = milliseconds(40);
+        limits.unmount = {milliseconds(600), milliseconds(600), milliseconds(200), true};
+        return limits;
+    }
+
+    [[nodiscard]] std::unique_ptr<SSHFSMounter>
+    mounter(const HostSystem& host, const MountLimits& limits = MounterFixture::limits()) {
+        return std::make_unique<SSHFSMounter>(host, *m_shell, limits);
+    }
+
     static void writeScript(const QString& path, const QByteArray& text) {
         QFile script(path);
         QVERIFY(script.open(QIODevice::WriteOnly) &&
@@ -120,7 +134,7 @@ class MounterFixture : public QObject {
     void init() {
         m_home = std::make_unique<QTemporaryDir>(QDir::tempPath() + QStringLiteral("/mounter home XXXXXX"));
         m_shell = std::make_unique<ScriptedShell>();
-        m_mounter = std::make_unique<SSHFSMounter>(host(), *m_shell);
+        m_mounter = mounter(host());
     }
 
     void cleanup() {

@@ -1,6 +1,5 @@
 #include "MounterFixture.h"
 
-#include "Mounting/MountPoint.h"
 #include "Mounting/SSHFSProcess.h"
 
 #include <QElapsedTimer>
@@ -100,7 +99,7 @@ class TestMounter : public MounterFixture {
         HostSystem host = this->host();
         host.sshfsCandidates = {QDir(m_home->path()).absoluteFilePath(sshfs)};
         host.privateFolder = privateFolder.isEmpty() ? QString() : m_home->filePath(privateFolder);
-        m_mounter = std::make_unique<SSHFSMounter>(host, *m_shell);
+        m_mounter = mounter(host);
         const QString told = mountFailure(project(0));
         QVERIFY2(told.endsWith(failure), qPrintable(told));
     }
@@ -124,7 +123,7 @@ class TestMounter : public MounterFixture {
         }
         QCOMPARE(mountFailure(project(0)), u"none"_s);
         const QList<pid_t> former = processesWith(u"ssh4711@"_s);
-        m_mounter = std::make_unique<SSHFSMounter>(host, *m_shell); // the former one ends without a word
+        m_mounter = mounter(host); // the former one ends without a word
         QVERIFY(MountTable::lists(mountPoint(0)));
         for (const pid_t pid : former)
             ::kill(pid, signal);
@@ -135,9 +134,9 @@ class TestMounter : public MounterFixture {
     }
 
     void leftoversAreSoughtBelowTheRootAlone() {
-        QCOMPARE(mountedBelow(m_home->filePath(u"Harvellon"_s)), QStringList()); // not there yet
+        QCOMPARE(MountTable::mountedBelow(m_home->filePath(u"Harvellon"_s)), QStringList()); // not there yet
         QCOMPARE(mountFailure(project(0)), u"none"_s);
-        QCOMPARE(mountedBelow(m_home->filePath(u"Harvellon"_s)), QStringList{hosted(0).domain});
+        QCOMPARE(MountTable::mountedBelow(m_home->filePath(u"Harvellon"_s)), QStringList{hosted(0).domain});
     }
 
     void folderWithoutItsMountTakesNothing() {
@@ -222,7 +221,7 @@ class TestMounter : public MounterFixture {
         mac.sshfsCandidates = {u"/usr/bin/sshfs"_s};
         mac.platformMountOptions.clear(); // this sshfs would refuse them
         mac.volumeNameOption = u"fsname"_s;
-        SSHFSMounter mounter(mac, *m_shell);
+        SSHFSMounter mounter(mac, *m_shell, limits());
         m_shell->answers = {{u"/usr/sbin/diskutil"_s, {1, {}, u"busy\n"_s}},
                             {u"/sbin/umount /"_s, {1, {}, {}}},
                             {u"/sbin/umount -f"_s, {1, {}, u" forced\n"_s}}};
@@ -236,12 +235,17 @@ class TestMounter : public MounterFixture {
         QVERIFY(mounter.sessions().isEmpty());
     }
 
-    void silentServerEndsTheMountAfterFifteenSeconds() {
+    void silentServerEndsTheMountAfterTheLimit() {
+        QCOMPARE(MountLimits().mount, 15s);
+        MountLimits limits = this->limits();
+        limits.mount = 300ms;
+        m_mounter = mounter(host(), limits);
         m_platform->ssh().freeze();
         QElapsedTimer timer;
         timer.start();
         QCOMPARE(mountFailure(project(0)), MounterError(MounterError::Case::mountTimeout).description());
-        QVERIFY(timer.elapsed() >= 15000 && timer.elapsed() < 19000);
+        QVERIFY2(timer.elapsed() >= 300 && timer.elapsed() < 4000,
+                 qPrintable(QString::number(timer.elapsed())));
         verifyNothingLeft(); // with the server still silent
     }
 
@@ -259,29 +263,29 @@ class TestMounter : public MounterFixture {
         QCOMPARE(processesWith(mountPoint(0)).size(), 1);
     }
 
-    void mountUnderWayCanBeGivenUp_data() {
+    void mountUnderWayCanBeCancelled_data() {
         QTest::addColumn<int>("way");
         QTest::newRow("unmount") << 0;
         QTest::newRow("end of the program") << 1;
         QTest::newRow("end of the mounter") << 2;
     }
 
-    void mountUnderWayCanBeGivenUp() {
+    void mountUnderWayCanBeCancelled() {
         QFETCH(int, way);
         m_platform->ssh().freeze();
         auto mounting = m_mounter->mount(project(0));
-        QTest::qWait(300);
+        QTRY_COMPARE(blockedThreads(), 1); // the check of the mount waits for the server
         if (way == 0)
             QCOMPARE(unmountFailure(hosted(0).domain), u"none"_s);
         else if (way == 1)
             await(m_mounter->unmountAll());
         else
-            m_mounter = std::make_unique<SSHFSMounter>(host(), *m_shell);
+            m_mounter = mounter(host());
         QVERIFY_THROWS_EXCEPTION(MounterError, await(std::move(mounting)));
         verifyNothingLeft();
     }
 
-    void ofManyAtOnceTheLastCanStillBeGivenUp() {
+    void ofManyAtOnceTheLastCanStillBeCancelled() {
         std::vector<QCoro::Task<MountSession>> mounting;
         for (int i = 0; i < 12; ++i)
             mounting.push_back(m_mounter->mount(project(i)));
@@ -295,6 +299,10 @@ class TestMounter : public MounterFixture {
     }
 
     void hangingCommandDoesNotHoldUpTheEnd() {
+        MountLimits limits = this->limits();
+        limits.unmount.command = 400ms;
+        limits.killAfter = 200ms; // passes before the command's own limit
+        m_mounter = mounter(host(), limits);
         for (int i = 0; i < 2; ++i)
             QCOMPARE(mountFailure(project(i)), u"none"_s);
         m_shell->hanging = u"/usr/bin/umount"_s;
@@ -303,11 +311,16 @@ class TestMounter : public MounterFixture {
         QElapsedTimer timer;
         timer.start();
         await(m_mounter->unmountAll());
-        QVERIFY2(timer.elapsed() < 5000, qPrintable(QString::number(timer.elapsed())));
+        QVERIFY2(timer.elapsed() < 2500, qPrintable(QString::number(timer.elapsed())));
         verifyNothingLeft();
     }
 
     void silentServerHoldsUpNeitherUnmountNorEnd() {
+        MountLimits limits;
+        limits.unmount = {300ms, 200ms, 150ms, true};
+        limits.quit = {250ms, 200ms, 100ms, false};
+        limits.killAfter = 500ms;
+        m_mounter = mounter(host(), limits);
         for (int i = 0; i < 3; ++i)
             QCOMPARE(mountFailure(project(i)), u"none"_s);
         m_platform->ssh().freeze();
@@ -319,10 +332,10 @@ class TestMounter : public MounterFixture {
         QElapsedTimer timer;
         timer.start();
         unmountFailure(hosted(0).domain);
-        QVERIFY2(timer.elapsed() < 12000, qPrintable(QString::number(timer.elapsed())));
+        QVERIFY2(timer.elapsed() < 2500, qPrintable(QString::number(timer.elapsed())));
         timer.restart();
         await(m_mounter->unmountAll());
-        QVERIFY2(timer.elapsed() < 5000, qPrintable(QString::number(timer.elapsed())));
+        QVERIFY2(timer.elapsed() < 2500, qPrintable(QString::number(timer.elapsed())));
         for (std::thread& reader : readers)
             reader.join();
         verifyNothingLeft();

@@ -1,7 +1,8 @@
+#include "Directory/PlainDomain.h"
 #include "Mounting/LegacyKey.h"
 #include "Mounting/MountOptions.h"
-#include "Mounting/MountPoint.h"
 #include "Mounting/MounterError.h"
+#include "Mounting/SSHFSGuidance.h"
 #include "Mounting/SSHFSReadiness.h"
 
 #include "support/Await.h"
@@ -119,6 +120,26 @@ class TestMountingRules : public QObject {
                                                          "erreichbar?"_s}));
         host.sshfsCandidates = {folder.path(), u"/usr/bin/sshfs"_s};
         QCOMPARE(await(diagnoseSSHFS(host, shell)), (SSHFSReadiness{State::ready, {}}));
+    }
+
+    void linuxGuidanceNamesThePackage_data() {
+        QTest::addColumn<QString>("osRelease");
+        QTest::addColumn<QString>("command");
+        QTest::newRow("Debian") << u"ID=debian\n"_s << u"sudo apt install sshfs"_s;
+        QTest::newRow("derived") << u"NAME=Mint\nID=linuxmint\nID_LIKE=\"ubuntu debian\"\n"_s
+                                 << u"sudo apt install sshfs"_s;
+        QTest::newRow("Fedora") << u"ID=fedora\n"_s << u"sudo dnf install fuse-sshfs"_s;
+        QTest::newRow("SUSE") << u"ID=\"opensuse-leap\"\nID_LIKE=\"suse opensuse\"\n"_s
+                              << u"sudo zypper install sshfs"_s;
+        QTest::newRow("unknown") << u""_s << u"sudo apt install sshfs"_s;
+    }
+
+    void linuxGuidanceNamesThePackage() {
+        QFETCH(QString, osRelease);
+        QFETCH(QString, command);
+        const Guidance guidance = setupGuidance(HostSystem::linuxDesktop({}, osRelease));
+        QCOMPARE(guidance.buttons.value(0).target, command);
+        QVERIFY(guidance.text.contains(command));
     }
 
     void failuresOfSSHFS_data() {

@@ -34,26 +34,6 @@ class TestFacts : public QObject {
         host.autostartFile = u"/proc/none/entry.desktop"_s;
         QVERIFY(!LoginItem(host).setEnabled(true));
     }
-
-    void linuxGuidanceNamesThePackage_data() {
-        QTest::addColumn<QString>("osRelease");
-        QTest::addColumn<QString>("command");
-        QTest::newRow("Debian") << u"ID=debian\n"_s << u"sudo apt install sshfs"_s;
-        QTest::newRow("derived") << u"NAME=Mint\nID=linuxmint\nID_LIKE=\"ubuntu debian\"\n"_s
-                                 << u"sudo apt install sshfs"_s;
-        QTest::newRow("Fedora") << u"ID=fedora\n"_s << u"sudo dnf install fuse-sshfs"_s;
-        QTest::newRow("SUSE") << u"ID=\"opensuse-leap\"\nID_LIKE=\"suse opensuse\"\n"_s
-                              << u"sudo zypper install sshfs"_s;
-        QTest::newRow("unknown") << u""_s << u"sudo apt install sshfs"_s;
-    }
-
-    void linuxGuidanceNamesThePackage() {
-        QFETCH(QString, osRelease);
-        QFETCH(QString, command);
-        const Guidance guidance = HostSystem::linuxDesktop({}, osRelease).setupGuidance;
-        QCOMPARE(guidance.buttons.value(0).target, command);
-        QVERIFY(guidance.text.contains(command));
-    }
 };
 
 QTEST_GUILESS_MAIN(TestFacts)

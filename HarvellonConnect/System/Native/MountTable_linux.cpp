@@ -22,7 +22,7 @@ QStringList MountTable::mountPoints() {
     QFile table(QStringLiteral("/proc/self/mountinfo"));
     if (!table.open(QIODevice::ReadOnly))
         return paths;
-    const QByteArray text = table.readAll(); // in one go: the table changes between two reads
+    const QByteArray text = table.readAll(); // all at once: the table may change between two reads
     for (const QByteArray& line : text.split('\n')) {
         const QList<QByteArray> fields = line.split(' ');
         if (fields.size() > mountPointField)

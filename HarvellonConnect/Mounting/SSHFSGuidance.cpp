@@ -1,4 +1,6 @@
-#include "System/Guidance.h"
+#include "Mounting/SSHFSGuidance.h"
+
+#include "System/HostSystem.h"
 
 #include <QStringList>
 
@@ -10,7 +12,7 @@ const GuidanceButton cancel{QStringLiteral("Abbrechen"), Action::none, {}, {}};
 const GuidanceButton terminal{QStringLiteral("Terminal öffnen"), Action::openTerminal, {}, {}};
 
 struct Packages {
-    QLatin1StringView family; ///< a word of ID or ID_LIKE
+    QLatin1StringView family; ///< as ID or ID_LIKE of /etc/os-release names it
     QLatin1StringView install;
     QLatin1StringView reinstall;
 };
@@ -27,7 +29,7 @@ constexpr Packages knownPackages[] = {
 };
 
 const Packages& packagesFor(const QString& osRelease) {
-    // Line by line: a regular expression would load its engine for this alone.
+    // Split by hand: nothing else here needs the regular expression engine.
     QString words;
     for (const QString& line : osRelease.split(QLatin1Char('\n'))) {
         if (line.startsWith(QLatin1String("ID=")) || line.startsWith(QLatin1String("ID_LIKE=")))
@@ -39,9 +41,8 @@ const Packages& packagesFor(const QString& osRelease) {
     }
     return knownPackages[std::size(knownPackages) - 1];
 }
-} // namespace
 
-Guidance setupGuidanceMacOS() {
+Guidance setupFuseT() {
     const QStringList lines{
         QStringLiteral(
             "Harvellon Connect mountet Projekte über sshfs (FUSE-T). Bitte einmalig installieren:"),
@@ -55,7 +56,7 @@ Guidance setupGuidanceMacOS() {
             {{QStringLiteral("fuse-t.org öffnen"), Action::openAddress, fuseAddress, {}}, cancel}};
 }
 
-Guidance repairGuidanceMacOS() {
+Guidance repairFuseT() {
     const QString commands = QStringLiteral("sudo rm -f /usr/local/bin/sshfs\n"
                                             "brew tap macos-fuse-t/cask\n"
                                             "brew install --cask macos-fuse-t/cask/fuse-t-sshfs");
@@ -75,7 +76,7 @@ Guidance repairGuidanceMacOS() {
              cancel}};
 }
 
-Guidance setupGuidanceLinux(const QString& osRelease) {
+Guidance setupPackages(const QString& osRelease) {
     const QString command = packagesFor(osRelease).install;
     return {QStringLiteral("sshfs wird benötigt"),
             QStringLiteral("Harvellon Connect mountet Projekte über sshfs. Bitte einmalig in einem Terminal "
@@ -87,7 +88,7 @@ Guidance setupGuidanceLinux(const QString& osRelease) {
              cancel}};
 }
 
-Guidance repairGuidanceLinux(const QString& osRelease) {
+Guidance repairPackages(const QString& osRelease) {
     const QString command = packagesFor(osRelease).reinstall;
     return {QStringLiteral("sshfs-Installation ist defekt"),
             QStringLiteral(
@@ -100,4 +101,13 @@ Guidance repairGuidanceLinux(const QString& osRelease) {
                   "Reparatur-Befehle in die Zwischenablage kopiert. Im Terminal einfügen und ausführen.")},
              terminal,
              cancel}};
+}
+} // namespace
+
+Guidance setupGuidance(const HostSystem& host) {
+    return host.sshfsSource == SSHFSSource::fuseT ? setupFuseT() : setupPackages(host.osRelease);
+}
+
+Guidance repairGuidance(const HostSystem& host) {
+    return host.sshfsSource == SSHFSSource::fuseT ? repairFuseT() : repairPackages(host.osRelease);
 }

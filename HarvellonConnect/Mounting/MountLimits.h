@@ -1,0 +1,27 @@
+#pragma once
+
+#include <chrono>
+
+/// How long each step of unmounting may take.
+struct UnmountLimits {
+    std::chrono::milliseconds command; ///< for one unmount command
+    std::chrono::milliseconds answer;  ///< for the server to answer before the mount is detached
+    std::chrono::milliseconds grace;   ///< for sshfs to end after it was asked to
+    bool keepUntilClosed;              ///< whether sshfs lives on until files in use are closed
+};
+
+/// The time limits of the mounter. The defaults are those of the program.
+struct MountLimits {
+    /// From the start of sshfs until the server has answered.
+    std::chrono::milliseconds mount{15'000};
+    /// Between two starts of sshfs. A starting ssh needs about 80 ms of a processor, so twenty started at
+    /// once would freeze the panel.
+    std::chrono::milliseconds startInterval{80};
+    /// A gentle unmount first writes cached data, which takes a moment; with a silent server it never ends.
+    UnmountLimits unmount{std::chrono::seconds(3), std::chrono::seconds(1), std::chrono::seconds(1), true};
+    /// For the end of the program, which may take five seconds in all.
+    UnmountLimits quit{std::chrono::milliseconds(700), std::chrono::seconds(1),
+                       std::chrono::milliseconds(300), false};
+    /// From the beginning of `unmountAll` until every sshfs that is left is killed.
+    std::chrono::milliseconds killAfter{3'000};
+};

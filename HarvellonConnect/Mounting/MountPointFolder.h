@@ -1,0 +1,26 @@
+#pragma once
+
+#include <QString>
+#include <QtGlobal>
+
+/// The local folder that a tree is mounted on. When sshfs ends, an editor that still has the tree open would
+/// save into this local folder, so the folder is writable only while a mount is being made. Main thread.
+class MountPointFolder {
+  public:
+    /// Makes the folder and its missing parents, or uses the one that exists, and makes it writable until
+    /// `seal`. Throws MounterError::mountFailed.
+    explicit MountPointFolder(const QString& path);
+    ~MountPointFolder();
+    Q_DISABLE_COPY_MOVE(MountPointFolder)
+
+    /// Whether the folder has files that a mount would hide. The files that file managers add by themselves
+    /// do not count.
+    [[nodiscard]] bool holdsFiles() const;
+
+    /// Makes the local folder read-only, whether or not a tree is mounted on it by now.
+    void seal();
+
+  private:
+    const QString m_path;
+    int m_descriptor = -1; ///< kept open, because the path leads to the server once the tree is mounted
+};
