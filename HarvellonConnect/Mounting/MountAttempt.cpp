@@ -1,6 +1,6 @@
 #include "Mounting/MountAttempt.h"
 
-#include "Mounting/KnownHosts.h"
+#include "Mounting/Keys/KnownHosts.h"
 #include "Mounting/MountCheck.h"
 #include "Mounting/MountOptions.h"
 #include "Mounting/MounterError.h"

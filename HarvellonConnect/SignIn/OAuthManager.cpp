@@ -1,5 +1,6 @@
 #include "SignIn/OAuthManager.h"
 
+#include "SignIn/AuthorizationRequest.h"
 #include "SignIn/CallbackServer.h"
 #include "SignIn/FormBody.h"
 #include "SignIn/Pkce.h"
@@ -12,11 +13,8 @@
 #include <QFile>
 #include <QNetworkAccessManager>
 #include <QPromise>
-#include <QUrlQuery>
 
 namespace {
-const QString clientID = QStringLiteral("018f4c2a-7b3d-7e91-a5c6-2d8e0f1b3a47");
-const QString scope = QStringLiteral("openid profile email");
 constexpr qint64 largestAnswer = 1024 * 1024;
 constexpr int verifierBytes = 64;
 constexpr int stateBytes = 32;
@@ -24,26 +22,6 @@ constexpr int stateBytes = 32;
 QByteArray applicationIcon() {
     QFile file(QStringLiteral(":/icons/AppIcon.png"));
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-QUrl authorizationAddress(const QString& endpoint, const QString& redirectURI, const QString& state,
-                          const QString& challenge) {
-    std::optional<QUrl> address = Http::address(endpoint);
-    if (!address)
-        throw OAuthError(OAuthError::Case::listenerFailed, QStringLiteral("Ungueltige Authorization-URL"));
-    QUrlQuery query;
-    const auto add = [&query](const QString& name, const QString& value) {
-        query.addQueryItem(name, QString::fromLatin1(QUrl::toPercentEncoding(value)));
-    };
-    add(QStringLiteral("client_id"), clientID);
-    add(QStringLiteral("redirect_uri"), redirectURI);
-    add(QStringLiteral("response_type"), QStringLiteral("code"));
-    add(QStringLiteral("scope"), scope);
-    add(QStringLiteral("state"), state);
-    add(QStringLiteral("code_challenge"), challenge);
-    add(QStringLiteral("code_challenge_method"), QStringLiteral("S256"));
-    address->setQuery(query);
-    return *address;
 }
 } // namespace
 
@@ -154,7 +132,7 @@ QCoro::Task<AuthResult> OAuthManager::exchangeCode(QString code, QString redirec
     if (!url)
         throw OAuthError(OAuthError::Case::tokenExchangeFailed, QStringLiteral("Ungueltige Token-URL."));
     const QByteArray form = formBody({{QStringLiteral("grant_type"), QStringLiteral("authorization_code")},
-                                      {QStringLiteral("client_id"), clientID},
+                                      {QStringLiteral("client_id"), oauthClientID},
                                       {QStringLiteral("redirect_uri"), redirectURI},
                                       {QStringLiteral("code"), code},
                                       {QStringLiteral("code_verifier"), codeVerifier}});
@@ -217,7 +195,7 @@ QCoro::Task<> OAuthManager::performRenewal() {
     if (!url)
         throw OAuthError(OAuthError::Case::refreshFailed, QStringLiteral("Ungueltige Token-URL."));
     const QByteArray form = formBody({{QStringLiteral("grant_type"), QStringLiteral("refresh_token")},
-                                      {QStringLiteral("client_id"), clientID},
+                                      {QStringLiteral("client_id"), oauthClientID},
                                       {QStringLiteral("refresh_token"), oldRefreshToken}});
     const HttpAnswer answer = co_await post(*url, form);
     if (!answer.succeeded()) {

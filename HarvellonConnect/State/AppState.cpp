@@ -2,7 +2,7 @@
 
 #include "Actions/BrowserSearch.h"
 #include "Actions/Openers.h"
-#include "Mounting/LegacyKey.h"
+#include "Mounting/Keys/LegacyKey.h"
 #include "System/Async.h"
 #include "System/Preferences.h"
 

@@ -1,5 +1,5 @@
 #include "Directory/PlainDomain.h"
-#include "Mounting/LegacyKey.h"
+#include "Mounting/Keys/LegacyKey.h"
 #include "Mounting/MountOptions.h"
 #include "Mounting/MounterError.h"
 #include "Mounting/SSHFSGuidance.h"

@@ -1,47 +1,23 @@
-#include "SignIn/OAuthManager.h"
-#include "sandbox/Sandbox.h"
-
-#include "support/Await.h"
+#include "LoginFixture.h"
 
 #include <QElapsedTimer>
-#include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QProcess>
 #include <QTcpSocket>
-#include <QTemporaryDir>
-#include <QTest>
 #include <QTimer>
 #include <QUrlQuery>
 
 using namespace Qt::StringLiterals;
-using sandbox::Fault;
-using Endpoint = sandbox::Sandbox::Endpoint;
 
 namespace {
-const QByteArray tokenPath = "/oauth/token";
-const QString account = u"8f14e45f-erika"_s;
-
-HostSystem hostIn(const QString& folder) {
-    HostSystem host = HostSystem::linuxDesktop(folder);
-    host.usesKeyring = false;
-    return host;
-}
-
 QString valueIn(const QUrl& url, const QString& name) {
     return QUrlQuery(url).queryItemValue(name, QUrl::FullyDecoded);
 }
 } // namespace
 
-/// Everything from the first click to renewed tokens, against the sandbox.
-class TestLogin : public QObject {
+/// From the first click to tokens.
+class TestLogin : public LoginFixture {
     Q_OBJECT
-
-    std::unique_ptr<QTemporaryDir> m_folder;
-    std::unique_ptr<sandbox::Sandbox> m_platform;
-    std::unique_ptr<KeychainStore> m_keychain;
-    std::unique_ptr<OAuthManager> m_oauth;
-    QNetworkAccessManager m_network;
-    std::function<void(QUrl)> m_browser;
 
     /// A browser that has chosen `parameters` on the sign-in page.
     void browse(const QUrl& address, const QString& parameters) {
@@ -76,46 +52,7 @@ class TestLogin : public QObject {
         return u"none"_s;
     }
 
-    QString renewalFailure() {
-        try {
-            await(m_oauth->renewTokens(m_oauth->accessToken().value_or(QString())));
-        } catch (const OAuthError& error) {
-            return error.description();
-        } catch (const NetworkError&) {
-            return u"network"_s;
-        }
-        return u"none"_s;
-    }
-
-    void makeManager(OAuthLimits limits) {
-        m_oauth = std::make_unique<OAuthManager>(
-            ServerAddress::checked(m_platform->server()), m_network, *m_keychain,
-            [this](const QUrl& address) { m_browser(address); }, limits);
-    }
-
-    void signIn() {
-        const sandbox::IssuedTokens tokens = m_platform->signIn(u"erika"_s);
-        await(m_oauth->saveTokens(tokens.accessToken, tokens.refreshToken, account));
-    }
-
-    [[nodiscard]] std::optional<QByteArray> stored(const char* item) {
-        return m_keychain->load(u"com.harvellon.HarvellonConnect.oauth"_s,
-                                account + QString::fromLatin1(item));
-    }
-
   private Q_SLOTS:
-
-    void init() {
-        m_folder = std::make_unique<QTemporaryDir>();
-        m_platform = std::make_unique<sandbox::Sandbox>(sandbox::Options{m_folder->path(), 0, false});
-        m_keychain = std::make_unique<KeychainStore>(hostIn(m_folder->path()));
-        makeManager({});
-    }
-
-    void cleanup() {
-        m_oauth.reset();
-        m_platform.reset();
-    }
 
     void loginYieldsTokensAndWhoTheyBelongTo() {
         QUrl asked;
@@ -217,87 +154,6 @@ class TestLogin : public QObject {
         for (const char* text : {"Login erfolgreich", "Du bist jetzt mit Harvellon Connect verbunden.",
                                  "Authentifiziert", "Du kannst diesen Tab jetzt schliessen."})
             QVERIFY2(page.contains(QString::fromUtf8(text)), text);
-    }
-
-    void renewalRotatesAndStores() {
-        signIn();
-        const auto before = m_oauth->refreshToken();
-        m_platform->expireTokens();
-        QCOMPARE(renewalFailure(), u"none"_s);
-        QVERIFY(m_oauth->refreshToken() != before);
-        QCOMPARE(stored("-access-token"), std::optional(m_oauth->accessToken()->toUtf8()));
-        QCOMPARE(stored("-refresh-token"), std::optional(m_oauth->refreshToken()->toUtf8()));
-    }
-
-    void theEndWaitsForARenewalUntilItIsStored() {
-        signIn();
-        const auto before = m_oauth->refreshToken();
-        Fault slow;
-        slow.delay = std::chrono::milliseconds(200);
-        m_platform->setFault(Endpoint::token, slow);
-        const auto renewal = m_oauth->renewTokens(*m_oauth->accessToken());
-        await(m_oauth->finish(std::chrono::milliseconds(50)));
-        QVERIFY(!m_oauth->isIdle());
-        await(m_oauth->finish(std::chrono::seconds(10)));
-        QVERIFY(m_oauth->isIdle() && m_oauth->refreshToken() != before);
-        QCOMPARE(stored("-refresh-token"), std::optional(m_oauth->refreshToken()->toUtf8()));
-    }
-
-    void refusedRenewalForgetsTheTokens_data() {
-        QTest::addColumn<int>("status");
-        QTest::newRow("refused") << 400;
-        QTest::newRow("server error") << 500;
-        QTest::newRow("redirect") << 302;
-    }
-
-    void refusedRenewalForgetsTheTokens() {
-        QFETCH(int, status);
-        signIn();
-        Fault fault;
-        fault.status = status;
-        m_platform->setFault(Endpoint::token, fault);
-        const QString failure = u"Token-Erneuerung fehlgeschlagen: HTTP %1"_s.arg(status);
-        auto first = m_oauth->renewTokens(*m_oauth->accessToken());
-        QCOMPARE(renewalFailure(), failure); // overlaps, and shares the outcome
-        QVERIFY_THROWS_EXCEPTION(OAuthError, await(std::move(first)));
-        QCOMPARE(m_platform->requests(tokenPath).size(), 1);
-        QCOMPARE(m_oauth->accessToken(), std::nullopt);
-        QCOMPARE(stored("-access-token"), std::nullopt);
-        QCOMPARE(stored("-refresh-token"), std::nullopt);
-    }
-
-    void unclearAnswersChangeNothing() {
-        signIn();
-        const auto access = m_oauth->accessToken();
-        Fault fault;
-        fault.body = "<html>";
-        m_platform->setFault(Endpoint::token, fault);
-        QCOMPARE(renewalFailure(), u"Token-Austausch fehlgeschlagen: Ungueltige JSON-Antwort."_s);
-        fault.body = R"({"access_token":"neu"})";
-        m_platform->setFault(Endpoint::token, fault);
-        const auto refresh = m_oauth->refreshToken();
-        QCOMPARE(renewalFailure(), u"none"_s);
-        QCOMPARE(m_oauth->refreshToken(), refresh); // the old one is kept
-        QCOMPARE(stored("-refresh-token"), std::optional(refresh->toUtf8()));
-        m_platform.reset();
-        QCOMPARE(renewalFailure(), u"network"_s);
-        QCOMPARE(stored("-access-token"), std::optional(QByteArray("neu")));
-        QVERIFY(access != m_oauth->accessToken());
-    }
-
-    void switchDuringRenewalKeepsTheAccountsApart() {
-        signIn();
-        const sandbox::IssuedTokens other = m_platform->signIn(u"jonas"_s);
-        Fault slow;
-        slow.delay = std::chrono::milliseconds(200);
-        m_platform->setFault(Endpoint::token, slow);
-        auto renewal = m_oauth->renewTokens(*m_oauth->accessToken());
-        await(m_oauth->saveTokens(other.accessToken, other.refreshToken, u"jonas"_s));
-        await(std::move(renewal));
-        QCOMPARE(m_oauth->accessToken(), std::optional(other.accessToken));
-        QVERIFY(stored("-access-token") != std::optional(other.accessToken.toUtf8()));
-        QVERIFY(await(m_oauth->loadTokens(account)));
-        QVERIFY(m_platform->requests(tokenPath).size() == 1);
     }
 
     void aBrowserThatStaysSilentEndsTheLogin() {

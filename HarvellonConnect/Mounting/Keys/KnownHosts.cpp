@@ -1,4 +1,4 @@
-#include "Mounting/KnownHosts.h"
+#include "Mounting/Keys/KnownHosts.h"
 
 #include "Mounting/MounterError.h"
 

@@ -1,4 +1,4 @@
-#include "Mounting/LegacyKey.h"
+#include "Mounting/Keys/LegacyKey.h"
 
 #include <QFile>
 

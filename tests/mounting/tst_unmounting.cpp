@@ -1,0 +1,115 @@
+#include "MounterFixture.h"
+
+#include "Mounting/SSHFSProcess.h"
+
+#include <QElapsedTimer>
+#include <QProcess>
+
+#include <csignal>
+#include <thread>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+class TestUnmounting : public MounterFixture {
+    Q_OBJECT
+
+  private Q_SLOTS:
+
+    void unmountCommandsGoFromGentleToForced() {
+        QCOMPARE(mountFailure(project(0)), u"none"_s);
+        QProcess inside;
+        inside.setWorkingDirectory(mountPoint(0));
+        inside.start(u"/bin/sleep"_s, {u"60"_s});
+        QVERIFY(inside.waitForStarted());
+        m_shell->calls.clear();
+        QCOMPARE(unmountFailure(hosted(0).domain), u"none"_s); // busy: only the last one helps
+        QCOMPARE(m_shell->calls, (QStringList{u"/usr/bin/fusermount3 -u "_s + mountPoint(0),
+                                              u"/usr/bin/umount "_s + mountPoint(0),
+                                              u"/usr/bin/fusermount3 -u -z "_s + mountPoint(0)}));
+        inside.kill();
+        inside.waitForFinished();
+    }
+
+    void filesInUseAreWrittenToTheirEnd() {
+        QCOMPARE(mountFailure(project(0)), u"none"_s);
+        QFile file(mountPoint(0) + u"/web/upload.bin"_s);
+        QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
+        const QByteArray half(1024 * 1024, 'x');
+        QCOMPARE(file.write(half), half.size());
+        QVERIFY(await(m_mounter->unmount(hosted(0).domain)));
+        QVERIFY(!MountTable::lists(mountPoint(0)));
+        QCOMPARE(mountFailure(project(0)), u"none"_s); // the next mount does not wait for it
+        QCOMPARE(file.write(half), half.size());
+        file.close();
+        QCOMPARE(file.error(), QFile::NoError);
+        QCOMPARE(QFile(project(0).path + u"/web/upload.bin"_s).size(), 2 * half.size());
+        QVERIFY(!await(m_mounter->unmount(hosted(0).domain)));
+        QTRY_COMPARE(processesWith(m_home->path()), QList<pid_t>()); // by itself
+    }
+
+    void whatNoCommandUnmountsIsTold() {
+        HostSystem mac = HostSystem::macOS(m_home->path());
+        mac.sshfsCandidates = {u"/usr/bin/sshfs"_s};
+        mac.platformMountOptions.clear(); // this sshfs would refuse them
+        mac.volumeNameOption = u"fsname"_s;
+        SSHFSMounter mounter(mac, *m_shell, limits());
+        m_shell->answers = {{u"/usr/sbin/diskutil"_s, {1, {}, u"busy\n"_s}},
+                            {u"/sbin/umount /"_s, {1, {}, {}}},
+                            {u"/sbin/umount -f"_s, {1, {}, u" forced\n"_s}}};
+        await(mounter.mount(project(0)));
+        try {
+            await(mounter.unmount(hosted(0).domain));
+            QFAIL("unmounted");
+        } catch (const MounterError& error) {
+            QCOMPARE(error.description(), u"Unmount fehlgeschlagen: forced"_s);
+        }
+        QVERIFY(mounter.sessions().isEmpty());
+    }
+
+    void hangingCommandDoesNotHoldUpTheEnd() {
+        MountLimits limits = this->limits();
+        limits.unmount.command = 400ms;
+        limits.killAfter = 200ms; // passes before the command's own limit
+        m_mounter = mounter(host(), limits);
+        for (int i = 0; i < 2; ++i)
+            QCOMPARE(mountFailure(project(i)), u"none"_s);
+        m_shell->hanging = u"/usr/bin/umount"_s;
+        m_shell->answers = {{u"/usr/bin/fusermount3 -u /"_s, {1, {}, {}}}};
+        const auto unmounting = m_mounter->unmount(hosted(0).domain);
+        QElapsedTimer timer;
+        timer.start();
+        await(m_mounter->unmountAll());
+        QVERIFY2(timer.elapsed() < 2500, qPrintable(QString::number(timer.elapsed())));
+        verifyNothingLeft();
+    }
+
+    void silentServerHoldsUpNeitherUnmountNorEnd() {
+        MountLimits limits;
+        limits.unmount = {300ms, 200ms, 150ms, true};
+        limits.quit = {250ms, 200ms, 100ms, false};
+        limits.killAfter = 500ms;
+        m_mounter = mounter(host(), limits);
+        for (int i = 0; i < 3; ++i)
+            QCOMPARE(mountFailure(project(i)), u"none"_s);
+        m_platform->ssh().freeze();
+        // Somebody hangs in each of them.
+        std::vector<std::thread> readers;
+        for (int i = 0; i < 3; ++i)
+            readers.emplace_back([path = mountPoint(i)] { QFile::exists(path + u"/web/unknown"_s); });
+        QTRY_COMPARE(blockedThreads(), 3);
+        QElapsedTimer timer;
+        timer.start();
+        unmountFailure(hosted(0).domain);
+        QVERIFY2(timer.elapsed() < 2500, qPrintable(QString::number(timer.elapsed())));
+        timer.restart();
+        await(m_mounter->unmountAll());
+        QVERIFY2(timer.elapsed() < 2500, qPrintable(QString::number(timer.elapsed())));
+        for (std::thread& reader : readers)
+            reader.join();
+        verifyNothingLeft();
+    }
+};
+
+QTEST_GUILESS_MAIN(TestUnmounting)
+#include "tst_unmounting.moc"

@@ -1,0 +1,59 @@
+#pragma once
+
+#include "SignIn/OAuthManager.h"
+#include "sandbox/Sandbox.h"
+
+#include "support/Await.h"
+
+#include <QNetworkAccessManager>
+#include <QTemporaryDir>
+#include <QTest>
+
+using sandbox::Fault;
+using Endpoint = sandbox::Sandbox::Endpoint;
+
+inline const QString account = QStringLiteral("8f14e45f-erika");
+
+inline HostSystem hostIn(const QString& folder) {
+    HostSystem host = HostSystem::linuxDesktop(folder);
+    host.usesKeyring = false;
+    return host;
+}
+
+/// A sign-in manager against the sandbox, made anew for each test.
+class LoginFixture : public QObject {
+    Q_OBJECT
+
+  protected:
+    std::unique_ptr<QTemporaryDir> m_folder;
+    std::unique_ptr<sandbox::Sandbox> m_platform;
+    std::unique_ptr<KeychainStore> m_keychain;
+    std::unique_ptr<OAuthManager> m_oauth;
+    QNetworkAccessManager m_network;
+    std::function<void(QUrl)> m_browser;
+
+    void makeManager(OAuthLimits limits) {
+        m_oauth = std::make_unique<OAuthManager>(
+            ServerAddress::checked(m_platform->server()), m_network, *m_keychain,
+            [this](const QUrl& address) { m_browser(address); }, limits);
+    }
+
+    [[nodiscard]] std::optional<QByteArray> stored(const char* item) {
+        return m_keychain->load(QStringLiteral("com.harvellon.HarvellonConnect.oauth"),
+                                account + QString::fromLatin1(item));
+    }
+
+  private Q_SLOTS:
+
+    void init() {
+        m_folder = std::make_unique<QTemporaryDir>();
+        m_platform = std::make_unique<sandbox::Sandbox>(sandbox::Options{m_folder->path(), 0, false});
+        m_keychain = std::make_unique<KeychainStore>(hostIn(m_folder->path()));
+        makeManager({});
+    }
+
+    void cleanup() {
+        m_oauth.reset();
+        m_platform.reset();
+    }
+};

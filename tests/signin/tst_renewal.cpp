@@ -1,0 +1,114 @@
+#include "LoginFixture.h"
+
+using namespace Qt::StringLiterals;
+
+namespace {
+const QByteArray tokenPath = "/oauth/token";
+} // namespace
+
+/// What becomes of tokens when they are renewed.
+class TestRenewal : public LoginFixture {
+    Q_OBJECT
+
+    QString renewalFailure() {
+        try {
+            await(m_oauth->renewTokens(m_oauth->accessToken().value_or(QString())));
+        } catch (const OAuthError& error) {
+            return error.description();
+        } catch (const NetworkError&) {
+            return u"network"_s;
+        }
+        return u"none"_s;
+    }
+
+    void signIn() {
+        const sandbox::IssuedTokens tokens = m_platform->signIn(u"erika"_s);
+        await(m_oauth->saveTokens(tokens.accessToken, tokens.refreshToken, account));
+    }
+
+  private Q_SLOTS:
+
+    void renewalRotatesAndStores() {
+        signIn();
+        const auto before = m_oauth->refreshToken();
+        m_platform->expireTokens();
+        QCOMPARE(renewalFailure(), u"none"_s);
+        QVERIFY(m_oauth->refreshToken() != before);
+        QCOMPARE(stored("-access-token"), std::optional(m_oauth->accessToken()->toUtf8()));
+        QCOMPARE(stored("-refresh-token"), std::optional(m_oauth->refreshToken()->toUtf8()));
+    }
+
+    void theEndWaitsForARenewalUntilItIsStored() {
+        signIn();
+        const auto before = m_oauth->refreshToken();
+        Fault slow;
+        slow.delay = std::chrono::milliseconds(200);
+        m_platform->setFault(Endpoint::token, slow);
+        const auto renewal = m_oauth->renewTokens(*m_oauth->accessToken());
+        await(m_oauth->finish(std::chrono::milliseconds(50)));
+        QVERIFY(!m_oauth->isIdle());
+        await(m_oauth->finish(std::chrono::seconds(10)));
+        QVERIFY(m_oauth->isIdle() && m_oauth->refreshToken() != before);
+        QCOMPARE(stored("-refresh-token"), std::optional(m_oauth->refreshToken()->toUtf8()));
+    }
+
+    void refusedRenewalForgetsTheTokens_data() {
+        QTest::addColumn<int>("status");
+        QTest::newRow("refused") << 400;
+        QTest::newRow("server error") << 500;
+        QTest::newRow("redirect") << 302;
+    }
+
+    void refusedRenewalForgetsTheTokens() {
+        QFETCH(int, status);
+        signIn();
+        Fault fault;
+        fault.status = status;
+        m_platform->setFault(Endpoint::token, fault);
+        const QString failure = u"Token-Erneuerung fehlgeschlagen: HTTP %1"_s.arg(status);
+        auto first = m_oauth->renewTokens(*m_oauth->accessToken());
+        QCOMPARE(renewalFailure(), failure); // overlaps, and shares the outcome
+        QVERIFY_THROWS_EXCEPTION(OAuthError, await(std::move(first)));
+        QCOMPARE(m_platform->requests(tokenPath).size(), 1);
+        QCOMPARE(m_oauth->accessToken(), std::nullopt);
+        QCOMPARE(stored("-access-token"), std::nullopt);
+        QCOMPARE(stored("-refresh-token"), std::nullopt);
+    }
+
+    void unclearAnswersChangeNothing() {
+        signIn();
+        const auto access = m_oauth->accessToken();
+        Fault fault;
+        fault.body = "<html>";
+        m_platform->setFault(Endpoint::token, fault);
+        QCOMPARE(renewalFailure(), u"Token-Austausch fehlgeschlagen: Ungueltige JSON-Antwort."_s);
+        fault.body = R"({"access_token":"neu"})";
+        m_platform->setFault(Endpoint::token, fault);
+        const auto refresh = m_oauth->refreshToken();
+        QCOMPARE(renewalFailure(), u"none"_s);
+        QCOMPARE(m_oauth->refreshToken(), refresh); // the old one is kept
+        QCOMPARE(stored("-refresh-token"), std::optional(refresh->toUtf8()));
+        m_platform.reset();
+        QCOMPARE(renewalFailure(), u"network"_s);
+        QCOMPARE(stored("-access-token"), std::optional(QByteArray("neu")));
+        QVERIFY(access != m_oauth->accessToken());
+    }
+
+    void switchDuringRenewalKeepsTheAccountsApart() {
+        signIn();
+        const sandbox::IssuedTokens other = m_platform->signIn(u"jonas"_s);
+        Fault slow;
+        slow.delay = std::chrono::milliseconds(200);
+        m_platform->setFault(Endpoint::token, slow);
+        auto renewal = m_oauth->renewTokens(*m_oauth->accessToken());
+        await(m_oauth->saveTokens(other.accessToken, other.refreshToken, u"jonas"_s));
+        await(std::move(renewal));
+        QCOMPARE(m_oauth->accessToken(), std::optional(other.accessToken));
+        QVERIFY(stored("-access-token") != std::optional(other.accessToken.toUtf8()));
+        QVERIFY(await(m_oauth->loadTokens(account)));
+        QVERIFY(m_platform->requests(tokenPath).size() == 1);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestRenewal)
+#include "tst_renewal.moc"
