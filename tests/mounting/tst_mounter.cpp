@@ -302,8 +302,9 @@ class TestMounter : public MounterFixture {
 
     void hangingCommandDoesNotHoldUpTheEnd() {
         MountLimits limits = this->limits();
-        limits.unmount.command = 400ms;
-        limits.killAfter = 200ms; // passes before the command's own limit
+        limits.unmount.command = 300ms;
+        limits.quit.command = 300ms;
+        limits.killAfter = 150ms; // passes before the limit of the commands
         m_mounter = mounter(host(), limits);
         for (int i = 0; i < 2; ++i)
             QCOMPARE(mountFailure(project(i)), u"none"_s);
@@ -319,9 +320,9 @@ class TestMounter : public MounterFixture {
 
     void silentServerHoldsUpNeitherUnmountNorEnd() {
         MountLimits limits;
-        limits.unmount = {300ms, 200ms, 150ms, true};
-        limits.quit = {250ms, 200ms, 100ms, false};
-        limits.killAfter = 500ms;
+        limits.unmount = {200ms, 200ms, 100ms, true};
+        limits.quit = {200ms, 200ms, 100ms, false};
+        limits.killAfter = 450ms;
         m_mounter = mounter(host(), limits);
         for (int i = 0; i < 3; ++i)
             QCOMPARE(mountFailure(project(i)), u"none"_s);
