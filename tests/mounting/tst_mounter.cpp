@@ -338,7 +338,7 @@ class TestMounter : public MounterFixture {
         QVERIFY2(timer.elapsed() < 2500, qPrintable(QString::number(timer.elapsed())));
         timer.restart();
         await(m_mounter->unmountAll());
-        QVERIFY2(timer.elapsed() < 2500, qPrintable(QString::number(timer.elapsed())));
+        QVERIFY2(timer.elapsed() < 1500, qPrintable(QString::number(timer.elapsed())));
         for (std::thread& reader : readers)
             reader.join();
         verifyNothingLeft();
