@@ -12,12 +12,12 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-/// Answers commands as scripted, or never, and runs the rest for real.
+/// Returns scripted results for some commands, lets one command hang, and runs all others for real.
 class ScriptedShell : public Shell {
   public:
     QHash<QString, ShellResult> answers; ///< by executable and arguments
     QStringList calls;
-    QString hanging; ///< the executable that does not end by itself
+    QString hanging; ///< this executable is replaced by one that does not end
 
     QCoro::Task<ShellResult> run(QString executable, QStringList arguments,
                                  std::chrono::milliseconds limit) override {
@@ -35,7 +35,7 @@ class ScriptedShell : public Shell {
     }
 };
 
-/// A mounter with real sshfs against a real sshd; after each test nothing of it may be left.
+/// A mounter with real sshfs against a real sshd. After each test no process and no mount may be left.
 class MounterFixture : public QObject {
     Q_OBJECT
 
@@ -107,7 +107,7 @@ class MounterFixture : public QObject {
         }
     }
 
-    /// By its mode: root may save anywhere.
+    /// Looks at the mode of the folder, because the tests may run as root.
     static bool nobodyCanSaveInto(const QString& folder) {
         constexpr QFile::Permissions saving = QFile::WriteOwner | QFile::WriteGroup | QFile::WriteOther;
         return QFileInfo::exists(folder) && !(QFile::permissions(folder) & saving);
@@ -145,7 +145,7 @@ class MounterFixture : public QObject {
     }
 
     void cleanupTestCase() {
-        QTest::qWait(200); // the last commands have ended, and their objects go with the next events
+        QTest::qWait(200); // let the last commands end and their objects be deleted
         m_platform.reset();
         qputenv("PATH", m_searchPath);
     }

@@ -32,7 +32,7 @@ class TestMounter : public MounterFixture {
 
         QCOMPARE(await(m_mounter->mount(project(0))).startedAt, session.startedAt); // the same session
         QCOMPARE(unmountFailure(session.domain), u"none"_s);
-        QCOMPARE(unmountFailure(session.domain), u"none"_s); // no session: silent
+        QCOMPARE(unmountFailure(session.domain), u"none"_s); // no session: no error
         QVERIFY(QDir(session.mountPoint).isEmpty());
         QVERIFY(nobodyCanSaveInto(session.mountPoint));
         QFile hosts(host().knownHostsFile());
@@ -52,7 +52,7 @@ class TestMounter : public MounterFixture {
         QVERIFY(!QFile::exists(proof));
     }
 
-    void impossibleProjectsCreateNothing() {
+    void refusedProjectsCreateNothing() {
         Project above = project(0);
         above.domain = u"../evil"_s;
         Project torn = project(0);
@@ -63,7 +63,7 @@ class TestMounter : public MounterFixture {
         }
     }
 
-    void refusalsAreToldApart() {
+    void eachRefusalHasItsOwnMessage() {
         Project missing = project(0);
         missing.path = u"/no/such/folder"_s;
         QVERIFY(mountFailure(missing).contains(u"No such file or directory"_s));
@@ -75,7 +75,7 @@ class TestMounter : public MounterFixture {
         QVERIFY(mountFailure(project(0)).contains(u"Host key verification failed"_s));
     }
 
-    void missingMeansAreTold_data() {
+    void missingProgramsAndFoldersAreReported_data() {
         QTest::addColumn<QString>("sshfs");
         QTest::addColumn<QString>("privateFolder");
         QTest::addColumn<QString>("failure");
@@ -91,7 +91,7 @@ class TestMounter : public MounterFixture {
             << u"/usr/bin/sshfs"_s << u"script/p"_s << u"Not a directory"_s;
     }
 
-    void missingMeansAreTold() {
+    void missingProgramsAndFoldersAreReported() {
         QFETCH(QString, sshfs);
         QFETCH(QString, privateFolder);
         QFETCH(QString, failure);
@@ -100,11 +100,11 @@ class TestMounter : public MounterFixture {
         host.sshfsCandidates = {QDir(m_home->path()).absoluteFilePath(sshfs)};
         host.privateFolder = privateFolder.isEmpty() ? QString() : m_home->filePath(privateFolder);
         m_mounter = mounter(host);
-        const QString told = mountFailure(project(0));
-        QVERIFY2(told.endsWith(failure), qPrintable(told));
+        const QString description = mountFailure(project(0));
+        QVERIFY2(description.endsWith(failure), qPrintable(description));
     }
 
-    void leftoversOfAnEarlierRunAreForcedOff_data() {
+    void mountsOfAnEarlierRunAreForcedOff_data() {
         QTest::addColumn<int>("signal");
         QTest::addColumn<bool>("homeIsLink");
         QTest::newRow("alive") << 0 << false;
@@ -113,7 +113,7 @@ class TestMounter : public MounterFixture {
         QTest::newRow("frozen") << SIGSTOP << false;
     }
 
-    void leftoversOfAnEarlierRunAreForcedOff() {
+    void mountsOfAnEarlierRunAreForcedOff() {
         QFETCH(int, signal);
         QFETCH(bool, homeIsLink);
         HostSystem host = this->host();
@@ -123,7 +123,7 @@ class TestMounter : public MounterFixture {
         }
         QCOMPARE(mountFailure(project(0)), u"none"_s);
         const QList<pid_t> former = processesWith(u"ssh4711@"_s);
-        m_mounter = mounter(host); // the former one ends without a word
+        m_mounter = mounter(host); // the destructor leaves the mount in place
         QVERIFY(MountTable::lists(mountPoint(0)));
         for (const pid_t pid : former)
             ::kill(pid, signal);
@@ -133,20 +133,20 @@ class TestMounter : public MounterFixture {
             ::kill(pid, SIGKILL);
     }
 
-    void leftoversAreSoughtBelowTheRootAlone() {
+    void mountsBelowTheRootAreListed() {
         QCOMPARE(MountTable::mountedBelow(m_home->filePath(u"Harvellon"_s)), QStringList()); // not there yet
         QCOMPARE(mountFailure(project(0)), u"none"_s);
         QCOMPARE(MountTable::mountedBelow(m_home->filePath(u"Harvellon"_s)), QStringList{hosted(0).domain});
     }
 
-    void folderWithoutItsMountTakesNothing() {
+    void nobodyCanSaveIntoTheFolderWithoutItsMount() {
         QVERIFY(!await(m_mounter->mount(project(0))).coversFiles);
         for (const pid_t pid : processesWith(mountPoint(0)))
             ::kill(pid, SIGKILL);
         QTRY_VERIFY(!MountTable::lists(mountPoint(0)));
         QVERIFY(nobodyCanSaveInto(mountPoint(0)));
 
-        // From an accident that an older program allowed.
+        // A local file, saved while an earlier version left the folder writable.
         QFile::setPermissions(mountPoint(0), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
         QFile file(mountPoint(0) + u"/lokal.txt"_s);
         QVERIFY(file.open(QIODevice::WriteOnly));
@@ -163,7 +163,7 @@ class TestMounter : public MounterFixture {
         QVERIFY(nobodyCanSaveInto(mountPoint(1)));
     }
 
-    void endFromOutsideIsToldOnce() {
+    void unexpectedEndIsReportedOnce() {
         int calls = 0;
         std::optional<QCoro::Task<MountSession>> again;
         m_mounter->onUnexpectedTermination = [&](const QString& domain, qint32) {
@@ -181,7 +181,7 @@ class TestMounter : public MounterFixture {
         QVERIFY(QFile::exists(mountPoint(0) + u"/web"_s));
         QCOMPARE(unmountFailure(hosted(0).domain), u"none"_s);
         QTest::qWait(100);
-        QCOMPARE(calls, 1); // taken down on purpose
+        QCOMPARE(calls, 1); // an expected end is not reported
     }
 
     void silentServerEndsTheMountAfterTheLimit() {
@@ -205,7 +205,7 @@ class TestMounter : public MounterFixture {
         const MountSession session = await(std::move(first));
         auto unmounting = m_mounter->unmount(session.domain);
         auto second = m_mounter->unmount(session.domain);
-        auto mounting = m_mounter->mount(project(0)); // waits for the end of the former mount
+        auto mounting = m_mounter->mount(project(0)); // waits for the unmount
         await(std::move(unmounting));
         await(std::move(second));
         QVERIFY(await(std::move(mounting)).process != session.process);

@@ -57,7 +57,7 @@ class TestMountingRules : public QObject {
                  qPrintable(options));
     }
 
-    void zeroInANameCutsNothingOff() {
+    void nulInANameTruncatesNothing() {
         const QString options =
             mountOptions(HostSystem::linuxDesktop(u"/h"_s), projectNamed(u"a"_s + QChar(QChar::Null)));
         QVERIFY(options.contains(u"fsname=HV a ,StrictHostKeyChecking"_s));
@@ -71,7 +71,7 @@ class TestMountingRules : public QObject {
         for (const char* bad : {"", ".", "..", "a/b", "../x", "a\nb", "a b", "-oProxyCommand=x", "a:b", "a@b",
                                 "a\\b", "[a]", "a`b`", "a\x1b[2Jb", "a\xe2\x80\xae"})
             QTest::addRow("%s", QByteArray(bad).toHex().constData()) << QString::fromUtf8(bad) << false;
-        QTest::newRow("zero") << QString(QChar(0)) << false;
+        QTest::newRow("NUL") << QString(QChar(0)) << false;
     }
 
     void domains() {
@@ -87,7 +87,7 @@ class TestMountingRules : public QObject {
         const QString mismatch =
             u"Code-Signatur-Mismatch zwischen sshfs und libfuse (Team IDs stimmen nicht überein)."_s;
         QTest::newRow("good") << u"SSHFS version 3.7.3\nFUSE library version 3.14"_s << State::ready << u""_s;
-        QTest::newRow("good, speaks of its loader")
+        QTest::newRow("good, mentions its loader")
             << u"dyld: note\nFUSE library version 2"_s << State::ready << u""_s;
         QTest::newRow("library") << u"Library not loaded: x"_s << State::notStarting << mismatch;
         QTest::newRow("teams") << u"mapping has different Team IDs"_s << State::notStarting << mismatch;
@@ -113,7 +113,7 @@ class TestMountingRules : public QObject {
         host.sshfsCandidates = {folder.path(), first};
         touch(first);
         QCOMPARE(await(diagnoseSSHFS(host, shell)).state, State::notInstalled); // a folder, a plain file
-        touch(first, QFile::ReadOwner | QFile::ExeOwner); // not a program that could start
+        touch(first, QFile::ReadOwner | QFile::ExeOwner);                       // executable, but no program
         QCOMPARE(await(diagnoseSSHFS(host, shell)),
                  (SSHFSReadiness{State::notStarting, u"Start von "_s + first +
                                                          u" fehlgeschlagen. Ist es installiert und "
@@ -159,7 +159,7 @@ class TestMountingRules : public QObject {
         QCOMPARE(MounterError::fromSSHFS(errors, u"h"_s).error(), error);
     }
 
-    void legacyKeyGoesAndOthersStay() {
+    void onlyTheLegacyKeyIsDeleted() {
         QTemporaryDir home;
         const QString ssh = home.filePath(u".ssh/"_s);
         removeLegacyKeyPair(home.path());                              // nothing there
