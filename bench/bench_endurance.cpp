@@ -5,7 +5,7 @@
 #include "Desktop/SceneGraph.h"
 #include "Mounting/SSHFSMounter.h"
 #include "desktop/DesktopFixture.h"
-#include "sandbox/ProjectTrees.h"
+#include "sandbox/ssh/ProjectTrees.h"
 #include "sandbox/Sandbox.h"
 #include "support/Await.h"
 

@@ -4,7 +4,7 @@
 
 #include "Mounting/MountOptions.h"
 #include "Mounting/SSHFSMounter.h"
-#include "sandbox/ProjectTrees.h"
+#include "sandbox/ssh/ProjectTrees.h"
 #include "sandbox/Sandbox.h"
 #include "support/Await.h"
 

@@ -1,6 +1,6 @@
 #include "sandbox/Identities.h"
 
-#include "sandbox/ProjectTrees.h"
+#include "sandbox/ssh/ProjectTrees.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>

@@ -3,7 +3,7 @@
 #include "sandbox/Faults.h"
 #include "sandbox/Identities.h"
 #include "sandbox/Sites.h"
-#include "sandbox/SshHosts.h"
+#include "sandbox/ssh/SshHosts.h"
 #include "sandbox/TokenLedger.h"
 #include "sandbox/WebServer.h"
 

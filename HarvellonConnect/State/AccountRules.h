@@ -12,7 +12,7 @@
 std::optional<Account> knownAccount(const QList<Account>& accounts, const QString& id,
                                     const std::optional<QString>& email);
 
-/// What an account is called: the name that came with the sign-in, else the profile's, the e-mail, the id.
+/// The display name of an account: the name from the sign-in, else the profile's, the e-mail, the id.
 QString displayNameFor(const std::optional<QString>& signInName, const std::optional<QString>& profileName,
                        const std::optional<QString>& email, const QString& id);
 

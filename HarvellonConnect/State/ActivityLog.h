@@ -9,7 +9,7 @@
 #include <QUuid>
 #include <QtQmlIntegration>
 
-/// One line of what the program did for the user.
+/// One line of the activity log.
 struct ActivityLogEntry {
     QUuid id;
     QDateTime timestamp; ///< wall clock

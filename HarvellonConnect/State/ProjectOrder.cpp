@@ -10,10 +10,10 @@
 #include <vector>
 
 QList<Project> sortedByDomain(const QList<Project>& projects) {
-    // Without a language of its own (C), Qt compares code units: the texts are German, so sort as they do.
+    // In the C locale Qt compares code units. The user interface is German, so sort by German rules then.
     QCollator collator(QLocale().language() == QLocale::C ? QLocale(QLocale::German) : QLocale());
     collator.setCaseSensitivity(Qt::CaseInsensitive);
-    // Keys made once: comparing 10,000 texts pair by pair takes a multiple of that.
+    // Sort keys are computed once: comparing 10,000 texts pair by pair takes several times as long.
     std::vector<QCollatorSortKey> keys;
     keys.reserve(static_cast<size_t>(projects.size()));
     for (const Project& project : projects)

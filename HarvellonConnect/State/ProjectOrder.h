@@ -5,7 +5,8 @@
 #include <QList>
 #include <QStringList>
 
-/// The projects by domain, as the user's language sorts and regardless of case; equal ones keep their order.
+/// The projects sorted by domain, by the rules of the user's language and without regard to case. The sort is
+/// stable.
 QList<Project> sortedByDomain(const QList<Project>& projects);
 
 /// A text in the form in which names are compared when people search: without case and diacritics.

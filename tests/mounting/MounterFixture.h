@@ -2,7 +2,7 @@
 
 #include "Mounting/SSHFSMounter.h"
 #include "System/Native/MountTable.h"
-#include "sandbox/ProjectTrees.h"
+#include "sandbox/ssh/ProjectTrees.h"
 #include "sandbox/Sandbox.h"
 #include "support/Await.h"
 #include "support/Leftovers.h"

@@ -1,6 +1,6 @@
 #include "StateFixture.h"
 
-#include "sandbox/ProjectTrees.h"
+#include "sandbox/ssh/ProjectTrees.h"
 
 #include <QFile>
 

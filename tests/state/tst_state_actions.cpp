@@ -1,7 +1,7 @@
 #include "StateFixture.h"
 
 #include "sandbox/Identities.h"
-#include "sandbox/ProjectTrees.h"
+#include "sandbox/ssh/ProjectTrees.h"
 
 #include <QFile>
 #include <QSslCertificate>

@@ -9,8 +9,7 @@
 
 #include <optional>
 
-/// The panel's keyboard: which row is chosen, and what each key does. The cursor stays in the search
-/// meanwhile.
+/// The panel's keyboard: the current row, and what each key does. The text cursor stays in the search field.
 class PanelKeys : public QObject {
     Q_OBJECT
     QML_ELEMENT
@@ -29,11 +28,11 @@ class PanelKeys : public QObject {
 
     void setCurrentRow(int row);
 
-    /// Chooses the row of a project, whatever the search says. Does nothing for a domain that is not there.
+    /// Clears the search and makes the row of a project current. Does nothing for a domain that is not listed.
     Q_INVOKABLE void showProject(const QString& domain);
-    /// True when the key meant something here.
+    /// Handles a key; false when it has no meaning here.
     Q_INVOKABLE bool press(int key, int modifiers);
-    /// Like press(), and text that nobody took goes into the search.
+    /// Like press(); other printable text is passed on to the search field by typed().
     Q_INVOKABLE bool pressElsewhere(int key, int modifiers, const QString& text);
 
   Q_SIGNALS:
@@ -57,7 +56,7 @@ class PanelKeys : public QObject {
 
     AppState* m_state = nullptr;
     int m_row = -1;
-    QString m_domain; ///< of the chosen row: it stays chosen when the list is loaded anew
+    QString m_domain; ///< of the current row, which stays current when the list is reloaded
 };
 
 /// What Enter does for a row with these offers: the action that has it as its shortcut (connect, or open what

@@ -2,7 +2,7 @@
 
 void ButtonRail::pointer(int target, bool inside) {
     const auto button = static_cast<HoverTarget>(target);
-    // The pointer can be told to enter the next button before it is told to leave this one.
+    // Qt may deliver the next button's enter event before this button's leave event.
     if (!inside && m_hovered != button)
         return;
     const std::optional<HoverTarget> hovered = inside ? std::optional(button) : std::nullopt;

@@ -9,13 +9,13 @@
 
 #include <optional>
 
-/// The buttons of one project's row: which of them the pointer is on, and for whom they act.
+/// The container of a row's buttons. Knows which button is hovered and for which project they act.
 class ButtonRail : public QQuickItem {
     Q_OBJECT
     QML_ELEMENT
     Q_PROPERTY(AppState* state MEMBER m_state NOTIFY stateChanged REQUIRED)
     Q_PROPERTY(QString domain MEMBER m_domain NOTIFY domainChanged REQUIRED)
-    /// Whether Tab reaches the buttons: in a long list only those of one row.
+    /// Whether Tab reaches the buttons. Only one row of the list is a tab stop.
     Q_PROPERTY(bool current MEMBER m_current NOTIFY currentChanged)
     /// The value of a HoverTarget; -1 for none.
     Q_PROPERTY(int hoveredButton READ hoveredNumber NOTIFY hoveredButtonChanged)

@@ -1,11 +1,11 @@
 import QtQuick
 import Harvellon.Desktop
 
-/// Says that a connect is under way, and for how long.
+/// Shows that a connect is in progress, and for how long.
 Pill {
     id: mark
 
-    readonly property MarkSlot slot: parent as MarkSlot
+    readonly property RowMarkLoader loader: parent as RowMarkLoader
 
     Accessible.name: text
     Accessible.role: Accessible.StaticText
@@ -22,6 +22,6 @@ Pill {
         id: time
 
         running: mark.visible && mark.Window.visibility !== Window.Hidden
-        since: mark.slot?.since ?? new Date()
+        since: mark.loader?.since ?? new Date()
     }
 }

@@ -5,7 +5,7 @@
 #include <QObject>
 #include <QtQmlIntegration>
 
-/// How long a connect has been under way, in words that change each second. Ticks only while `running`.
+/// The duration of a connect in progress, as text that is updated each second while `running`.
 class ConnectingTime : public QObject {
     Q_OBJECT
     QML_ELEMENT

@@ -1,7 +1,7 @@
 pragma ComponentBehavior: Bound
 import QtQuick
 
-/// The list before anything is known of it: rows of nothing, on the real places.
+/// Placeholder rows during the first load, where the real rows will stand.
 Item {
     id: ghosts
 

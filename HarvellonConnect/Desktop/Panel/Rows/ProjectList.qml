@@ -4,7 +4,7 @@ import QtQuick.Templates as T
 import Harvellon.Desktop
 import Harvellon.State
 
-/// The card with the projects, or with what stands in their place.
+/// The card with the list of projects, or with a notice while there are none.
 Card {
     id: card
 

@@ -2,7 +2,7 @@ import QtQuick
 import Harvellon.Desktop
 import Harvellon.State
 
-/// One project: what it is called, whether it is mounted, and what can be done with it.
+/// One project: its name and domain, whether it is mounted, and its actions.
 Item {
     id: row
 
@@ -22,7 +22,7 @@ Item {
     readonly property int buttonColumnWidth: ActionTable.buttonColumnWidth
 
     readonly property real railStart: rail.x + ActionTable.firstSlot(offers)
-    // Room for three digits of seconds, so that the name stands still while they grow.
+    // Reserve room for three digits of seconds, so that the name does not move while the number grows.
     readonly property real markStart: connecting ? railStart - 12 - 128 : connected ? mark.x : railStart
     readonly property bool lit: pointer.hovered || current
 
@@ -33,7 +33,7 @@ Item {
     Accessible.selected: current
     height: Theme.rowHeight
 
-    // A row kept for later use would still be told to screen readers.
+    // A pooled row would still be visible to screen readers.
     ListView.onPooled: visible = false
     ListView.onReused: visible = true
 
@@ -82,7 +82,7 @@ Item {
         y: 21
     }
 
-    MarkSlot {
+    RowMarkLoader {
         id: mark
 
         active: row.connected || row.connecting

@@ -1,4 +1,4 @@
-#include "sandbox/ProjectTrees.h"
+#include "sandbox/ssh/ProjectTrees.h"
 
 #include "sandbox/PrivateFile.h"
 

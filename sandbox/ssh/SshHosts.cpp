@@ -1,7 +1,7 @@
-#include "sandbox/SshHosts.h"
+#include "sandbox/ssh/SshHosts.h"
 
 #include "sandbox/PrivateFile.h"
-#include "sandbox/ProjectTrees.h"
+#include "sandbox/ssh/ProjectTrees.h"
 
 #include <QDir>
 #include <QFileInfo>

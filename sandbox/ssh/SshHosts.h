@@ -1,7 +1,7 @@
 #pragma once
 
 #include "sandbox/Identities.h"
-#include "sandbox/SshDaemon.h"
+#include "sandbox/ssh/SshDaemon.h"
 
 #include <QList>
 #include <QString>

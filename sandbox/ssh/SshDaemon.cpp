@@ -1,4 +1,4 @@
-#include "sandbox/SshDaemon.h"
+#include "sandbox/ssh/SshDaemon.h"
 
 #include "sandbox/PrivateFile.h"
 
