@@ -5,8 +5,8 @@
 #include "Desktop/SceneGraph.h"
 #include "Mounting/SSHFSMounter.h"
 #include "desktop/DesktopFixture.h"
-#include "sandbox/ssh/ProjectTrees.h"
 #include "sandbox/Sandbox.h"
+#include "sandbox/ssh/ProjectTrees.h"
 #include "support/Await.h"
 
 #include <QApplication>

@@ -4,8 +4,8 @@
 
 #include "Mounting/MountOptions.h"
 #include "Mounting/SSHFSMounter.h"
-#include "sandbox/ssh/ProjectTrees.h"
 #include "sandbox/Sandbox.h"
+#include "sandbox/ssh/ProjectTrees.h"
 #include "support/Await.h"
 
 #include <QCoreApplication>

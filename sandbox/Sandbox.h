@@ -3,9 +3,9 @@
 #include "sandbox/Faults.h"
 #include "sandbox/Identities.h"
 #include "sandbox/Sites.h"
-#include "sandbox/ssh/SshHosts.h"
 #include "sandbox/TokenLedger.h"
 #include "sandbox/WebServer.h"
+#include "sandbox/ssh/SshHosts.h"
 
 #include <QList>
 #include <QLockFile>

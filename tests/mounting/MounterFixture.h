@@ -2,8 +2,8 @@
 
 #include "Mounting/SSHFSMounter.h"
 #include "System/Native/MountTable.h"
-#include "sandbox/ssh/ProjectTrees.h"
 #include "sandbox/Sandbox.h"
+#include "sandbox/ssh/ProjectTrees.h"
 #include "support/Await.h"
 #include "support/Leftovers.h"
 
