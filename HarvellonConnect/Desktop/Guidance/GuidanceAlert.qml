@@ -1,16 +1,16 @@
 pragma ComponentBehavior: Bound
 import QtQuick
 import Harvellon.Desktop
+import Harvellon.State
 
 /// An alert that helps the user on: the last of its buttons leaves everything as it is.
 FocusScope {
     id: alert
 
+    required property AppState state
     required property string title
     required property string text
     required property list<string> buttons
-
-    signal answered(int button)
 
     Accessible.description: text
     Accessible.name: title
@@ -19,7 +19,7 @@ FocusScope {
     height: 20 + column.height + 20
     width: 480
 
-    Keys.onEscapePressed: alert.answered(-1)
+    Keys.onEscapePressed: alert.state.answerGuidance(-1)
 
     Rectangle {
         anchors.fill: parent
@@ -87,7 +87,7 @@ FocusScope {
                     primary: index === 0
                     text: modelData
 
-                    onClicked: alert.answered(index)
+                    onClicked: alert.state.answerGuidance(index)
                 }
             }
         }

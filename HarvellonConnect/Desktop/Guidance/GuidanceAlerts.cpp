@@ -4,7 +4,6 @@
 #include "Desktop/Screens.h"
 #include "State/AppState.h"
 
-#include <QQuickItem>
 #include <QScreen>
 
 GuidanceAlerts::GuidanceAlerts(QmlViews& views, AppState& state, QObject* parent)
@@ -20,7 +19,7 @@ void GuidanceAlerts::update() {
     if (m_window) {
         m_window->removeEventFilter(this);
         m_window->hide();
-        m_window.release()->deleteLater(); // the answer comes from within the window
+        m_window.release()->deleteLater(); // its view is still running the handler that answered
     }
     if (!guidance.isEmpty())
         open(guidance);
@@ -32,10 +31,10 @@ void GuidanceAlerts::open(const QVariantMap& guidance) {
                        Qt::WindowStaysOnTopHint);
     m_window->setModality(Qt::ApplicationModal);
     m_window->setTitle(QStringLiteral("Harvellon Connect"));
-    m_window->setInitialProperties(guidance);
+    QVariantMap properties = guidance;
+    properties.insert(QStringLiteral("state"), QVariant::fromValue(&m_state));
+    m_window->setInitialProperties(properties);
     m_window->setSource(QmlViews::address(QStringLiteral("GuidanceAlert")));
-    if (QQuickItem* const view = m_window->rootObject())
-        connect(view, SIGNAL(answered(int)), this, SLOT(answer(int)));
     m_window->setMinimumSize(m_window->size());
     m_window->setMaximumSize(m_window->size());
     m_window->installEventFilter(this);
@@ -49,11 +48,8 @@ void GuidanceAlerts::open(const QVariantMap& guidance) {
 }
 
 bool GuidanceAlerts::eventFilter(QObject* watched, QEvent* event) {
+    constexpr int closedUnanswered = -1;
     if (event->type() == QEvent::Close)
-        answer(-1);
+        m_state.answerGuidance(closedUnanswered);
     return QObject::eventFilter(watched, event);
-}
-
-void GuidanceAlerts::answer(int button) {
-    m_state.answerGuidance(button);
 }

@@ -21,9 +21,6 @@ class GuidanceAlerts : public QObject {
 
     bool eventFilter(QObject* watched, QEvent* event) override;
 
-  private Q_SLOTS:
-    void answer(int button);
-
   private:
     void update();
     void open(const QVariantMap& guidance);

@@ -6,27 +6,12 @@ import Harvellon.State
 FocusScope {
     id: panel
 
+    required property PanelController controller
     required property AppState state
     required property string versionText
-    /// As a popover the panel draws its own corners.
-    property bool rounded: true
     property alias isActivityExpanded: activity.isActivityExpanded
 
     readonly property bool hasError: state.lastError !== ""
-
-    signal closeRequested
-    signal settingsRequested
-    signal updatesRequested
-    signal quitRequested
-
-    function opened() {
-        content.searchEnabled ? search.focusField() : account.focusSignIn();
-        search.selectAll();
-    }
-
-    function showProject(domain: string) {
-        keys.showProject(domain);
-    }
 
     Accessible.name: "Harvellon Connect"
     Accessible.role: Accessible.Pane
@@ -35,6 +20,19 @@ FocusScope {
     width: 640
 
     Keys.onPressed: event => event.accepted = keys.pressElsewhere(event.key, event.modifiers, event.text)
+
+    Connections {
+        function onOpened() {
+            content.searchEnabled ? search.focusField() : account.focusSignIn();
+            search.selectAll();
+        }
+
+        function onProjectChosen(domain: string) {
+            keys.showProject(domain);
+        }
+
+        target: panel.controller
+    }
 
     PanelContent {
         id: content
@@ -48,12 +46,12 @@ FocusScope {
         state: panel.state
 
         onActivityRequested: activity.isActivityExpanded = !activity.isActivityExpanded
-        onCloseRequested: panel.closeRequested()
-        onQuitRequested: panel.quitRequested()
+        onCloseRequested: panel.controller.closeRequested()
+        onQuitRequested: panel.controller.quitRequested()
         onRowMoved: search.focusField()
-        onSettingsRequested: panel.settingsRequested()
+        onSettingsRequested: panel.controller.settingsRequested()
         onTyped: text => search.type(text)
-        onUpdatesRequested: panel.updatesRequested()
+        onUpdatesRequested: panel.controller.updatesRequested()
     }
 
     PanelSpeech {
@@ -73,9 +71,9 @@ FocusScope {
     Rectangle {
         anchors.fill: parent
         border.color: Theme.cardEdge
-        border.width: panel.rounded ? 1 : 0
+        border.width: panel.controller.rounded ? 1 : 0
         color: Theme.bg
-        radius: panel.rounded ? Theme.cardRadius : 0
+        radius: panel.controller.rounded ? Theme.cardRadius : 0
     }
 
     PanelHeader {
@@ -85,9 +83,9 @@ FocusScope {
         x: Theme.panelMargin
         y: 13
 
-        onQuitRequested: panel.quitRequested()
-        onSettingsRequested: panel.settingsRequested()
-        onUpdatesRequested: panel.updatesRequested()
+        onQuitRequested: panel.controller.quitRequested()
+        onSettingsRequested: panel.controller.settingsRequested()
+        onUpdatesRequested: panel.controller.updatesRequested()
     }
 
     AccountCard {

@@ -2,7 +2,6 @@
 
 #include <QGuiApplication>
 #include <QPainterPath>
-#include <QQuickItem>
 
 #include <algorithm>
 
@@ -43,8 +42,6 @@ void PanelWindow::setKind(Kind kind) {
                      : Qt::Window | Qt::WindowTitleHint | Qt::WindowSystemMenuHint |
                            Qt::WindowMinimizeButtonHint | Qt::WindowCloseButtonHint);
     setMask(popover ? roundedMask(size()) : QRegion());
-    if (rootObject())
-        rootObject()->setProperty("rounded", popover);
 }
 
 void PanelWindow::fitInto(int room) {

@@ -1,10 +1,12 @@
 import QtQuick
+import Harvellon.Desktop
 import Harvellon.State
 
 /// The content of the settings window.
 FocusScope {
     id: view
 
+    required property SettingsController controller
     required property AppState state
     required property string versionText
 
@@ -12,24 +14,26 @@ FocusScope {
     /// A taller window gives its room to the accounts.
     readonly property real extra: Math.max(0, height - 460)
 
-    signal closeRequested
-
-    function opened() {
-        nextItemInFocusChain()?.forceActiveFocus(Qt.OtherFocusReason);
-    }
-
     Accessible.name: "Einstellungen"
     Accessible.role: Accessible.Pane
     focus: true
     height: 460
     width: 520
 
-    Keys.onEscapePressed: view.closeRequested()
+    Keys.onEscapePressed: view.controller.closeRequested()
+
+    Connections {
+        function onOpened() {
+            view.nextItemInFocusChain()?.forceActiveFocus(Qt.OtherFocusReason);
+        }
+
+        target: view.controller
+    }
 
     Shortcut {
         sequences: ["Ctrl+W"]
 
-        onActivated: view.closeRequested()
+        onActivated: view.controller.closeRequested()
     }
 
     Rectangle {

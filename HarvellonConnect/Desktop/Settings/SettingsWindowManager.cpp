@@ -6,7 +6,6 @@
 #include "Desktop/StatusItem/StatusBarController.h"
 #include "State/AppState.h"
 
-#include <QQuickItem>
 #include <QScreen>
 
 SettingsWindowManager::SettingsWindowManager(QmlViews& views, StatusBarController& statusBar,
@@ -20,7 +19,7 @@ void SettingsWindowManager::show(AppState& state) {
     if (!m_window)
         makeWindow(state);
     if (!m_window->isVisible())
-        QMetaObject::invokeMethod(m_window->rootObject(), "opened");
+        Q_EMIT m_controller.opened();
     if (m_window->windowStates().testFlag(Qt::WindowMinimized))
         m_window->showNormal();
     else
@@ -36,11 +35,11 @@ void SettingsWindowManager::makeWindow(AppState& state) {
     m_window->setTitle(QStringLiteral("Einstellungen"));
     m_window->setResizeMode(QQuickView::SizeRootObjectToView);
     m_window->setMinimumSize(size);
-    m_window->setInitialProperties({{QStringLiteral("state"), QVariant::fromValue(&state)},
+    m_window->setInitialProperties({{QStringLiteral("controller"), QVariant::fromValue(&m_controller)},
+                                    {QStringLiteral("state"), QVariant::fromValue(&state)},
                                     {QStringLiteral("versionText"), m_versionText}});
     m_window->setSource(QmlViews::address(QStringLiteral("SettingsView")));
-    if (QQuickItem* const view = m_window->rootObject())
-        connect(view, SIGNAL(closeRequested()), m_window.get(), SLOT(close()));
+    connect(&m_controller, &SettingsController::closeRequested, m_window.get(), &QWindow::close);
 
     const QRect room = screenUnderPointer()->availableGeometry();
     QRect frame(QPoint(0, 0), size);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Desktop/Settings/SettingsController.h"
+
 #include <QObject>
 #include <QQuickView>
 #include <QString>
@@ -31,5 +33,6 @@ class SettingsWindowManager : public QObject {
     QmlViews& m_views;
     StatusBarController& m_statusBar;
     QString m_versionText;
+    SettingsController m_controller; ///< the view in the window uses it, so it ends after the window
     std::unique_ptr<QQuickView> m_window;
 };

@@ -9,7 +9,6 @@
 
 #include <QCursor>
 #include <QGuiApplication>
-#include <QQuickItem>
 #include <QScreen>
 #include <QTimer>
 
@@ -42,6 +41,12 @@ StatusBarController::StatusBarController(QmlViews& views, QString versionText, Q
         else
             showProject(domain);
     });
+    connect(&m_panelController, &PanelController::closeRequested, this, &StatusBarController::close);
+    connect(&m_panelController, &PanelController::settingsRequested, this,
+            &StatusBarController::settingsRequested);
+    connect(&m_panelController, &PanelController::updatesRequested, this,
+            &StatusBarController::updatesRequested);
+    connect(&m_panelController, &PanelController::quitRequested, this, &StatusBarController::quitRequested);
 }
 
 StatusBarController::~StatusBarController() = default;
@@ -99,17 +104,17 @@ PanelWindow& StatusBarController::panel() {
     if (m_panel)
         return *m_panel;
     m_panel = std::make_unique<PanelWindow>(&m_views.engine());
-    m_panel->setInitialProperties({{QStringLiteral("state"), QVariant::fromValue(m_state)},
+    m_panel->setInitialProperties({{QStringLiteral("controller"), QVariant::fromValue(&m_panelController)},
+                                   {QStringLiteral("state"), QVariant::fromValue(m_state)},
                                    {QStringLiteral("versionText"), m_versionText}});
     m_panel->setSource(QmlViews::address(QStringLiteral("ContentView")));
-    m_panel->setKind(panelKind(hasBar(), QGuiApplication::platformName()));
-    if (QQuickItem* const view = m_panel->rootObject()) {
-        connect(view, SIGNAL(closeRequested()), this, SLOT(close()));
-        connect(view, SIGNAL(settingsRequested()), this, SIGNAL(settingsRequested()));
-        connect(view, SIGNAL(updatesRequested()), this, SIGNAL(updatesRequested()));
-        connect(view, SIGNAL(quitRequested()), this, SIGNAL(quitRequested()));
-    }
+    choosePanelKind();
     return *m_panel;
+}
+
+void StatusBarController::choosePanelKind() {
+    m_panel->setKind(panelKind(hasBar(), QGuiApplication::platformName()));
+    m_panelController.setRounded(m_panel->kind() == PanelWindow::Kind::popover);
 }
 
 bool StatusBarController::isShown() const {
@@ -126,9 +131,9 @@ void StatusBarController::toggle() {
 void StatusBarController::show() {
     PanelWindow& window = panel();
     if (!window.isVisible()) {
-        window.setKind(panelKind(hasBar(), QGuiApplication::platformName()));
+        choosePanelKind();
         place();
-        QMetaObject::invokeMethod(window.rootObject(), "opened");
+        Q_EMIT m_panelController.opened();
     }
     window.show();
     window.raise();
@@ -180,7 +185,7 @@ void StatusBarController::activated(QSystemTrayIcon::ActivationReason reason) {
 
 void StatusBarController::showProject(const QString& domain) {
     show();
-    QMetaObject::invokeMethod(panel().rootObject(), "showProject", Q_ARG(QString, domain));
+    Q_EMIT m_panelController.projectChosen(domain);
 }
 
 void StatusBarController::tellMountEnded(const QString& domain) {

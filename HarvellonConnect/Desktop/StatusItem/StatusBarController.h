@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Desktop/Native/Notifications.h"
+#include "Desktop/Panel/PanelController.h"
 
 #include <QElapsedTimer>
 #include <QMenu>
@@ -25,14 +26,15 @@ class StatusBarController : public QObject {
     StatusBarController(QmlViews& views, QString versionText, QObject* parent = nullptr);
     ~StatusBarController() override;
 
-    /// Once; later calls do nothing. `state` outlives the panel, which ends with the controller or
-    /// closePanel().
+    /// Adds the status item and shows the panel when there is no tray. Later calls do nothing. `state`
+    /// outlives the controller.
     void install(AppState& state);
 
     [[nodiscard]] bool isInstalled() const { return m_isInstalled; }
 
     void toggle();
     void show();
+    void close();
     [[nodiscard]] bool isShown() const;
 
     /// Opens the panel at the row of a project.
@@ -45,9 +47,6 @@ class StatusBarController : public QObject {
     /// The window of the panel, made when it is first needed.
     [[nodiscard]] PanelWindow& panel();
 
-  public Q_SLOTS:
-    void close();
-
   Q_SIGNALS:
     void settingsRequested();
     void updatesRequested();
@@ -56,6 +55,7 @@ class StatusBarController : public QObject {
   private:
     void makeMenu();
     void activated(QSystemTrayIcon::ActivationReason reason);
+    void choosePanelKind();
     void place();
     void stayInside();
     void showWithoutBar();
@@ -71,6 +71,7 @@ class StatusBarController : public QObject {
     std::unique_ptr<QSystemTrayIcon> m_statusItem; ///< none while a bar is waited for
     QElapsedTimer m_sinceInstall;
     Notifications m_notifications;
-    QRect m_frame; ///< where the popover was asked to stand
+    QRect m_frame;                     ///< where the popover was asked to stand
+    PanelController m_panelController; ///< the view in the panel uses it, so it ends after the panel
     std::unique_ptr<PanelWindow> m_panel;
 };
