@@ -1,6 +1,7 @@
 #include "Desktop/Controls/BareIconButton.h"
 
 #include "Desktop/Controls/HelpTips.h"
+#include "Desktop/Native/Appearance.h"
 
 #include <QQmlEngine>
 #include <QQuickWindow>
@@ -74,7 +75,9 @@ QImage BareIconButton::picture(qreal ratio) const {
 }
 
 void BareIconButton::ease(Eased& eased, qreal target, int milliseconds) {
-    if (!isVisible() || !window() || milliseconds == 0) {
+    const Appearance* const appearance = Appearance::of(this);
+    const bool still = appearance && appearance->reducedMotion();
+    if (!isVisible() || !window() || still) {
         eased.animation.reset();
         eased.value = target;
         update();

@@ -4,6 +4,8 @@
 #include <QFont>
 #include <QGuiApplication>
 #include <QPalette>
+#include <QQmlEngine>
+#include <QQuickItem>
 
 std::optional<bool> prefersDark(uint colorScheme) {
     switch (colorScheme) {
@@ -20,6 +22,12 @@ Appearance::Appearance(QObject* parent) : QObject(parent) {
     qApp->installEventFilter(this);
     decide();
     followDesktop();
+}
+
+const Appearance* Appearance::of(const QQuickItem* item) {
+    static const int type = qmlTypeId("Harvellon.Desktop", 1, 0, "Appearance");
+    QQmlEngine* engine = qmlEngine(item);
+    return engine ? engine->singletonInstance<Appearance*>(type) : nullptr;
 }
 
 bool Appearance::eventFilter(QObject* watched, QEvent* event) {

@@ -6,6 +6,8 @@
 
 #include <optional>
 
+class QQuickItem;
+
 /// How the desktop wants programs to look, as it changes. Main thread.
 class Appearance : public QObject {
     Q_OBJECT
@@ -17,6 +19,9 @@ class Appearance : public QObject {
 
   public:
     explicit Appearance(QObject* parent = nullptr);
+
+    /// The appearance that the engine of `item` uses; null for an item that no engine made.
+    [[nodiscard]] static const Appearance* of(const QQuickItem* item);
 
     [[nodiscard]] bool dark() const { return m_dark; }
 

@@ -12,7 +12,7 @@
 /// there is room, and inside `visible`.
 [[nodiscard]] QRect besideItem(const QSize& size, const QRect& item, const QRect& visible);
 
-/// Where a panel stands whose item's place is not told: at the bar, which is where `visible` leaves most of
+/// Where a panel stands whose item's position is unknown: at the bar, which is where `visible` leaves most of
 /// `screen` out (the upper edge where it leaves out nothing). With `pointer` on the bar, at the pointer's end
 /// of it; otherwise at its right or lower end, where status items live.
 [[nodiscard]] QRect besideBar(const QSize& size, const QRect& screen, const QRect& visible,

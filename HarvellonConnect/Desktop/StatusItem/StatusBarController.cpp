@@ -156,18 +156,19 @@ void StatusBarController::place() {
         return;
     }
     const QRect item = m_statusItem->geometry();
-    const bool told = item.width() > 0 && item.height() > 0;
-    const QPoint anchor = told ? item.center() : QCursor::pos();
+    const bool geometryKnown = item.width() > 0 && item.height() > 0;
+    const QPoint anchor = geometryKnown ? item.center() : QCursor::pos();
     const QScreen* const screen = screenAt(anchor);
     const QRect visible = screen->availableGeometry();
     m_panel->fitInto(visible.height());
     const QSize size = m_panel->size();
-    m_frame = told ? besideItem(size, item, visible) : besideBar(size, screen->geometry(), visible, anchor);
+    m_frame = geometryKnown ? besideItem(size, item, visible)
+                            : besideBar(size, screen->geometry(), visible, anchor);
     m_panel->setPosition(m_frame.topLeft());
 }
 
-/// Of the frame that was asked for: while a window manager takes the window over, it says of itself that it
-/// lies in the corner.
+/// Works on the requested geometry: while a window manager takes over a new window, the window reports a
+/// position in the corner of the screen.
 void StatusBarController::stayInside() {
     if (!isShown() || m_panel->kind() != PanelWindow::Kind::popover)
         return;
