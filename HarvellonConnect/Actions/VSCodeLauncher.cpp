@@ -1,6 +1,6 @@
 #include "Actions/VSCodeLauncher.h"
 
-#include "System/WholeFile.h"
+#include "System/AtomicFile.h"
 
 #include <QDir>
 #include <QFile>
@@ -72,7 +72,7 @@ std::optional<QString> VSCodeLauncher::writeWorkspace(const QString& domain, con
         return std::nullopt;
     const QString path =
         workspaces + QLatin1Char('/') + sanitizedFileName(domain) + QStringLiteral(".code-workspace");
-    return writeWholeFile(path, workspaceFor(folder)) ? std::optional(path) : std::nullopt;
+    return writeAtomically(path, workspaceFor(folder)) ? std::optional(path) : std::nullopt;
 }
 
 QCoro::Task<std::optional<QString>> VSCodeLauncher::locateCodeCommand() {

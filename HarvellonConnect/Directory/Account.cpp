@@ -8,11 +8,6 @@ constexpr QLatin1StringView emailKey("email");
 constexpr QLatin1StringView displayNameKey("displayName");
 } // namespace
 
-size_t qHash(const Account& account, size_t seed) {
-    return qHashMulti(seed, account.id, account.email.has_value(), account.email.value_or(QString()),
-                      account.displayName);
-}
-
 QByteArray encodeAccounts(const QList<Account>& accounts) {
     QByteArray text("[");
     for (const Account& account : accounts) {

@@ -15,8 +15,6 @@ struct Account {
     bool operator==(const Account&) const = default;
 };
 
-size_t qHash(const Account& account, size_t seed = 0);
-
 /// The remembered list as JSON and back. Decoding throws DecodingError; it is all or nothing.
 QByteArray encodeAccounts(const QList<Account>& accounts);
 QList<Account> decodeAccounts(const QByteArray& json);

@@ -47,23 +47,7 @@ UserProfile decodeUser(const QJsonValue& value) {
             Json::optionalBoolean(object, coderKey), Json::optionalBoolean(object, databaseKey)};
 }
 
-QByteArray encodeUser(const UserProfile& user) {
-    QList<std::pair<QLatin1StringView, QByteArray>> members{{nameKey, Json::scalar(user.name)}};
-    if (user.reseller)
-        members.append({resellerKey, Json::scalar(*user.reseller)});
-    if (user.coder)
-        members.append({coderKey, Json::scalar(*user.coder)});
-    if (user.allowDatabaseConnect)
-        members.append({databaseKey, Json::scalar(*user.allowDatabaseConnect)});
-    return Json::ordered(members);
-}
 } // namespace
-
-size_t qHash(const UserProfile& profile, size_t seed) {
-    return qHashMulti(seed, profile.name, profile.reseller.has_value(), profile.reseller.value_or(QString()),
-                      profile.coder.has_value(), profile.coder.value_or(false),
-                      profile.allowDatabaseConnect.has_value(), profile.allowDatabaseConnect.value_or(false));
-}
 
 ApplicationsResponse ApplicationsResponse::decode(const QByteArray& json) {
     const QJsonDocument document = Json::parsed(json);
@@ -82,15 +66,4 @@ ApplicationsResponse ApplicationsResponse::decode(const QByteArray& json) {
     for (const QJsonValue project : array)
         response.projects.append(decodeProject(project));
     return response;
-}
-
-QByteArray encodeApplications(const ApplicationsResponse& response) {
-    QByteArray projects("[");
-    for (const Project& project : response.projects) {
-        if (projects.size() > 1)
-            projects.append(',');
-        projects.append(encodeProject(project));
-    }
-    projects.append(']');
-    return Json::ordered({{userKey, encodeUser(response.user)}, {projectsKey, projects}});
 }

@@ -18,8 +18,6 @@ struct UserProfile {
     bool operator==(const UserProfile&) const = default;
 };
 
-size_t qHash(const UserProfile& profile, size_t seed = 0);
-
 /// The directory's answer.
 struct ApplicationsResponse {
     UserProfile user;
@@ -31,5 +29,3 @@ struct ApplicationsResponse {
     /// milliseconds.
     static ApplicationsResponse decode(const QByteArray& json);
 };
-
-QByteArray encodeApplications(const ApplicationsResponse& response);

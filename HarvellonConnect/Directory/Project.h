@@ -29,8 +29,3 @@ struct Project {
 
     bool operator==(const Project&) const = default;
 };
-
-size_t qHash(const Project& project, size_t seed = 0);
-
-/// The project as JSON, for diagnosis only: the identifier is written as text, which decoding refuses.
-QByteArray encodeProject(const Project& project);

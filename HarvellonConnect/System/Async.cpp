@@ -3,7 +3,7 @@
 #include <QCoroTimer>
 
 namespace {
-constexpr int mostWorkers = 64; // ten mounts at once, each with a stuck question, leave room
+constexpr int mostWorkers = 64; // many mounts may each block one thread
 }
 
 QThreadPool& Async::workers() {
@@ -18,8 +18,7 @@ QThreadPool& Async::workers() {
 QCoro::Task<> Async::sleep(std::chrono::milliseconds duration) {
     QTimer timer;
     timer.setSingleShot(true);
-    timer.setTimerType(
-        Qt::PreciseTimer); // a coarse one may come early, and who waits for a budget waits it out
+    timer.setTimerType(Qt::PreciseTimer); // a coarse timer may fire early and cut a caller's time budget
     timer.start(duration);
     co_await timer;
 }

@@ -3,57 +3,55 @@
 #include "System/Text.h"
 
 #include <QCoreApplication>
-#include <QCoroFuture>
-#include <QFuture>
-#include <QPointer>
+#include <QCoroSignal>
 #include <QProcess>
-#include <QPromise>
-#include <QTimer>
 
 namespace {
 constexpr qsizetype largestOutput = 16 * 1024 * 1024; // far more than any command of ours has reason to print
+constexpr std::chrono::milliseconds forever{-1};
 
-/// One command under way. Deletes itself when the child has ended; a child that outlives its time is left to
-/// end on its own, because destroying a running QProcess would wait for it.
-class Run : public QObject {
+/// A running command. Deletes itself when the child has ended. A child that ignores its time limit is left to
+/// end later, because destroying a running QProcess would block until then.
+class ChildProcess : public QObject {
+    Q_OBJECT
+
   public:
-    using Outcome = std::optional<ShellResult>; ///< nothing: it could not be started
+    struct Outcome {
+        bool started = false;
+        ShellResult result;
+    };
 
-    QFuture<Outcome> start(const QString& executable, const QStringList& arguments,
-                           std::chrono::milliseconds limit) {
-        connect(&m_process, &QProcess::readyReadStandardOutput, this, [this] { drain(); });
-        connect(&m_process, &QProcess::readyReadStandardError, this, [this] { drain(); });
+    ChildProcess() {
+        connect(&m_process, &QProcess::readyReadStandardOutput, this, &ChildProcess::drain);
+        connect(&m_process, &QProcess::readyReadStandardError, this, &ChildProcess::drain);
         connect(&m_process, &QProcess::errorOccurred, this, [this](QProcess::ProcessError error) {
-            if (error == QProcess::FailedToStart) {
-                finish(std::nullopt);
-                deleteLater();
-            }
+            if (error == QProcess::FailedToStart)
+                end({});
         });
         connect(&m_process, &QProcess::finished, this, [this](int code, QProcess::ExitStatus status) {
             drain();
-            // A child ended by a signal has no exit code of its own; any non-zero one says "not well".
-            finish(ShellResult{status == QProcess::NormalExit ? code : code + 128,
-                               strictUtf8(m_out).value_or(QString()), strictUtf8(m_err).value_or(QString())});
-            deleteLater();
+            // A child that was ended by a signal has no exit code; report a non-zero one as shells do.
+            end({true,
+                 {status == QProcess::NormalExit ? code : code + 128, strictUtf8(m_out).value_or(QString()),
+                  strictUtf8(m_err).value_or(QString())}});
         });
-        if (limit != Shell::noLimit) {
-            QTimer::singleShot(limit, this, [this] {
-                finish(ShellResult{Shell::timedOut, {}, QStringLiteral("Zeitüberschreitung")});
-                m_process.kill();
-            });
-            // Nobody is there to end it afterwards.
-            connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, &m_process,
-                    &QProcess::kill);
-        }
-        m_promise.start();
-        QFuture<Outcome> future = m_promise.future();
-        m_process.setInputChannelMode(QProcess::ForwardedInputChannel);
-        m_process.start(executable, arguments);
-        return future;
     }
 
+    void start(const QString& executable, const QStringList& arguments, bool limited) {
+        if (limited) // nobody is left to kill it after the event loop
+            connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, &m_process,
+                    &QProcess::kill);
+        m_process.setInputChannelMode(QProcess::ForwardedInputChannel);
+        m_process.start(executable, arguments);
+    }
+
+    void kill() { m_process.kill(); }
+
+  Q_SIGNALS:
+    void ended(ChildProcess::Outcome outcome);
+
   private:
-    /// Takes what has arrived, so that a talkative child never fills its pipe.
+    /// Reads what has arrived, so that the child never blocks on a full pipe.
     void drain() {
         const auto take = [](QByteArray& into, const QByteArray& arrived) {
             into.append(arrived.constData(), std::min(arrived.size(), largestOutput - into.size()));
@@ -62,15 +60,12 @@ class Run : public QObject {
         take(m_err, m_process.readAllStandardError());
     }
 
-    void finish(Outcome outcome) {
-        if (m_promise.future().isFinished())
-            return;
-        m_promise.addResult(std::move(outcome));
-        m_promise.finish();
+    void end(const Outcome& outcome) {
+        Q_EMIT ended(outcome); // reaches the waiting coroutine as a queued event, so delete after it
+        deleteLater();
     }
 
     QProcess m_process;
-    QPromise<Outcome> m_promise;
     QByteArray m_out;
     QByteArray m_err;
 };
@@ -83,19 +78,25 @@ ShellError ShellError::launchFailed(const QString& executable) {
 
 QCoro::Task<ShellResult> Shell::run(QString executable, QStringList arguments,
                                     std::chrono::milliseconds limit) {
-    auto* run = new Run;
-    QFuture<Run::Outcome> ended = run->start(executable, arguments, limit);
-    const Run::Outcome outcome = co_await ended;
-    if (!outcome)
+    auto* const child = new ChildProcess;
+    // The wait begins before the start, which may fail at once.
+    auto ended = qCoro(child, &ChildProcess::ended, limit == noLimit ? forever : limit);
+    child->start(executable, arguments, limit != noLimit);
+    const std::optional<ChildProcess::Outcome> outcome = co_await ended;
+    if (!outcome) {
+        child->kill();
+        co_return ShellResult{timedOut, {}, QStringLiteral("Zeitüberschreitung")};
+    }
+    if (!outcome->started)
         throw ShellError::launchFailed(executable);
-    co_return *outcome;
+    co_return outcome->result;
 }
 
 void Shell::launch(const QString& executable, const QStringList& arguments) {
     QProcess process;
     process.setProgram(executable);
     process.setArguments(arguments);
-    // A pipe of ours would break with us, and a terminal or a browser with it.
+    // Inherited pipes would break when this program ends, and the terminal or browser might end with them.
     process.setStandardOutputFile(QProcess::nullDevice());
     process.setStandardErrorFile(QProcess::nullDevice());
     if (!process.startDetached())
@@ -109,3 +110,5 @@ QCoro::Task<std::optional<QString>> Shell::which(QString name) {
         co_return std::nullopt;
     co_return result.stdout.trimmed();
 }
+
+#include "Shell.moc"

@@ -1,7 +1,6 @@
 #include "Desktop/Panel/PanelKeys.h"
 #include "Desktop/Panel/Rows/ButtonRail.h"
 #include "Desktop/StatusItem/PopoverPlacement.h"
-#include "Updates/UpdateFeed.h"
 
 #include <QTest>
 
@@ -108,37 +107,6 @@ class TestDesktopRules : public QObject {
         QFETCH(int, after);
         QCOMPARE(rowAfter(key, control, row, 25, 10).value_or(-9), after);
         QCOMPARE(rowAfter(key, control, -1, 0, 10), std::nullopt);
-    }
-
-    void feeds_data() {
-        QTest::addColumn<QByteArray>("items");
-        QTest::addColumn<QString>("version");
-        const auto item = [](const char* version, const char* address) {
-            return QByteArray("<item><sparkle:shortVersionString>") + version +
-                   "</sparkle:shortVersionString><link>" + address + "</link></item>";
-        };
-        QTest::newRow("newest of several")
-            << item("1.2", "https://x.example/1") + item("1.10.1", "https://x.example/2") +
-                   item("1.9", "https://x.example/3")
-            << u"1.10.1"_s;
-        QTest::newRow("attributes") << QByteArray("<item><enclosure url='https://x.example/a' "
-                                                  "sparkle:shortVersionString='2.0'/></item>")
-                                    << u"2.0"_s;
-        QTest::newRow("the same") << item("1.0.0", "https://x.example/1") << QString();
-        QTest::newRow("plain http") << item("2.0", "http://x.example/1") << QString();
-        QTest::newRow("no version") << item("neu", "https://x.example/1") << QString();
-        QTest::newRow("broken off") << item("2.0", "https://x.example/1") + "<item>" << QString();
-        QTest::newRow("another page") << QByteArray("</channel></rss><html>") << QString();
-    }
-
-    void feeds() {
-        QFETCH(QByteArray, items);
-        QFETCH(QString, version);
-        const QByteArray feed =
-            "<rss xmlns:sparkle='http://www.andymatuschak.org/xml-namespaces/sparkle'><channel>" + items +
-            "</channel></rss>";
-        const std::optional<Release> release = newerRelease(feed, u"1.0.0"_s);
-        QCOMPARE(release ? release->version : QString(), version);
     }
 };
 

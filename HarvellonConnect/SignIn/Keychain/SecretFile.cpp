@@ -1,7 +1,7 @@
 #include "SignIn/Keychain/SecretFile.h"
 
+#include "System/AtomicFile.h"
 #include "System/Logging.h"
-#include "System/WholeFile.h"
 
 #include <QDir>
 #include <QFile>
@@ -26,7 +26,7 @@ bool write(const QString& path, const QJsonObject& items) {
     const QString folder = QFileInfo(path).path();
     if (!QDir().mkpath(folder))
         return false;
-    return writeWholeFile(path, QJsonDocument(items).toJson(), ownerOnly);
+    return writeAtomically(path, QJsonDocument(items).toJson(), ownerOnly);
 }
 
 QString nameOf(const QString& service, const QString& account) {

@@ -1,6 +1,6 @@
 #include "System/Native/LoginItem.h"
 
-#include "System/WholeFile.h"
+#include "System/AtomicFile.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -38,6 +38,6 @@ bool LoginItem::setEnabled(bool enabled) {
                                          "Exec=%1\n"
                                          "Icon=com.harvellon.HarvellonConnect\n"
                                          "X-GNOME-Autostart-enabled=true\n");
-    return writeWholeFile(m_autostartFile,
-                          entry.arg(execValue(QCoreApplication::applicationFilePath())).toUtf8());
+    return writeAtomically(m_autostartFile,
+                           entry.arg(execValue(QCoreApplication::applicationFilePath())).toUtf8());
 }

@@ -8,7 +8,7 @@
 #include <QTimer>
 
 namespace {
-constexpr std::chrono::milliseconds afterSleep{2000};
+constexpr std::chrono::milliseconds graceAfterSleep{2000};
 }
 
 std::optional<QUrl> Http::address(const QString& text) {
@@ -38,10 +38,10 @@ QCoro::Task<HttpAnswer> Http::exchange(QNetworkAccessManager& network, QNetworkR
     };
     QTimer::singleShot(limit, Qt::PreciseTimer, reply.get(),
                        [limit, giveUp, sinceAsked, reply = reply.get()] {
-                           // Who has slept finds the time over before the answer that came meanwhile: it gets
-                           // its chance.
-                           if (sinceAsked.hasExpired((limit + afterSleep).count()))
-                               QTimer::singleShot(afterSleep, reply, giveUp);
+                           // After system sleep the timer fires before a reply that has already arrived;
+                           // allow a short grace period.
+                           if (sinceAsked.hasExpired((limit + graceAfterSleep).count()))
+                               QTimer::singleShot(graceAfterSleep, reply, giveUp);
                            else
                                giveUp();
                        });

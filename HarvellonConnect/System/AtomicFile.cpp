@@ -1,13 +1,12 @@
-#include "System/WholeFile.h"
+#include "System/AtomicFile.h"
 
 #include <QSaveFile>
 
-bool writeWholeFile(const QString& path, const QByteArray& content, QFile::Permissions permissions) {
+bool writeAtomically(const QString& path, const QByteArray& content, QFile::Permissions permissions) {
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly) || (permissions && !file.setPermissions(permissions)))
         return false;
-    // Committing does not notice what fails only when the buffer is emptied: it would put an empty file
-    // there.
+    // QSaveFile::commit() ignores a failed flush and would replace the file with an empty one.
     if (file.write(content) != content.size() || !file.flush()) {
         file.cancelWriting();
         return false;

@@ -1,4 +1,5 @@
 #include "Updates/UpdateController.h"
+#include "Updates/UpdateFeed.h"
 #include "sandbox/Sites.h"
 
 #include <QNetworkAccessManager>
@@ -19,6 +20,37 @@ class TestUpdates : public QObject {
     std::unique_ptr<sandbox::Sites> m_site;
 
   private Q_SLOTS:
+
+    void feeds_data() {
+        QTest::addColumn<QByteArray>("items");
+        QTest::addColumn<QString>("version");
+        const auto item = [](const char* version, const char* address) {
+            return QByteArray("<item><sparkle:shortVersionString>") + version +
+                   "</sparkle:shortVersionString><link>" + address + "</link></item>";
+        };
+        QTest::newRow("newest of several")
+            << item("1.2", "https://x.example/1") + item("1.10.1", "https://x.example/2") +
+                   item("1.9", "https://x.example/3")
+            << u"1.10.1"_s;
+        QTest::newRow("attributes") << QByteArray("<item><enclosure url='https://x.example/a' "
+                                                  "sparkle:shortVersionString='2.0'/></item>")
+                                    << u"2.0"_s;
+        QTest::newRow("the same") << item("1.0.0", "https://x.example/1") << QString();
+        QTest::newRow("plain http") << item("2.0", "http://x.example/1") << QString();
+        QTest::newRow("no version") << item("neu", "https://x.example/1") << QString();
+        QTest::newRow("broken off") << item("2.0", "https://x.example/1") + "<item>" << QString();
+        QTest::newRow("another page") << QByteArray("</channel></rss><html>") << QString();
+    }
+
+    void feeds() {
+        QFETCH(QByteArray, items);
+        QFETCH(QString, version);
+        const QByteArray feed =
+            "<rss xmlns:sparkle='http://www.andymatuschak.org/xml-namespaces/sparkle'><channel>" + items +
+            "</channel></rss>";
+        const std::optional<Release> release = newerRelease(feed, u"1.0.0"_s);
+        QCOMPARE(release ? release->version : QString(), version);
+    }
 
     void initTestCase() {
         m_site = std::make_unique<sandbox::Sites>(m_folder.path(), m_answers);
