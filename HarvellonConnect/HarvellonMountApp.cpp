@@ -18,7 +18,7 @@ HarvellonMountApp::HarvellonMountApp(const HostSystem& host, const ServerAddress
       m_state({host, server, m_shell, m_keychain, m_preferences, m_network},
               {[this] { m_statusBar.toggle(); },
                [](const QString& text) { QGuiApplication::clipboard()->setText(text); },
-               [this](const QString& domain) { m_statusBar.tellMountEnded(domain); }}),
+               [this](const QString& domain) { m_statusBar.notifyMountEnded(domain); }}),
       m_statusBar(m_views, versionText), m_settings(m_views, m_statusBar, versionText),
       m_alerts(m_views, m_state), m_updates(updateFeed, QCoreApplication::applicationVersion(), m_network) {
     connect(&m_statusBar, &StatusBarController::settingsRequested, this,
@@ -28,7 +28,7 @@ HarvellonMountApp::HarvellonMountApp(const HostSystem& host, const ServerAddress
         activateApplication();
         m_updates.checkForUpdates();
     });
-    connect(&m_updates, &UpdateController::announced, &m_statusBar, &StatusBarController::tell);
+    connect(&m_updates, &UpdateController::announced, &m_statusBar, &StatusBarController::notify);
     connect(&m_signals, &TerminationSignals::received, this, &HarvellonMountApp::quit);
     connect(qGuiApp, &QGuiApplication::commitDataRequest, this, &HarvellonMountApp::quit,
             Qt::DirectConnection);

@@ -2,6 +2,6 @@
 
 #include <QString>
 
-/// What people read as the version: "1.0.0 (42)", without the build number where it is absent or says the
-/// same.
+/// The version as the user sees it: "1.0.0 (42)", without the build number if that is empty or equal to
+/// `version`.
 [[nodiscard]] QString appVersionText(const QString& version, const QString& buildNumber);

@@ -7,17 +7,17 @@
 
 class QQmlEngine;
 
-/// The program's own views, and the engine that shows them. Main thread.
+/// The QML engine that all windows share. Main thread.
 class QmlViews {
   public:
     QmlViews();
     ~QmlViews();
     Q_DISABLE_COPY_MOVE(QmlViews)
 
-    /// Made at the first call: the status icon is up sooner without it.
+    /// Created at the first call, so that it does not delay the status icon.
     [[nodiscard]] QQmlEngine& engine();
 
-    /// Where the view of this name lies within the program.
+    /// The address of a view among the program's resources; `name` is its file name without ".qml".
     [[nodiscard]] static QUrl address(const QString& name);
 
   private:

@@ -3,7 +3,7 @@
 class QPoint;
 class QScreen;
 
-/// The screen that shows `point`; the primary screen where none does.
+/// The screen that contains `point`, else the primary screen.
 [[nodiscard]] QScreen* screenAt(const QPoint& point);
 
 [[nodiscard]] QScreen* screenUnderPointer();

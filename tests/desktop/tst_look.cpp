@@ -118,11 +118,11 @@ class TestLook : public QObject {
         connect(&appearance, &Appearance::darkChanged, this, [&changes] { ++changes; });
         const QString space = u"org.freedesktop.appearance"_s;
         const QString key = u"color-scheme"_s;
-        appearance.take(space, key, 1U);
+        appearance.applySetting(space, key, 1U);
         QVERIFY(appearance.dark());
-        appearance.take(space, u"contrast"_s, 2U);
+        appearance.applySetting(space, u"contrast"_s, 2U);
         QVERIFY(appearance.dark());
-        appearance.take(space, key, 0U);
+        appearance.applySetting(space, key, 0U);
         QVERIFY(!appearance.dark());
         QCOMPARE(changes, 2);
     }

@@ -58,14 +58,14 @@ class TestNotifications : public QObject {
         QVERIFY(service.isThere);
         desktop.signIn("erika");
         const QString domain = desktop.state->projects().at(4).domain;
-        desktop.statusBar->tellMountEnded(domain);
+        desktop.statusBar->notifyMountEnded(domain);
         QTRY_COMPARE(service.bodies.size(), 1);
         QCOMPARE(service.actions, (QStringList{u"default"_s, u"Öffnen"_s}));
-        desktop.statusBar->tell(u"Titel"_s, u"1 < 2 & 3"_s);
+        desktop.statusBar->notify(u"Titel"_s, u"1 < 2 & 3"_s);
         QTRY_COMPARE(service.bodies.size(), 2);
         QCOMPARE(service.bodies.constLast(), u"1 < 2 & 3"_s);
         service.capabilities = QStringList(u"body-markup"_s);
-        desktop.statusBar->tell(u"Titel"_s, u"1 < 2 & 3"_s);
+        desktop.statusBar->notify(u"Titel"_s, u"1 < 2 & 3"_s);
         QTRY_COMPARE(service.bodies.size(), 3);
         QCOMPARE(service.bodies.constLast(), u"1 &lt; 2 &amp; 3"_s);
 

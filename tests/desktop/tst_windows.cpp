@@ -72,7 +72,7 @@ class TestWindows : public QObject {
             m_desktop = std::make_unique<DesktopFixture>(m_platform->server());
             QRect item;
             QTRY_VERIFY(!(item = statusItem()).isEmpty());
-            m_desktop->statusBar->panel().warm();
+            m_desktop->statusBar->panel().preRender();
             const PanelWindow* const window = m_desktop->openPanel();
             const QRect visible = window->screen()->availableGeometry();
             const QPoint wanted = besideItem(window->size(), item, visible).topLeft();

@@ -3,7 +3,7 @@ import QtQuick
 import Harvellon.Desktop
 import Harvellon.State
 
-/// An alert that helps the user on: the last of its buttons leaves everything as it is.
+/// An alert that explains a problem and offers ways to solve it; its last button changes nothing.
 FocusScope {
     id: alert
 
@@ -70,7 +70,7 @@ FocusScope {
             wrapMode: TextEdit.Wrap
         }
 
-        // Beside each other with the way out at the left, the first and most useful at the right.
+        // From right to left: the most useful button first, the one that changes nothing last.
         Row {
             anchors.right: parent.right
             layoutDirection: Qt.RightToLeft

@@ -8,15 +8,16 @@
 class AppState;
 class QmlViews;
 
-/// Shows the state's guidance in a window of its own for as long as it waits for an answer. Main thread.
+/// Shows the open guidance of AppState as an alert window until the user answers it. Main thread.
 class GuidanceAlerts : public QObject {
     Q_OBJECT
 
   public:
-    /// Both outlive the alerts.
+    /// `views` and `state` outlive this object.
     GuidanceAlerts(QmlViews& views, AppState& state, QObject* parent = nullptr);
     ~GuidanceAlerts() override;
 
+    /// Null while no alert is open.
     [[nodiscard]] QQuickView* window() const { return m_window.get(); }
 
     bool eventFilter(QObject* watched, QEvent* event) override;

@@ -20,8 +20,8 @@ std::optional<bool> prefersDark(uint colorScheme) {
 
 Appearance::Appearance(QObject* parent) : QObject(parent) {
     qApp->installEventFilter(this);
-    decide();
-    followDesktop();
+    updateDark();
+    watchSettings();
 }
 
 const Appearance* Appearance::of(const QQuickItem* item) {
@@ -32,7 +32,7 @@ const Appearance* Appearance::of(const QQuickItem* item) {
 
 bool Appearance::eventFilter(QObject* watched, QEvent* event) {
     if (event->type() == QEvent::ApplicationPaletteChange)
-        decide();
+        updateDark();
     return QObject::eventFilter(watched, event);
 }
 
@@ -40,11 +40,11 @@ QString Appearance::fontFamily() {
     return QGuiApplication::font().family();
 }
 
-void Appearance::take(const QString& space, const QString& key, const QVariant& value) {
-    if (space == QLatin1String("org.freedesktop.appearance") && key == QLatin1String("color-scheme")) {
-        m_preferred = prefersDark(value.toUInt());
-        decide();
-    } else if (space == QLatin1String("org.gnome.desktop.interface") &&
+void Appearance::applySetting(const QString& settingGroup, const QString& key, const QVariant& value) {
+    if (settingGroup == QLatin1String("org.freedesktop.appearance") && key == QLatin1String("color-scheme")) {
+        m_preferredDark = prefersDark(value.toUInt());
+        updateDark();
+    } else if (settingGroup == QLatin1String("org.gnome.desktop.interface") &&
                key == QLatin1String("enable-animations")) {
         const bool reduced = !value.toBool();
         if (reduced != m_reducedMotion) {
@@ -54,11 +54,11 @@ void Appearance::take(const QString& space, const QString& key, const QVariant& 
     }
 }
 
-void Appearance::decide() {
+void Appearance::updateDark() {
     const QPalette palette = QGuiApplication::palette();
     const bool darkPalette =
         palette.color(QPalette::Window).lightness() < palette.color(QPalette::WindowText).lightness();
-    const bool dark = m_preferred.value_or(darkPalette);
+    const bool dark = m_preferredDark.value_or(darkPalette);
     if (dark == m_dark)
         return;
     m_dark = dark;

@@ -6,9 +6,7 @@
 
 #include <optional>
 
-class QQuickItem;
-
-/// How the desktop wants programs to look, as it changes. Main thread.
+/// The desktop's settings for the look of programs, kept up to date. Main thread.
 class Appearance : public QObject {
     Q_OBJECT
     QML_ELEMENT
@@ -27,27 +25,27 @@ class Appearance : public QObject {
 
     [[nodiscard]] bool reducedMotion() const { return m_reducedMotion; }
 
-    /// Of the program's words; controls would take another one from the platform's theme.
+    /// For all texts; controls would otherwise use a different family from the platform's theme.
     [[nodiscard]] static QString fontFamily();
 
     bool eventFilter(QObject* watched, QEvent* event) override;
 
-    /// Takes over one setting of the desktop, under the names that the settings portal uses.
-    void take(const QString& space, const QString& key, const QVariant& value);
+    /// Applies a setting, named as in the desktop's settings portal. Ignores settings of no interest here.
+    void applySetting(const QString& settingGroup, const QString& key, const QVariant& value);
 
   Q_SIGNALS:
     void darkChanged();
     void reducedMotionChanged();
 
   private:
-    /// Asks for the settings that no palette tells, and for their changes.
-    void followDesktop();
-    void decide();
+    /// Reads the settings that the palette does not contain, and follows their changes.
+    void watchSettings();
+    void updateDark();
 
-    std::optional<bool> m_preferred; ///< what the user has chosen for all programs
+    std::optional<bool> m_preferredDark; ///< the user's choice for all programs, if any
     bool m_dark = false;
     bool m_reducedMotion = false;
 };
 
-/// What a color-scheme setting asks for: 1 is dark, 2 is light, anything else leaves it to the palette.
+/// The meaning of a color-scheme setting: 1 is dark, 2 is light; with any other value the palette decides.
 [[nodiscard]] std::optional<bool> prefersDark(uint colorScheme);

@@ -11,7 +11,7 @@ const QString service = QStringLiteral("org.freedesktop.portal.Desktop");
 const QString path = QStringLiteral("/org/freedesktop/portal/desktop");
 const QString settings = QStringLiteral("org.freedesktop.portal.Settings");
 
-/// Older portals wrap the value of an answer twice.
+/// Older portals wrap the value of a reply in two variants.
 QVariant unwrapped(QVariant value) {
     while (value.canConvert<QDBusVariant>())
         value = value.value<QDBusVariant>().variant();
@@ -19,11 +19,11 @@ QVariant unwrapped(QVariant value) {
 }
 
 struct Setting {
-    QString space;
+    QString group;
     QString key;
 };
 
-/// Hears the portal's signal, whose value type only this desktop's sources know.
+/// Receives the portal's signal. A class of its own, so that Appearance.h stays free of D-Bus types.
 class SettingListener : public QObject {
     Q_OBJECT
 
@@ -32,8 +32,8 @@ class SettingListener : public QObject {
 
   public Q_SLOTS:
 
-    void changed(const QString& space, const QString& key, const QDBusVariant& value) {
-        m_appearance.take(space, key, unwrapped(value.variant()));
+    void changed(const QString& settingGroup, const QString& key, const QDBusVariant& value) {
+        m_appearance.applySetting(settingGroup, key, unwrapped(value.variant()));
     }
 
   private:
@@ -41,7 +41,7 @@ class SettingListener : public QObject {
 };
 } // namespace
 
-void Appearance::followDesktop() {
+void Appearance::watchSettings() {
     QDBusConnection bus = QDBusConnection::sessionBus();
     if (!bus.isConnected())
         return;
@@ -52,15 +52,15 @@ void Appearance::followDesktop() {
         {QStringLiteral("org.gnome.desktop.interface"), QStringLiteral("enable-animations")},
     };
     for (const Setting& setting : wanted) {
-        QDBusMessage question =
+        QDBusMessage message =
             QDBusMessage::createMethodCall(service, path, settings, QStringLiteral("Read"));
-        question << setting.space << setting.key;
-        auto* answer = new QDBusPendingCallWatcher(bus.asyncCall(question), this);
-        connect(answer, &QDBusPendingCallWatcher::finished, this, [this, setting, answer] {
-            const QDBusPendingReply<QDBusVariant> reply = *answer;
+        message << setting.group << setting.key;
+        auto* const watcher = new QDBusPendingCallWatcher(bus.asyncCall(message), this);
+        connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, setting, watcher] {
+            const QDBusPendingReply<QDBusVariant> reply = *watcher;
             if (reply.isValid())
-                take(setting.space, setting.key, unwrapped(reply.value().variant()));
-            answer->deleteLater();
+                applySetting(setting.group, setting.key, unwrapped(reply.value().variant()));
+            watcher->deleteLater();
         });
     }
 }

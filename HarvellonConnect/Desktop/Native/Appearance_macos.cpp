@@ -1,4 +1,4 @@
 #include "Desktop/Native/Appearance.h"
 
-// The palette follows the system's appearance here, and announces each change.
-void Appearance::followDesktop() {}
+// On macOS the palette follows the system's appearance, so there is nothing else to watch.
+void Appearance::watchSettings() {}

@@ -4,30 +4,32 @@ class QImage;
 class QString;
 class QWindow;
 
-// What a program without a Dock icon asks of the desktop itself. Where a desktop needs none of it, nothing
-// happens. Main thread.
+// Services of the desktop's window system. An operation that a desktop does not need does nothing there. Main
+// thread.
 
-/// False when there is nothing to show windows on. Before the application object is made, which would abort.
+/// Whether there is a display to show windows on. Check it before creating the application object, which
+/// aborts without a display.
 [[nodiscard]] bool hasScreen();
 
-/// No Dock icon and no main menu: the program lives in the menu bar. After the application object is made.
+/// Removes the Dock icon and the main menu: the program lives in the menu bar. Call it after creating the
+/// application object.
 void becomeAccessory();
 
-/// Whether the desktop has a bar that takes status items now. Waits for the bar's answer, briefly.
-[[nodiscard]] bool barIsThere();
+/// Whether a menu bar or tray for status items is running now. Waits for the session bus for at most 200
+/// milliseconds.
+[[nodiscard]] bool trayIsPresent();
 
-/// Brings the program to the front, whatever is there: windows of a program without a Dock icon open behind
-/// others.
+/// Brings the program to the front: windows of a program without a Dock icon open behind others.
 void activateApplication();
 
-/// Shows `window` beside full-screen windows, too, in whichever space the user is. It must have a native
-/// window.
+/// Lets `window` appear in every space, also beside full-screen windows. Creates its native window if it has
+/// none.
 void showInEverySpace(QWindow& window);
 
-/// The desktop keeps folder settings in a file of its own in every folder it shows; not in network and USB
-/// volumes from now on. A mounted site would get one into each folder that Finder opens.
+/// Stops Finder from writing .DS_Store files to network and USB volumes. A mounted site would get one in each
+/// folder that Finder opens.
 void keepVolumesClean();
 
-/// The desktop's own drawing of a symbol, in black on nothing, as a square of `pixels`; an empty image where
-/// there is none of that name.
+/// The desktop's own symbol of this name, black on transparent, in a square of `pixels` physical pixels; a
+/// null image if there is none.
 QImage nativeSymbol(const QString& name, int pixels);

@@ -14,13 +14,13 @@
 #include <string_view>
 
 namespace {
-/// A tray of the X server.
-bool trayIsThere() {
+/// A tray that owns the X server's tray selection.
+bool xTrayIsPresent() {
     const auto* const x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
     if (!x11)
         return false;
     xcb_connection_t* const connection = x11->connection();
-    constexpr std::string_view name("_NET_SYSTEM_TRAY_S0"); // Qt Quick and its trays know one screen
+    constexpr std::string_view name("_NET_SYSTEM_TRAY_S0"); // Qt uses a single X screen
     const XcbReply<xcb_intern_atom_reply_t> atom(
         xcb_intern_atom_reply(connection, xcb_intern_atom(connection, 0, name.size(), name.data()), nullptr));
     if (!atom)
@@ -30,15 +30,15 @@ bool trayIsThere() {
     return owner && owner->owner != XCB_NONE;
 }
 
-/// A bar that asks for its items on the session bus.
-bool notifierHostIsThere() {
-    constexpr int patience = 200; // milliseconds
+/// A tray that gets its items over the session bus.
+bool notifierHostIsPresent() {
+    constexpr int timeout = 200; // milliseconds
     const QString watcher = QStringLiteral("org.kde.StatusNotifierWatcher");
     QDBusMessage question = QDBusMessage::createMethodCall(watcher, QStringLiteral("/StatusNotifierWatcher"),
                                                            QStringLiteral("org.freedesktop.DBus.Properties"),
                                                            QStringLiteral("Get"));
     question << watcher << QStringLiteral("IsStatusNotifierHostRegistered");
-    const QDBusReply<QVariant> answer = QDBusConnection::sessionBus().call(question, QDBus::Block, patience);
+    const QDBusReply<QVariant> answer = QDBusConnection::sessionBus().call(question, QDBus::Block, timeout);
     return answer.isValid() && answer.value().toBool();
 }
 } // namespace
@@ -50,8 +50,8 @@ bool hasScreen() {
 
 void becomeAccessory() {}
 
-bool barIsThere() {
-    return trayIsThere() || notifierHostIsThere();
+bool trayIsPresent() {
+    return xTrayIsPresent() || notifierHostIsPresent();
 }
 
 void activateApplication() {}

@@ -16,7 +16,7 @@ void becomeAccessory() {
     [NSApp setActivationPolicy:NSApplicationActivationPolicyAccessory];
 }
 
-bool barIsThere() {
+bool trayIsPresent() {
     return true;
 }
 

@@ -6,21 +6,21 @@
 class NotificationService;
 class QSystemTrayIcon;
 
-/// Short messages of the program on the desktop, and the click on one. Main thread.
+/// Shows desktop notifications and reports clicks on them. Main thread.
 class Notifications : public QObject {
     Q_OBJECT
 
   public:
     using QObject::QObject;
 
-    /// `item` shows the messages where the desktop has no service for them; it outlives this.
+    /// `item` shows the notifications if the desktop has no notification service. It outlives this object.
     void setItem(QSystemTrayIcon& item);
 
-    /// `domain`: the project that the message is about; empty for none.
+    /// Shows a notification about the project `domain`, or about none if it is empty. Does not wait for it.
     void show(const QString& title, const QString& text, const QString& domain = {});
 
   Q_SIGNALS:
-    /// The message about `domain` was clicked.
+    /// The notification about `domain` was clicked; `domain` is empty if it is about no project.
     void clicked(const QString& domain);
 
   private:
@@ -28,6 +28,6 @@ class Notifications : public QObject {
     void showAtItem(const QString& title, const QString& text, const QString& domain);
 
     QSystemTrayIcon* m_item = nullptr;
-    QString m_domainAtItem; ///< of the last message there: the item does not tell which one was clicked
-    NotificationService* m_service = nullptr; ///< a child, made for the first message
+    QString m_domainAtItem; ///< of the last message only: the item does not report which one was clicked
+    NotificationService* m_service = nullptr; ///< a child, created for the first notification
 };

@@ -10,22 +10,23 @@
 namespace {
 const QString service = QStringLiteral("org.freedesktop.Notifications");
 const QString path = QStringLiteral("/org/freedesktop/Notifications");
-constexpr int patience = 3000; // milliseconds
+constexpr int timeout = 3000; // milliseconds
 
 QDBusPendingCall call(const QString& method, const QVariantList& arguments = {}) {
     QDBusMessage message = QDBusMessage::createMethodCall(service, path, service, method);
     message.setArguments(arguments);
-    return QDBusConnection::sessionBus().asyncCall(message, patience);
+    return QDBusConnection::sessionBus().asyncCall(message, timeout);
 }
 } // namespace
 
-/// The desktop's own service: what the status item shows on Linux has nothing that a click could choose.
+/// The desktop's notification service. It is preferred because QSystemTrayIcon sends messages without an
+/// action, so a click on one cannot be reported.
 class NotificationService : public QObject {
     Q_OBJECT
 
   public:
     explicit NotificationService(Notifications& owner) : QObject(&owner), m_owner(owner) {
-        // Naming the sender would make Qt ask the bus for its owner, and stand still meanwhile.
+        // With a sender's name Qt would block while it asks the bus for the name's owner.
         QDBusConnection bus = QDBusConnection::sessionBus();
         bus.connect({}, path, service, QStringLiteral("ActionInvoked"), this,
                     SLOT(actionInvoked(uint, QString)));
@@ -33,10 +34,10 @@ class NotificationService : public QObject {
     }
 
     void show(const QString& title, const QString& text, const QString& domain) {
-        auto* const asked = new QDBusPendingCallWatcher(call(QStringLiteral("GetCapabilities")), this);
-        connect(asked, &QDBusPendingCallWatcher::finished, this, [=, this] {
-            asked->deleteLater();
-            const QDBusPendingReply<QStringList> capabilities = *asked;
+        auto* const watcher = new QDBusPendingCallWatcher(call(QStringLiteral("GetCapabilities")), this);
+        connect(watcher, &QDBusPendingCallWatcher::finished, this, [=, this] {
+            watcher->deleteLater();
+            const QDBusPendingReply<QStringList> capabilities = *watcher;
             if (capabilities.isError())
                 m_owner.showAtItem(title, text, domain);
             else
@@ -56,17 +57,17 @@ class NotificationService : public QObject {
   private:
     void send(const QString& title, const QString& text, const QString& domain, bool markup) {
         constexpr uint newMessage = 0;
-        constexpr int asLongAsUsual = -1;
+        constexpr int defaultDuration = -1;
         const QStringList actions{QStringLiteral("default"), QStringLiteral("Öffnen")};
         const QVariantMap hints{{QStringLiteral("desktop-entry"), QString(applicationIdentifier)}};
-        auto* const sent = new QDBusPendingCallWatcher(
+        auto* const watcher = new QDBusPendingCallWatcher(
             call(QStringLiteral("Notify"),
                  {QStringLiteral("Harvellon Connect"), newMessage, QString(applicationIdentifier), title,
-                  markup ? text.toHtmlEscaped() : text, actions, hints, asLongAsUsual}),
+                  markup ? text.toHtmlEscaped() : text, actions, hints, defaultDuration}),
             this);
-        connect(sent, &QDBusPendingCallWatcher::finished, this, [=, this] {
-            sent->deleteLater();
-            const QDBusPendingReply<uint> id = *sent;
+        connect(watcher, &QDBusPendingCallWatcher::finished, this, [=, this] {
+            watcher->deleteLater();
+            const QDBusPendingReply<uint> id = *watcher;
             if (id.isError())
                 m_owner.showAtItem(title, text, domain);
             else
@@ -75,7 +76,7 @@ class NotificationService : public QObject {
     }
 
     Notifications& m_owner;
-    QHash<uint, QString> m_domains; ///< of the messages that are on the screen
+    QHash<uint, QString> m_domains; ///< by the id of each notification that is on the screen
 };
 
 void Notifications::show(const QString& title, const QString& text, const QString& domain) {

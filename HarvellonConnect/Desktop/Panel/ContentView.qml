@@ -61,10 +61,10 @@ FocusScope {
     }
 
     Item {
-        Accessible.name: speech.news
+        Accessible.name: speech.announcement
         Accessible.role: Accessible.AlertMessage
         height: 1
-        visible: speech.news !== ""
+        visible: speech.announcement !== ""
         width: 1
     }
 

@@ -51,7 +51,7 @@ void PanelContent::update() {
 
 QString PanelContent::personName() const {
     if (!m_state)
-        return {}; // read while the view is being made
+        return {}; // bindings read this before the state is set
     if (m_facts.signedIn)
         return m_state->userName();
     for (const Account& account : m_state->accounts()) {

@@ -6,7 +6,7 @@
 #include <QString>
 #include <QtQmlIntegration>
 
-/// What the panel shows in place of rows: a symbol and two lines, or nothing.
+/// What the panel shows instead of rows: a symbol and two lines, or nothing if empty.
 struct ListNotice {
     Q_GADGET
     QML_VALUE_TYPE(listNotice)
@@ -22,22 +22,22 @@ struct ListNotice {
     bool operator==(const ListNotice&) const = default;
 };
 
-/// What decides how the panel looks.
+/// The part of AppState that the panel's layout depends on.
 struct PanelFacts {
     bool signedIn = false;
     bool authenticating = false;
     bool loading = false;
-    bool hasAccount = false; ///< a login is stored, whether or not its profile has come yet
+    bool hasAccount = false; ///< a login is stored, even if its profile is not loaded yet
     int projects = 0;
     int visible = 0;
     QString searchText;
 };
 
-/// No project has been seen yet, and some are on their way.
+/// No project has been loaded yet, and the first load is running.
 [[nodiscard]] bool isFirstLoad(const PanelFacts& facts);
 [[nodiscard]] ListNotice listNotice(const PanelFacts& facts);
 
-/// How the panel looks in the present state. Main thread.
+/// What the panel shows in the current state. Main thread.
 class PanelContent : public QObject {
     Q_OBJECT
     QML_ELEMENT
@@ -57,12 +57,13 @@ class PanelContent : public QObject {
 
     [[nodiscard]] bool firstLoad() const { return isFirstLoad(m_facts); }
 
-    /// Somebody is signed in, or the stored login is about to tell who.
+    /// The user is signed in, or the profile of the stored login is loading.
     [[nodiscard]] bool badgeShown() const { return m_facts.signedIn || firstLoad(); }
 
     [[nodiscard]] bool searchEnabled() const { return badgeShown(); }
 
-    [[nodiscard]] QString personName() const; ///< of the profile, until it comes of the active account
+    /// From the profile; from the active account until the profile is loaded.
+    [[nodiscard]] QString personName() const;
 
     [[nodiscard]] ListNotice notice() const { return listNotice(m_facts); }
 

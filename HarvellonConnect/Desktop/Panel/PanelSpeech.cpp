@@ -4,7 +4,7 @@
 #include <QQuickWindow>
 
 namespace {
-constexpr int newsTime = 5000; // milliseconds
+constexpr int announcementDuration = 5000; // milliseconds
 } // namespace
 
 void PanelSpeech::setState(AppState* state) {
@@ -20,25 +20,25 @@ void PanelSpeech::connectionChanged(const QString& domain, bool connected) {
     for (const Project& project : m_state->projects()) {
         if (project.domain != domain)
             continue;
-        // Screen readers announce an alert when it appears, so the one before must vanish first.
-        setNews(QString());
-        setNews(project.title() +
-                (connected ? QStringLiteral(": Gemountet") : QStringLiteral(": Nicht verbunden")));
-        m_newsEnd.start(newsTime, this);
+        // Screen readers announce an alert when it appears, so hide the previous one first.
+        setAnnouncement(QString());
+        setAnnouncement(project.title() +
+                        (connected ? QStringLiteral(": Gemountet") : QStringLiteral(": Nicht verbunden")));
+        m_clearTimer.start(announcementDuration, this);
     }
 }
 
-void PanelSpeech::setNews(const QString& news) {
-    m_news = news;
-    Q_EMIT newsChanged();
+void PanelSpeech::setAnnouncement(const QString& announcement) {
+    m_announcement = announcement;
+    Q_EMIT announcementChanged();
 }
 
 void PanelSpeech::timerEvent(QTimerEvent* /*event*/) {
-    m_newsEnd.stop();
-    setNews(QString());
+    m_clearTimer.stop();
+    setAnnouncement(QString());
 }
 
-void PanelSpeech::tellFocus(QQuickItem* item) {
+void PanelSpeech::announceFocus(QQuickItem* item) {
     if (!item || !item->window() || !item->window()->isActive())
         return;
     QAccessibleEvent event(item, QAccessible::Focus);

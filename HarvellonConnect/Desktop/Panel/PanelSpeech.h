@@ -8,13 +8,13 @@
 #include <QString>
 #include <QtQmlIntegration>
 
-/// What screen readers are told beyond what the controls say of themselves. Main thread.
+/// Announcements for screen readers beyond what the controls themselves report. Main thread.
 class PanelSpeech : public QObject {
     Q_OBJECT
     QML_ELEMENT
     Q_PROPERTY(AppState* state READ state WRITE setState NOTIFY stateChanged REQUIRED)
-    /// Which project has just been mounted or has ended; empty when that is some seconds ago.
-    Q_PROPERTY(QString news READ news NOTIFY newsChanged)
+    /// Says that a project has been mounted or unmounted; empty after a few seconds.
+    Q_PROPERTY(QString announcement READ announcement NOTIFY announcementChanged)
 
   public:
     using QObject::QObject;
@@ -23,23 +23,24 @@ class PanelSpeech : public QObject {
 
     void setState(AppState* state);
 
-    [[nodiscard]] QString news() const { return m_news; }
+    [[nodiscard]] QString announcement() const { return m_announcement; }
 
-    /// Says that the user is at `item` now, wherever the keyboard's focus is. Null says nothing.
-    Q_INVOKABLE void tellFocus(QQuickItem* item);
+    /// Reports `item` as focused, whichever item has the keyboard focus. Does nothing for null or in an
+    /// inactive window.
+    Q_INVOKABLE void announceFocus(QQuickItem* item);
 
   Q_SIGNALS:
     void stateChanged();
-    void newsChanged();
+    void announcementChanged();
 
   protected:
     void timerEvent(QTimerEvent* event) override;
 
   private:
     void connectionChanged(const QString& domain, bool connected);
-    void setNews(const QString& news);
+    void setAnnouncement(const QString& announcement);
 
     AppState* m_state = nullptr;
-    QString m_news;
-    QBasicTimer m_newsEnd;
+    QString m_announcement;
+    QBasicTimer m_clearTimer;
 };

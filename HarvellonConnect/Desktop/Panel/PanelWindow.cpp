@@ -6,8 +6,8 @@
 #include <algorithm>
 
 namespace {
-/// One point less than the drawn corner, so that its soft edge lies inside: without a compositor what is left
-/// transparent would be black.
+/// Without a compositor transparent pixels are black, so the corners are cut off. The radius is one less than
+/// that of the drawn corner, whose antialiased edge thus lies inside.
 QRegion roundedMask(const QSize& size) {
     constexpr qreal radius = 11;
     QPainterPath shape;
@@ -44,11 +44,13 @@ void PanelWindow::setKind(Kind kind) {
     setMask(popover ? roundedMask(size()) : QRegion());
 }
 
-void PanelWindow::fitInto(int room) {
-    // A window manager tells how much it adds when the window is shown, which is too late.
-    constexpr int usualFrame = 40;
+void PanelWindow::fitInto(int availableHeight) {
+    // The window manager reports the frame's real height only after the window is shown.
+    constexpr int usualFrameHeight = 40;
     const bool popover = m_kind == Kind::popover;
-    setFixedSize({panelSize.width(), std::min(panelSize.height(), popover ? room : room - usualFrame)});
+    setFixedSize(
+        {panelSize.width(),
+         std::min(panelSize.height(), popover ? availableHeight : availableHeight - usualFrameHeight)});
     if (popover)
         setMask(roundedMask(size()));
 }
@@ -61,15 +63,15 @@ void PanelWindow::setFixedSize(const QSize& size) {
     resize(size);
 }
 
-void PanelWindow::warm() {
-    // On Wayland a hidden window has nothing to draw on; the renderer would take the panel for drawn, and
-    // leave it see-through when it is shown.
+void PanelWindow::preRender() {
+    // On Wayland a hidden window has no surface. The renderer would still count the panel as drawn, and the
+    // window would be transparent when it is shown.
     if (!isVisible() && !isWayland(QGuiApplication::platformName()))
         grabWindow();
 }
 
 bool PanelWindow::closedJustNow() const {
-    constexpr int sameClick = 300; // milliseconds between the press and what the bar makes of it
+    constexpr int sameClick = 300; // milliseconds from the press until the tray reports the click
     return m_sinceFocusLoss.isValid() && m_sinceFocusLoss.elapsed() < sameClick;
 }
 
@@ -81,7 +83,7 @@ void PanelWindow::activeHasChanged() {
 }
 
 bool PanelWindow::event(QEvent* event) {
-    // Closing would end the program as the last window's end; the panel only goes out of sight.
+    // Closing the last window would end the program, so only hide the panel.
     if (event->type() == QEvent::Close) {
         hide();
         event->ignore();

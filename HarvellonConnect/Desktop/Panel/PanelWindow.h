@@ -3,30 +3,31 @@
 #include <QElapsedTimer>
 #include <QQuickView>
 
-/// The window of the main panel: a popover without a frame that closes when the user turns elsewhere, or,
-/// where there is no bar to hang from, an ordinary small window.
+/// The window of the main panel: a frameless popover that hides when it loses the focus, or an ordinary small
+/// window if there is no tray. Main thread.
 class PanelWindow : public QQuickView {
     Q_OBJECT
 
   public:
     enum class Kind { popover, window };
-    /// Where the screen has room for it.
+    /// In logical pixels; less high if the screen has no room for it.
     static constexpr QSize panelSize{640, 660};
 
     explicit PanelWindow(QQmlEngine* engine);
 
-    /// Hidden windows only: a shown one keeps its kind.
+    /// Does nothing while the window is visible.
     void setKind(Kind kind);
 
     [[nodiscard]] Kind kind() const { return m_kind; }
 
-    /// Makes the panel as tall as it should be, or as `room` allows, in which an ordinary window has its
-    /// frame too.
-    void fitInto(int room);
+    /// Gives the panel its usual height, or less if `availableHeight` (logical pixels, which must also hold
+    /// the frame of an ordinary window) is too small.
+    void fitInto(int availableHeight);
 
-    /// Draws the hidden panel once, so that nothing is left to be made when it is shown.
-    void warm();
-    /// The click that took the focus away may be on the status item: it must not open the panel again.
+    /// Renders the hidden panel once, so that it appears without delay when it is shown.
+    void preRender();
+    /// Whether the popover lost the focus a moment ago. If that was by a click on the status item, the same
+    /// click must not open the panel again.
     [[nodiscard]] bool closedJustNow() const;
 
   protected:
@@ -40,5 +41,5 @@ class PanelWindow : public QQuickView {
     QElapsedTimer m_sinceFocusLoss;
 };
 
-/// A popover needs a bar, and a desktop that lets windows place themselves.
+/// A popover needs a tray, and a desktop where windows may position themselves, unlike Wayland.
 [[nodiscard]] PanelWindow::Kind panelKind(bool trayAvailable, const QString& platform);

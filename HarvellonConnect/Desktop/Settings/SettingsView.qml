@@ -11,7 +11,7 @@ FocusScope {
     required property string versionText
 
     readonly property real cardWidth: width - 2 * Theme.settingsMargin
-    /// A taller window gives its room to the accounts.
+    /// The additional height of an enlarged window goes to the list of accounts.
     readonly property real extra: Math.max(0, height - 460)
 
     Accessible.name: "Einstellungen"

@@ -12,7 +12,7 @@ class AppState;
 class QmlViews;
 class StatusBarController;
 
-/// Opens the settings; there is at most one window of them, which is kept after closing. Main thread.
+/// Opens the settings window. There is one, which is kept after closing. Main thread.
 class SettingsWindowManager : public QObject {
     Q_OBJECT
 
@@ -22,9 +22,10 @@ class SettingsWindowManager : public QObject {
                           QObject* parent = nullptr);
     ~SettingsWindowManager() override;
 
-    /// Opens the window, or brings it to the front; the panel closes.
+    /// Opens the window or brings it to the front, and closes the panel. `state` outlives the window.
     void show(AppState& state);
 
+    /// Null before the first show().
     [[nodiscard]] QQuickView* window() const { return m_window.get(); }
 
   private:

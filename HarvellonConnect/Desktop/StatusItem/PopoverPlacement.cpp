@@ -3,7 +3,8 @@
 #include <algorithm>
 #include <array>
 
-// QRect's right() and bottom() lie one inside the edge: edges are left + width and top + height here.
+// QRect::right() and bottom() are one less than the edge, so edges are computed as left + width and top +
+// height.
 
 QRect keepInside(QRect frame, const QRect& visible) {
     const auto rightOf = [](const QRect& rect) { return rect.x() + rect.width(); };
@@ -23,31 +24,31 @@ QRect besideItem(const QSize& size, const QRect& item, const QRect& visible) {
     constexpr int gap = 4;
     const int below = visible.y() + visible.height() - (item.y() + item.height());
     const int above = item.y() - visible.y();
-    const bool under = below >= size.height() + gap || below >= above;
+    const bool fitsBelow = below >= size.height() + gap || below >= above;
     const int x = item.x() + (item.width() - size.width()) / 2;
-    const int y = under ? item.y() + item.height() + gap : item.y() - gap - size.height();
+    const int y = fitsBelow ? item.y() + item.height() + gap : item.y() - gap - size.height();
     return keepInside({QPoint(x, y), size}, visible);
 }
 
 QRect besideBar(const QSize& size, const QRect& screen, const QRect& visible, const QPoint& pointer) {
     constexpr int margin = 8;
-    const std::array leftOut{
+    const std::array reserved{
         visible.y() - screen.y(),
         screen.y() + screen.height() - visible.y() - visible.height(),
         visible.x() - screen.x(),
         screen.x() + screen.width() - visible.x() - visible.width(),
     };
-    const auto edge = std::max_element(leftOut.begin(), leftOut.end()) - leftOut.begin();
-    const bool lyingBar = edge < 2;
+    const auto edge = std::max_element(reserved.begin(), reserved.end()) - reserved.begin();
+    const bool horizontalBar = edge < 2;
     const bool onBar = screen.contains(pointer) && !visible.contains(pointer);
     const bool leftEnd = onBar && pointer.x() < screen.center().x();
     const bool upperEnd = onBar && pointer.y() < screen.center().y();
 
     const QRect room = visible.marginsRemoved({margin, margin, margin, margin});
     QRect frame(room.topLeft(), size);
-    if (lyingBar ? !leftEnd : edge == 3)
+    if (horizontalBar ? !leftEnd : edge == 3)
         frame.moveLeft(room.x() + room.width() - size.width());
-    if (lyingBar ? edge == 1 : !upperEnd)
+    if (horizontalBar ? edge == 1 : !upperEnd)
         frame.moveTop(room.y() + room.height() - size.height());
     return keepInside(frame, visible);
 }

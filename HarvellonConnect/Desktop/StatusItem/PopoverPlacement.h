@@ -4,16 +4,16 @@
 #include <QRect>
 #include <QSize>
 
-/// `frame` moved, never resized, so that it lies in `visible`; of a frame too large, the left and bottom
-/// edges.
+/// Moves `frame` into `visible` without resizing it. If it is too large, its left and bottom edges stay
+/// visible.
 [[nodiscard]] QRect keepInside(QRect frame, const QRect& visible);
 
-/// Where a panel of `size` stands that belongs to `item` of the bar: centred below it, or above it where only
-/// there is room, and inside `visible`.
+/// The frame for a panel of `size` at the status item's frame `item`: centred below it, or above it if there
+/// is only room above, and inside `visible`.
 [[nodiscard]] QRect besideItem(const QSize& size, const QRect& item, const QRect& visible);
 
-/// Where a panel stands whose item's position is unknown: at the bar, which is where `visible` leaves most of
-/// `screen` out (the upper edge where it leaves out nothing). With `pointer` on the bar, at the pointer's end
-/// of it; otherwise at its right or lower end, where status items live.
+/// The frame for a panel of `size` when the status item's geometry is unknown: at the bar, which is the edge
+/// of `screen` where `visible` leaves out most (the upper edge if it leaves out nothing). If `pointer` is on
+/// the bar, at the end of the bar nearest to it; otherwise at the right or lower end, where status items are.
 [[nodiscard]] QRect besideBar(const QSize& size, const QRect& screen, const QRect& visible,
                               const QPoint& pointer);

@@ -17,12 +17,12 @@
 using namespace std::chrono_literals;
 
 namespace {
-/// Long enough for the icon to be up first, short enough to be done before anybody reaches for it.
-constexpr auto warmingDelay = 300ms;
-/// At login a bar may start a little after its items.
-constexpr auto patienceForBar = 1s;
-constexpr auto barInterval = 250ms;
-constexpr std::chrono::milliseconds longestWaitForBar = 5s;
+/// Lets the icon appear first; the panel is still rendered before a user can click the icon.
+constexpr auto preRenderDelay = 300ms;
+/// At login the tray may start a little after this program.
+constexpr auto trayGracePeriod = 1s;
+constexpr auto trayPollInterval = 250ms;
+constexpr std::chrono::milliseconds trayWaitLimit = 5s;
 
 QIcon statusIcon() {
     QIcon icon;
@@ -58,17 +58,17 @@ void StatusBarController::install(AppState& state) {
     makeMenu();
     m_isInstalled = true;
     m_sinceInstall.start();
-    waitForBar();
-    QTimer::singleShot(warmingDelay, this, [this] { panel().warm(); });
-    QTimer::singleShot(patienceForBar, this, &StatusBarController::showWithoutBar);
+    waitForTray();
+    QTimer::singleShot(preRenderDelay, this, [this] { panel().preRender(); });
+    QTimer::singleShot(trayGracePeriod, this, &StatusBarController::showWithoutTray);
 }
 
-/// With the first item the toolkit looks for a bar, and remembers for good that there was none.
-void StatusBarController::waitForBar() {
-    if (barIsThere() || m_sinceInstall.hasExpired(longestWaitForBar.count()))
+/// QSystemTrayIcon looks for a tray once and caches the result, so wait for one before the first icon.
+void StatusBarController::waitForTray() {
+    if (trayIsPresent() || m_sinceInstall.hasExpired(trayWaitLimit.count()))
         makeStatusItem();
     else
-        QTimer::singleShot(barInterval, this, &StatusBarController::waitForBar);
+        QTimer::singleShot(trayPollInterval, this, &StatusBarController::waitForTray);
 }
 
 void StatusBarController::makeStatusItem() {
@@ -82,12 +82,12 @@ void StatusBarController::makeStatusItem() {
     m_statusItem->show();
 }
 
-bool StatusBarController::hasBar() const {
+bool StatusBarController::hasTray() const {
     return m_statusItem && QSystemTrayIcon::isSystemTrayAvailable();
 }
 
-void StatusBarController::showWithoutBar() {
-    if (!hasBar())
+void StatusBarController::showWithoutTray() {
+    if (!hasTray())
         show();
 }
 
@@ -113,7 +113,7 @@ PanelWindow& StatusBarController::panel() {
 }
 
 void StatusBarController::choosePanelKind() {
-    m_panel->setKind(panelKind(hasBar(), QGuiApplication::platformName()));
+    m_panel->setKind(panelKind(hasTray(), QGuiApplication::platformName()));
     m_panelController.setRounded(m_panel->kind() == PanelWindow::Kind::popover);
 }
 
@@ -140,7 +140,7 @@ void StatusBarController::show() {
     window.requestActivate();
     showInEverySpace(window);
     activateApplication();
-    QTimer::singleShot(0, this, &StatusBarController::stayInside);
+    QTimer::singleShot(0, this, &StatusBarController::keepOnScreen);
 }
 
 void StatusBarController::close() {
@@ -162,20 +162,21 @@ void StatusBarController::place() {
     const QRect visible = screen->availableGeometry();
     m_panel->fitInto(visible.height());
     const QSize size = m_panel->size();
-    m_frame = geometryKnown ? besideItem(size, item, visible)
-                            : besideBar(size, screen->geometry(), visible, anchor);
-    m_panel->setPosition(m_frame.topLeft());
+    m_requestedFrame = geometryKnown ? besideItem(size, item, visible)
+                                     : besideBar(size, screen->geometry(), visible, anchor);
+    m_panel->setPosition(m_requestedFrame.topLeft());
 }
 
-/// Works on the requested geometry: while a window manager takes over a new window, the window reports a
-/// position in the corner of the screen.
-void StatusBarController::stayInside() {
+/// Uses the requested frame: until the window manager has placed the window, the window reports the screen's
+/// corner as its position.
+void StatusBarController::keepOnScreen() {
     if (!isShown() || m_panel->kind() != PanelWindow::Kind::popover)
         return;
-    const QRect inside = keepInside(m_frame, screenAt(m_frame.center())->availableGeometry());
-    if (inside == m_frame)
+    const QRect inside =
+        keepInside(m_requestedFrame, screenAt(m_requestedFrame.center())->availableGeometry());
+    if (inside == m_requestedFrame)
         return;
-    m_frame = inside;
+    m_requestedFrame = inside;
     m_panel->setPosition(inside.topLeft());
 }
 
@@ -189,7 +190,7 @@ void StatusBarController::showProject(const QString& domain) {
     Q_EMIT m_panelController.projectChosen(domain);
 }
 
-void StatusBarController::tellMountEnded(const QString& domain) {
+void StatusBarController::notifyMountEnded(const QString& domain) {
     QString title = domain;
     for (const Project& project : m_state->projects()) {
         if (project.domain == domain)
@@ -199,6 +200,6 @@ void StatusBarController::tellMountEnded(const QString& domain) {
                          domain);
 }
 
-void StatusBarController::tell(const QString& title, const QString& text) {
+void StatusBarController::notify(const QString& title, const QString& text) {
     m_notifications.show(title, text);
 }

@@ -16,8 +16,8 @@ class AppState;
 class PanelWindow;
 class QmlViews;
 
-/// The item in the desktop's bar, and the panel that opens from it. Where the desktop has no bar for items
-/// the panel is a window of its own; a bar that appears later is used from then on. Main thread.
+/// The status item in the menu bar or tray, and the panel that opens from it. If the desktop has no tray, the
+/// panel is an ordinary window; a tray that appears later is used from then on. Main thread.
 class StatusBarController : public QObject {
     Q_OBJECT
 
@@ -32,19 +32,21 @@ class StatusBarController : public QObject {
 
     [[nodiscard]] bool isInstalled() const { return m_isInstalled; }
 
+    /// Shows the panel if it is hidden, hides it if it is shown.
     void toggle();
-    void show();
+    void show(); ///< opens the panel, or brings it to the front
     void close();
     [[nodiscard]] bool isShown() const;
 
-    /// Opens the panel at the row of a project.
+    /// Opens the panel with the row of a project selected.
     void showProject(const QString& domain);
-    /// Tells on the desktop that a mount ended by itself; a click on the message opens the panel at its row.
-    void tellMountEnded(const QString& domain);
-    /// Shows a short message of the program on the desktop.
-    void tell(const QString& title, const QString& text);
+    /// Shows a notification that a mount ended unexpectedly; a click on it opens the panel at the project's
+    /// row.
+    void notifyMountEnded(const QString& domain);
+    /// Shows a notification; a click on it opens the panel.
+    void notify(const QString& title, const QString& text);
 
-    /// The window of the panel, made when it is first needed.
+    /// The panel's window, created at the first call. Call install() before.
     [[nodiscard]] PanelWindow& panel();
 
   Q_SIGNALS:
@@ -57,21 +59,21 @@ class StatusBarController : public QObject {
     void activated(QSystemTrayIcon::ActivationReason reason);
     void choosePanelKind();
     void place();
-    void stayInside();
-    void showWithoutBar();
-    void waitForBar();
+    void keepOnScreen();
+    void showWithoutTray();
+    void waitForTray();
     void makeStatusItem();
-    [[nodiscard]] bool hasBar() const;
+    [[nodiscard]] bool hasTray() const;
 
     QmlViews& m_views;
     QString m_versionText;
     AppState* m_state = nullptr;
     bool m_isInstalled = false;
     QMenu m_menu;
-    std::unique_ptr<QSystemTrayIcon> m_statusItem; ///< none while a bar is waited for
+    std::unique_ptr<QSystemTrayIcon> m_statusItem; ///< null while waiting for a tray
     QElapsedTimer m_sinceInstall;
     Notifications m_notifications;
-    QRect m_frame;                     ///< where the popover was asked to stand
+    QRect m_requestedFrame;            ///< of the popover
     PanelController m_panelController; ///< the view in the panel uses it, so it ends after the panel
     std::unique_ptr<PanelWindow> m_panel;
 };

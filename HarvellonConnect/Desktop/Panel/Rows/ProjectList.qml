@@ -70,7 +70,7 @@ Card {
             function onCurrentRowChanged() {
                 const row = card.keys.currentRow;
                 list.positionViewAtIndex(row, ListView.Contain);
-                card.speech.tellFocus(row < 0 ? card.Window.activeFocusItem : list.itemAtIndex(row));
+                card.speech.announceFocus(row < 0 ? card.Window.activeFocusItem : list.itemAtIndex(row));
             }
 
             target: card.keys
