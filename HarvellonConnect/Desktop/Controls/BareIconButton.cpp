@@ -1,7 +1,6 @@
 #include "Desktop/Controls/BareIconButton.h"
 
 #include "Desktop/Controls/HelpTips.h"
-#include "Desktop/Native/Appearance.h"
 
 #include <QQmlEngine>
 #include <QQuickWindow>
@@ -75,9 +74,7 @@ QImage BareIconButton::picture(qreal ratio) const {
 }
 
 void BareIconButton::ease(Eased& eased, qreal target, int milliseconds) {
-    const Appearance* const appearance = Appearance::of(this);
-    const bool still = appearance && appearance->reducedMotion();
-    if (!isVisible() || !window() || still) {
+    if (!isVisible() || !window() || milliseconds == 0) {
         eased.animation.reset();
         eased.value = target;
         update();

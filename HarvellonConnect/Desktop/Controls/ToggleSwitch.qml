@@ -35,7 +35,7 @@ T.Switch {
 
             Behavior on x {
                 NumberAnimation {
-                    duration: Theme.hover
+                    duration: Theme.still ? 0 : Theme.hover
                     easing.type: Easing.OutCubic
                 }
             }

@@ -4,8 +4,6 @@
 #include <QFont>
 #include <QGuiApplication>
 #include <QPalette>
-#include <QQmlEngine>
-#include <QQuickItem>
 
 std::optional<bool> prefersDark(uint colorScheme) {
     switch (colorScheme) {
@@ -22,12 +20,6 @@ Appearance::Appearance(QObject* parent) : QObject(parent) {
     qApp->installEventFilter(this);
     updateDark();
     watchSettings();
-}
-
-const Appearance* Appearance::of(const QQuickItem* item) {
-    static const int type = qmlTypeId("Harvellon.Desktop", 1, 0, "Appearance");
-    QQmlEngine* engine = qmlEngine(item);
-    return engine ? engine->singletonInstance<Appearance*>(type) : nullptr;
 }
 
 bool Appearance::eventFilter(QObject* watched, QEvent* event) {

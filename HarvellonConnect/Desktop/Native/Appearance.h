@@ -18,9 +18,6 @@ class Appearance : public QObject {
   public:
     explicit Appearance(QObject* parent = nullptr);
 
-    /// The appearance that the engine of `item` uses; null for an item that no engine made.
-    [[nodiscard]] static const Appearance* of(const QQuickItem* item);
-
     [[nodiscard]] bool dark() const { return m_dark; }
 
     [[nodiscard]] bool reducedMotion() const { return m_reducedMotion; }
