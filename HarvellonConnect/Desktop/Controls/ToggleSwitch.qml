@@ -16,8 +16,9 @@ T.Switch {
     implicitHeight: 22
     implicitWidth: 38
 
-    Keys.onEnterPressed: toggle.press()
-    Keys.onReturnPressed: toggle.press()
+    Keys.forwardTo: ReturnKey {
+        onPressed: toggle.press()
+    }
 
     indicator: Rectangle {
         color: toggle.checked ? Theme.switchOn : Theme.switchOff
