@@ -36,7 +36,7 @@ T.Switch {
 
             Behavior on x {
                 NumberAnimation {
-                    duration: Theme.still ? 0 : Theme.hover
+                    duration: Theme.hover
                     easing.type: Easing.OutCubic
                 }
             }
