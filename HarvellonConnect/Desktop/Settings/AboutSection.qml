@@ -26,6 +26,7 @@ Card {
             lineHeight: 14
             lineHeightMode: Text.FixedHeight
             text: "Harvellon Connect ist ein echt gewaltiges Helper Programm, das deinen Mac mit der Harvellon Welt verbindet. Einfach anmelden und schon geht dieses Tool ab wie Schnitzel."
+            verticalAlignment: Text.AlignTop
             width: parent.width
             wrapMode: Text.Wrap
         }
