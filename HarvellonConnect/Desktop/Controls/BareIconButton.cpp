@@ -70,11 +70,12 @@ QImage BareIconButton::picture(qreal ratio) const {
         style.ring = m_ringColor;
     style.isHovered = m_hoverLight.value;
     style.isPressed = m_pressLight.value;
+    style.still = m_still;
     return style.picture(width(), ratio);
 }
 
 void BareIconButton::ease(Eased& eased, qreal target, int milliseconds) {
-    if (!isVisible() || !window() || milliseconds == 0) {
+    if (!isVisible() || !window() || m_still) {
         eased.animation.reset();
         eased.value = target;
         update();

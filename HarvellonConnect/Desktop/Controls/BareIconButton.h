@@ -21,6 +21,8 @@ class BareIconButton : public PixelItem {
     Q_PROPERTY(QColor background MEMBER m_background WRITE setBackground NOTIFY lookChanged)
     Q_PROPERTY(QColor outline MEMBER m_outline WRITE setOutline NOTIFY lookChanged)
     Q_PROPERTY(QColor ringColor MEMBER m_ringColor WRITE setRingColor NOTIFY lookChanged)
+    /// Reduced motion: hover and press change at once, and a press does not shrink the symbol.
+    Q_PROPERTY(bool still MEMBER m_still NOTIFY stillChanged)
     Q_PROPERTY(QString help MEMBER m_help NOTIFY helpChanged)
     Q_PROPERTY(QString keys MEMBER m_keys NOTIFY helpChanged)
     Q_PROPERTY(bool hovered READ hovered NOTIFY hoveredChanged)
@@ -49,6 +51,7 @@ class BareIconButton : public PixelItem {
     /// `shift`: whether the Shift key was held.
     void clicked(bool shift);
     void lookChanged();
+    void stillChanged();
     void helpChanged();
     void hoveredChanged();
     void isHoveredChanged();
@@ -90,6 +93,7 @@ class BareIconButton : public PixelItem {
     QColor m_ringColor;
     QString m_help;
     QString m_keys;
+    bool m_still = false;
     bool m_hovered = false;
     bool m_isHovered = false;
     bool m_pressed = false;

@@ -26,20 +26,16 @@ Rectangle {
         anchors.centerIn: parent
         spacing: 8
 
-        Text {
+        CaptionLabel {
             color: Theme.primaryInk
-            font.pixelSize: Theme.captionSize
             font.weight: Font.Medium
             text: HelpTips.text
-            textFormat: Text.PlainText
         }
 
-        Text {
+        CaptionLabel {
             color: Theme.primaryInk
-            font.pixelSize: Theme.captionSize
             opacity: 0.68
             text: HelpTips.keys
-            textFormat: Text.PlainText
             visible: text !== ""
         }
     }

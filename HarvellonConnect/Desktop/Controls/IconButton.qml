@@ -16,6 +16,7 @@ BareIconButton {
     isHovered: hovered
     outline: Theme.outline
     ringColor: Theme.focus
+    still: Theme.still
     tint: Theme.ink
 
     onClicked: triggered()

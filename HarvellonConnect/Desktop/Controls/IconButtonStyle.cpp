@@ -83,7 +83,7 @@ QImage IconButtonStyle::draw(qreal side, qreal ratio) const {
     painter.drawRoundedRect(body, radius, radius);
 
     const qreal label = side - 2 * padding;
-    const qreal scale = 1 - (1 - pressScale) * isPressed;
+    const qreal scale = still ? 1 : 1 - (1 - pressScale) * isPressed;
     const QImage drawn = symbolImage(symbol, tint, qRound(label * ratio));
     const qreal shown = label * scale;
     const QRectF place(padding + (label - shown) / 2, padding + (label - shown) / 2, shown, shown);

@@ -23,6 +23,7 @@ struct IconButtonStyle {
     QColor ring;         ///< invalid without the keyboard's focus
     qreal isHovered = 0; ///< 0 to 1, what lies between is the way there
     qreal isPressed = 0;
+    bool still = false; ///< a press does not shrink the symbol
 
     /// The button of `side` points, with the ring's bleed around it.
     [[nodiscard]] QImage picture(qreal side, qreal ratio) const;

@@ -15,13 +15,8 @@ T.Button {
     implicitWidth: contentItem.implicitWidth + 16
     opacity: enabled ? 1 : 0.38
 
-    Keys.onEnterPressed: event => {
-        if (!event.isAutoRepeat)
-            clicked();
-    }
-    Keys.onReturnPressed: event => {
-        if (!event.isAutoRepeat)
-            clicked();
+    Keys.forwardTo: ReturnKey {
+        onPressed: button.clicked()
     }
 
     background: Item {

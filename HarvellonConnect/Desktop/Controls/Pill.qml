@@ -22,15 +22,13 @@ Rectangle {
         x: 6
     }
 
-    Text {
+    CaptionLabel {
         id: label
 
         anchors.verticalCenter: parent.verticalCenter
         color: pill.ink
-        font.pixelSize: Theme.captionSize
         font.weight: Font.Medium
         text: pill.text
-        textFormat: Text.PlainText
         x: 23
     }
 }

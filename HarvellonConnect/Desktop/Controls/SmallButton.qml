@@ -15,6 +15,7 @@ BareIconButton {
     isHovered: hovered
     outline: "transparent"
     ringColor: Theme.focus
+    still: Theme.still
     symbol: "xmark"
     width: 24
 

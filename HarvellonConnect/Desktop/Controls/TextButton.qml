@@ -24,13 +24,8 @@ T.Button {
     implicitWidth: contentItem.implicitWidth + leftPadding + rightPadding
     opacity: enabled ? 1 : 0.38
 
-    Keys.onEnterPressed: event => {
-        if (!event.isAutoRepeat)
-            clicked();
-    }
-    Keys.onReturnPressed: event => {
-        if (!event.isAutoRepeat)
-            clicked();
+    Keys.forwardTo: ReturnKey {
+        onPressed: button.clicked()
     }
 
     background: Rectangle {

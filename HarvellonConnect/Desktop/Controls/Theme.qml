@@ -67,7 +67,7 @@ QtObject {
     readonly property int smallIconSize: 16
 
     // Motion, in milliseconds
-    readonly property int hover: 120
+    readonly property int hover: still ? 0 : 120
     readonly property int crossFade: still ? 0 : 160
     readonly property int slide: still ? 0 : 180
     readonly property int spinnerTurn: 900

@@ -16,8 +16,9 @@ T.Switch {
     implicitHeight: 22
     implicitWidth: 38
 
-    Keys.onEnterPressed: toggle.press()
-    Keys.onReturnPressed: toggle.press()
+    Keys.forwardTo: ReturnKey {
+        onPressed: toggle.press()
+    }
 
     indicator: Rectangle {
         color: toggle.checked ? Theme.switchOn : Theme.switchOff
@@ -35,7 +36,7 @@ T.Switch {
 
             Behavior on x {
                 NumberAnimation {
-                    duration: Theme.still ? 0 : Theme.hover
+                    duration: Theme.hover
                     easing.type: Easing.OutCubic
                 }
             }

@@ -42,14 +42,8 @@ FocusScope {
         x: 64
         y: 20
 
-        Text {
-            Accessible.name: text
-            Accessible.role: Accessible.Heading
-            color: Theme.ink
-            font.pixelSize: Theme.titleSize
-            font.weight: Font.DemiBold
+        HeadingLabel {
             text: alert.title
-            textFormat: Text.PlainText
             width: parent.width
             wrapMode: Text.Wrap
         }

@@ -45,15 +45,12 @@ Card {
             }
         }
 
-        Text {
+        BodyLabel {
             Accessible.name: text
             Accessible.role: Accessible.StaticText
             anchors.verticalCenter: parent.verticalCenter
-            color: Theme.ink
-            font.pixelSize: Theme.bodySize
             font.weight: Font.DemiBold
             text: card.state.isAuthenticating ? "Warte auf Browser-Login..." : "Nicht angemeldet"
-            textFormat: Text.PlainText
             x: 50
         }
 

@@ -17,18 +17,11 @@ ListView {
     model: visible ? log : null
     reuseItems: true
 
-    T.ScrollBar.vertical: T.ScrollBar {
-        Accessible.ignored: true
+    T.ScrollBar.vertical: ListScrollBar {
         implicitWidth: 6
         minimumSize: 0.1
-        policy: lines.contentHeight > lines.height ? T.ScrollBar.AlwaysOn : T.ScrollBar.AlwaysOff
+        needed: lines.contentHeight > lines.height
         rightPadding: 3
-        visible: policy === T.ScrollBar.AlwaysOn
-
-        contentItem: Rectangle {
-            color: Theme.outline
-            radius: 1.5
-        }
     }
     delegate: ActivityRow {
         width: lines.width

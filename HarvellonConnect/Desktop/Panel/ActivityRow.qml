@@ -19,12 +19,9 @@ Item {
     ListView.onPooled: visible = false
     ListView.onReused: visible = true
 
-    Text {
+    CaptionLabel {
         anchors.verticalCenter: parent.verticalCenter
-        color: Theme.secondary
-        font.pixelSize: Theme.captionSize
         text: row.time
-        textFormat: Text.PlainText
         x: Theme.inset
     }
 
@@ -36,7 +33,7 @@ Item {
         x: 70
     }
 
-    Text {
+    NoteLabel {
         anchors.left: parent.left
         anchors.leftMargin: 92
         anchors.right: parent.right
@@ -44,8 +41,6 @@ Item {
         anchors.verticalCenter: parent.verticalCenter
         color: Theme.ink
         elide: Text.ElideMiddle
-        font.pixelSize: Theme.labelSize
         text: row.message.replace(/\s*[\r\n]+\s*/g, " ")
-        textFormat: Text.PlainText
     }
 }

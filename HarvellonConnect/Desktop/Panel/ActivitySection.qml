@@ -20,15 +20,10 @@ Card {
         }
     }
 
-    Text {
-        Accessible.name: text
-        Accessible.role: Accessible.Heading
-        color: Theme.ink
+    HeadingLabel {
         font.pixelSize: Theme.bodySize
-        font.weight: Font.DemiBold
         height: 40
         text: "Aktivitaet"
-        verticalAlignment: Text.AlignVCenter
         x: Theme.inset
     }
 
@@ -52,11 +47,9 @@ Card {
         }
     }
 
-    Text {
+    NoteLabel {
         Accessible.name: text
         Accessible.role: Accessible.StaticText
-        color: Theme.secondary
-        font.pixelSize: Theme.labelSize
         text: "Aktionen erscheinen hier bei Verbinden oder Trennen."
         visible: card.isActivityExpanded && card.state.activityLog.count === 0
         x: Theme.inset

@@ -148,18 +148,15 @@ FocusScope {
         y: footer.y - height
     }
 
-    Text {
+    CaptionLabel {
         id: footer
 
         Accessible.name: text
         Accessible.role: Accessible.StaticText
         anchors.horizontalCenter: parent.horizontalCenter
         color: Theme.footer
-        font.pixelSize: Theme.captionSize
         height: 26
         text: "Harvellon Connect " + panel.versionText
-        textFormat: Text.PlainText
-        verticalAlignment: Text.AlignVCenter
         y: panel.height - height
     }
 

@@ -24,7 +24,7 @@ Rectangle {
         y: 8
     }
 
-    Text {
+    NoteLabel {
         id: words
 
         anchors.left: parent.left
@@ -34,10 +34,8 @@ Rectangle {
         anchors.verticalCenter: parent.verticalCenter
         color: Theme.badInk
         elide: Text.ElideRight
-        font.pixelSize: Theme.labelSize
         maximumLineCount: 6
         text: line.text
-        textFormat: Text.PlainText
         wrapMode: Text.Wrap
     }
 

@@ -25,23 +25,16 @@ Column {
         width: 1
     }
 
-    Text {
-        color: Theme.ink
+    BodyLabel {
         elide: Text.ElideMiddle
-        font.pixelSize: Theme.bodySize
-        font.weight: Font.Medium
         horizontalAlignment: Text.AlignHCenter
         text: view.notice.title
-        textFormat: Text.PlainText
         width: view.width
     }
 
-    Text {
-        color: Theme.secondary
-        font.pixelSize: Theme.labelSize
+    NoteLabel {
         horizontalAlignment: Text.AlignHCenter
         text: view.notice.text
-        textFormat: Text.PlainText
         width: view.width
         wrapMode: Text.Wrap
     }

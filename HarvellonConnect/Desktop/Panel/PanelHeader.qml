@@ -11,25 +11,16 @@ Item {
     signal updatesRequested
     signal quitRequested
 
-    Text {
-        Accessible.name: text
-        Accessible.role: Accessible.Heading
-        color: Theme.ink
-        font.pixelSize: Theme.titleSize
-        font.weight: Font.DemiBold
+    HeadingLabel {
         height: 20
         text: "Harvellon Connect"
-        verticalAlignment: Text.AlignVCenter
     }
 
-    Text {
+    CaptionLabel {
         Accessible.name: text
         Accessible.role: Accessible.StaticText
-        color: Theme.secondary
-        font.pixelSize: Theme.captionSize
         height: 14
         text: "Projekte verbinden, mounten und öffnen"
-        verticalAlignment: Text.AlignVCenter
         y: 21
     }
 

@@ -34,15 +34,11 @@ Item {
         }
     }
 
-    Text {
-        color: Theme.ink
+    BodyLabel {
         elide: Text.ElideRight
-        font.pixelSize: Theme.bodySize
         font.weight: Font.DemiBold
         height: 17
         text: badge.name
-        textFormat: Text.PlainText
-        verticalAlignment: Text.AlignVCenter
         width: (badge.showStatus ? status.x : badge.width) - 12 - x
         x: 50
         y: badge.secondLine === "" ? 14 : 6
@@ -64,13 +60,9 @@ Item {
             }
         }
 
-        Text {
-            color: Theme.secondary
-            font.pixelSize: Theme.captionSize
+        CaptionLabel {
             height: 14
             text: badge.secondLine
-            textFormat: Text.PlainText
-            verticalAlignment: Text.AlignVCenter
         }
     }
 

@@ -21,8 +21,9 @@ T.ItemDelegate {
     focusPolicy: Qt.TabFocus
     height: 42
 
-    Keys.onEnterPressed: clicked()
-    Keys.onReturnPressed: clicked()
+    Keys.forwardTo: ReturnKey {
+        onPressed: row.clicked()
+    }
     onClicked: state.switchAccount(accountID)
 
     background: Rectangle {
@@ -42,28 +43,20 @@ T.ItemDelegate {
         y: 9
     }
 
-    Text {
-        color: Theme.ink
+    BodyLabel {
         elide: Text.ElideRight
-        font.pixelSize: Theme.bodySize
         font.weight: row.active ? Font.DemiBold : Font.Medium
         height: 17
         text: row.displayName
-        textFormat: Text.PlainText
-        verticalAlignment: Text.AlignVCenter
         width: remove.x - 12 - x
         x: 50
         y: row.email ? 4 : 12
     }
 
-    Text {
-        color: Theme.secondary
+    CaptionLabel {
         elide: Text.ElideMiddle
-        font.pixelSize: Theme.captionSize
         height: 14
         text: row.email
-        textFormat: Text.PlainText
-        verticalAlignment: Text.AlignVCenter
         width: remove.x - 12 - x
         x: 50
         y: 21

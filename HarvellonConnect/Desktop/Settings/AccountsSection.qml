@@ -28,17 +28,10 @@ Card {
         width: parent.width
         y: 4
 
-        T.ScrollBar.vertical: T.ScrollBar {
-            Accessible.ignored: true
+        T.ScrollBar.vertical: ListScrollBar {
             implicitWidth: 6
-            policy: list.interactive ? T.ScrollBar.AlwaysOn : T.ScrollBar.AlwaysOff
+            needed: list.interactive
             rightPadding: 3
-            visible: policy === T.ScrollBar.AlwaysOn
-
-            contentItem: Rectangle {
-                color: Theme.outline
-                radius: 1.5
-            }
         }
         delegate: AccountRow {
             state: card.state
@@ -55,14 +48,11 @@ Card {
         onClicked: card.state.addAccount()
     }
 
-    Text {
+    BodyLabel {
         id: waiting
 
         Accessible.name: text
         Accessible.role: Accessible.StaticText
-        color: Theme.ink
-        font.pixelSize: Theme.bodySize
-        font.weight: Font.Medium
         text: "Warte auf Browser-Login..."
         visible: card.state.isAuthenticating
         x: card.empty ? (card.width - width) / 2 : 50
@@ -86,11 +76,9 @@ Card {
         width: parent.width - 2 * Theme.inset
         y: 18
 
-        Text {
+        BodyLabel {
             Accessible.name: text
             Accessible.role: Accessible.StaticText
-            color: Theme.ink
-            font.pixelSize: Theme.bodySize
             font.weight: Font.DemiBold
             horizontalAlignment: Text.AlignHCenter
             text: "Nicht angemeldet"
@@ -98,11 +86,9 @@ Card {
             width: parent.width
         }
 
-        Text {
+        NoteLabel {
             Accessible.name: text
             Accessible.role: Accessible.StaticText
-            color: Theme.secondary
-            font.pixelSize: Theme.labelSize
             horizontalAlignment: Text.AlignHCenter
             text: "Melde dich an, um deine Projekte zu verwalten."
             visible: !card.state.isAuthenticating

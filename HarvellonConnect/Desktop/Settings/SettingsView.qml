@@ -41,15 +41,10 @@ FocusScope {
         color: Theme.bg
     }
 
-    Text {
-        Accessible.name: text
-        Accessible.role: Accessible.Heading
-        color: Theme.ink
+    HeadingLabel {
         font.pixelSize: Theme.headingSize
-        font.weight: Font.DemiBold
         height: 22
         text: "Einstellungen - Harvellon Connect"
-        verticalAlignment: Text.AlignVCenter
         x: Theme.settingsMargin
         y: 18
     }

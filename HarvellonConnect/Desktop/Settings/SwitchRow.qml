@@ -11,27 +11,20 @@ Item {
 
     signal toggled(bool wanted)
 
-    Text {
-        color: Theme.ink
-        font.pixelSize: Theme.bodySize
-        font.weight: Font.Medium
+    BodyLabel {
         height: 17
         text: toggle.text
-        verticalAlignment: Text.AlignVCenter
         x: Theme.inset
         y: row.caption === "" ? (row.height - height) / 2 : row.height / 2 - 17
     }
 
-    Text {
+    CaptionLabel {
         Accessible.name: text
         Accessible.role: row.troubled ? Accessible.AlertMessage : Accessible.StaticText
         color: row.troubled ? Theme.badInk : Theme.secondary
         elide: Text.ElideRight
-        font.pixelSize: Theme.captionSize
         height: 14
         text: row.caption
-        textFormat: Text.PlainText
-        verticalAlignment: Text.AlignVCenter
         visible: text !== ""
         width: toggle.x - 12 - x
         x: Theme.inset

@@ -33,31 +33,23 @@ Card {
         pixelAligned: true
         reuseItems: true
 
-        T.ScrollBar.vertical: T.ScrollBar {
+        T.ScrollBar.vertical: ListScrollBar {
             id: bar
 
-            Accessible.ignored: true
+            readonly property bool lit: pressed || hovered
+
             bottomPadding: 4
+            height: list.height
             implicitWidth: 9
             minimumSize: 0.08
+            needed: list.contentHeight > list.height
             parent: card
-            policy: list.contentHeight > list.height ? T.ScrollBar.AlwaysOn : T.ScrollBar.AlwaysOff
             rightPadding: 2
+            thumbColor: lit ? Theme.switchOff : Theme.outline
+            thumbWidth: lit ? 5 : 3
             topPadding: 4
-            visible: policy === T.ScrollBar.AlwaysOn
             x: card.width - width - 1
             y: list.y
-            height: list.height
-
-            contentItem: Item {
-                Rectangle {
-                    anchors.right: parent.right
-                    color: bar.pressed || bar.hovered ? Theme.switchOff : Theme.outline
-                    height: parent.height
-                    radius: width / 2
-                    width: bar.pressed || bar.hovered ? 5 : 3
-                }
-            }
         }
         delegate: ProjectRow {
             current: card.keys.currentRow === index

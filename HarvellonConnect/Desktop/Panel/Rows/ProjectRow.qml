@@ -55,28 +55,19 @@ Item {
         visible: row.lit
     }
 
-    Text {
-        color: Theme.ink
+    BodyLabel {
         elide: Text.ElideRight
-        font.pixelSize: Theme.bodySize
-        font.weight: Font.Medium
         height: 17
         text: row.title
-        textFormat: Text.PlainText
-        verticalAlignment: Text.AlignVCenter
         width: row.markStart - 12 - x
         x: 8
         y: 4
     }
 
-    Text {
-        color: Theme.secondary
+    CaptionLabel {
         elide: Text.ElideMiddle
-        font.pixelSize: Theme.captionSize
         height: 14
         text: row.domain
-        textFormat: Text.PlainText
-        verticalAlignment: Text.AlignVCenter
         width: row.markStart - 12 - x
         x: 8
         y: 21

@@ -24,6 +24,7 @@ BareIconButton {
     opacity: enabled ? 1 : 0.38
     outline: Theme.outline
     ringColor: Theme.focus
+    still: Theme.still
     symbol: action.symbol
     tint: iconTint
     width: ActionTable.buttonColumnWidth

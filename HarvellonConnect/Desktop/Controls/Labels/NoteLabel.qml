@@ -1,10 +1,8 @@
 import QtQuick
 
+/// A sentence that explains or reports.
 Text {
-    Accessible.name: text
-    Accessible.role: Accessible.Heading
     color: Theme.secondary
     font.pixelSize: Theme.labelSize
-    font.weight: Font.DemiBold
     textFormat: Text.PlainText
 }

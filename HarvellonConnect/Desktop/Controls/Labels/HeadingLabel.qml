@@ -1,0 +1,12 @@
+import QtQuick
+
+/// The title of a window or a section, announced as a heading.
+Text {
+    Accessible.name: text
+    Accessible.role: Accessible.Heading
+    color: Theme.ink
+    font.pixelSize: Theme.titleSize
+    font.weight: Font.DemiBold
+    textFormat: Text.PlainText
+    verticalAlignment: Text.AlignVCenter
+}
