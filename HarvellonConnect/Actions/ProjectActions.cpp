@@ -140,10 +140,6 @@ RowFacts RowFacts::of(const std::optional<UserProfile>& user, bool connected) {
             .connected = connected};
 }
 
-QString ProjectAction::keys() const {
-    return keyText(shortcut);
-}
-
 int ProjectAction::slotPosition() const {
     return slot.column * (ProjectActions::buttonColumnWidth + columnGap) + slot.group * groupGap;
 }

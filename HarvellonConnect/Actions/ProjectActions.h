@@ -3,11 +3,10 @@
 #include "Actions/ActionContext.h"
 #include "Directory/ApplicationsResponse.h"
 
-#include <QColor>
 #include <QCoroTask>
 #include <QKeySequence>
 #include <QList>
-#include <QObject>
+#include <QRgb>
 #include <QString>
 
 #include <optional>
@@ -40,22 +39,10 @@ struct Slot {
 /// One thing that can be done with a project: how it looks, who may do it, and what it does. A new action is
 /// one entry of the table in ProjectActions.cpp and one function.
 struct ProjectAction {
-    Q_GADGET
-    Q_PROPERTY(int target READ targetNumber CONSTANT)
-    Q_PROPERTY(QString symbol MEMBER symbol CONSTANT)
-    Q_PROPERTY(QString help MEMBER help CONSTANT)
-    Q_PROPERTY(QString keys READ keys CONSTANT)
-    Q_PROPERTY(QColor tintLight READ tintLight CONSTANT)
-    Q_PROPERTY(QColor tintDark READ tintDark CONSTANT)
-    Q_PROPERTY(bool dangerous MEMBER dangerous CONSTANT)
-    Q_PROPERTY(bool restsWhileConnecting MEMBER restsWhileConnecting CONSTANT)
-    Q_PROPERTY(int slot READ slotPosition CONSTANT)
-
-  public:
     using Function = QCoro::Task<> (*)(ActionContext& context, Project project, bool alternative);
 
     HoverTarget target = HoverTarget::connect;
-    QString symbol{};
+    QString symbol{}; ///< name of its icon
     QString help{};
     QKeySequence shortcut{};
     Tint tint{};
@@ -67,13 +54,6 @@ struct ProjectAction {
     bool hasAlternative = false;       ///< Shift makes it do something else
 
     [[nodiscard]] int targetNumber() const { return static_cast<int>(target); }
-
-    /// The shortcut as it is printed on a German keyboard, or in the desktop's own signs.
-    [[nodiscard]] QString keys() const;
-
-    [[nodiscard]] QColor tintLight() const { return QColor(tint.light); }
-
-    [[nodiscard]] QColor tintDark() const { return QColor(tint.dark); }
 
     /// In points from the left end of the buttons.
     [[nodiscard]] int slotPosition() const;

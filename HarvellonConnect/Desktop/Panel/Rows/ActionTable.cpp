@@ -5,7 +5,7 @@
 QVariantList ActionTable::actions() const {
     QVariantList list;
     for (const ProjectAction& action : ProjectActions::table())
-        list.append(QVariant::fromValue(action));
+        list.append(QVariant::fromValue(ShownAction{&action}));
     return list;
 }
 

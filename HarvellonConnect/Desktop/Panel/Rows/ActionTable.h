@@ -2,15 +2,46 @@
 
 #include "Actions/ProjectActions.h"
 
+#include <QColor>
 #include <QObject>
 #include <QVariantList>
 #include <QtQmlIntegration>
-#include <qqml.h>
 
-struct ProjectActionType {
+/// What a row's button shows of its action.
+struct ShownAction {
     Q_GADGET
-    QML_FOREIGN(ProjectAction)
-    QML_VALUE_TYPE(projectAction)
+    QML_VALUE_TYPE(shownAction)
+    Q_PROPERTY(int target READ target CONSTANT)
+    Q_PROPERTY(QString symbol READ symbol CONSTANT)
+    Q_PROPERTY(QString help READ help CONSTANT)
+    Q_PROPERTY(QString keys READ keys CONSTANT)
+    Q_PROPERTY(QColor tintLight READ tintLight CONSTANT)
+    Q_PROPERTY(QColor tintDark READ tintDark CONSTANT)
+    Q_PROPERTY(bool dangerous READ dangerous CONSTANT)
+    Q_PROPERTY(bool restsWhileConnecting READ restsWhileConnecting CONSTANT)
+    Q_PROPERTY(int slot READ slot CONSTANT)
+
+  public:
+    /// An entry of the table. QML may read a value before it is set, so there is always one.
+    const ProjectAction* action = &ProjectActions::table().constFirst();
+
+    [[nodiscard]] int target() const { return action->targetNumber(); }
+
+    [[nodiscard]] QString symbol() const { return action->symbol; }
+
+    [[nodiscard]] QString help() const { return action->help; }
+
+    [[nodiscard]] QString keys() const { return keyText(action->shortcut); }
+
+    [[nodiscard]] QColor tintLight() const { return QColor(action->tint.light); }
+
+    [[nodiscard]] QColor tintDark() const { return QColor(action->tint.dark); }
+
+    [[nodiscard]] bool dangerous() const { return action->dangerous; }
+
+    [[nodiscard]] bool restsWhileConnecting() const { return action->restsWhileConnecting; }
+
+    [[nodiscard]] int slot() const { return action->slotPosition(); }
 };
 
 /// The table of what can be done with a project, for the views.
@@ -18,7 +49,7 @@ class ActionTable : public QObject {
     Q_OBJECT
     QML_ELEMENT
     QML_SINGLETON
-    /// Of projectAction, from left to right.
+    /// Of shownAction, from left to right.
     Q_PROPERTY(QVariantList actions READ actions CONSTANT)
     Q_PROPERTY(int buttonColumnWidth READ buttonColumnWidth CONSTANT)
     Q_PROPERTY(int railWidth READ railWidth CONSTANT)

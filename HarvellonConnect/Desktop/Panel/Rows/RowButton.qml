@@ -5,7 +5,7 @@ import Harvellon.Desktop
 BareIconButton {
     id: button
 
-    required property projectAction action
+    required property shownAction action
     required property ButtonRail rail
     required property bool connecting
 

@@ -16,7 +16,7 @@ ButtonRail {
         model: ActionTable.actions
 
         RowButton {
-            required property projectAction modelData
+            required property shownAction modelData
 
             action: modelData
             connecting: rail.connecting
