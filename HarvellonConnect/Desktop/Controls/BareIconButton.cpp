@@ -11,7 +11,7 @@ constexpr int pressDuration = 80;
 constexpr int releaseDuration = 120;
 } // namespace
 
-BareIconButton::BareIconButton(QQuickItem* parent) : PixelItem(parent) {
+BareIconButton::BareIconButton(QQuickItem* parent) : PictureItem(parent) {
     setImplicitSize(side, side);
     setAcceptHoverEvents(true);
     setAcceptedMouseButtons(Qt::LeftButton);
@@ -165,7 +165,7 @@ void BareIconButton::focusOutEvent(QFocusEvent*) {
 }
 
 void BareIconButton::itemChange(ItemChange changed, const ItemChangeData& data) {
-    PixelItem::itemChange(changed, data);
+    PictureItem::itemChange(changed, data);
     // A row that is used again for another project must not bring the pointer along.
     if (changed == ItemVisibleHasChanged && !data.boolValue) {
         setHovered(false);

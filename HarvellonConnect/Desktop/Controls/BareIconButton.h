@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Desktop/Controls/IconButtonStyle.h"
-#include "Desktop/Controls/PixelItem.h"
+#include "Desktop/Controls/Symbols/PictureItem.h"
 
 #include <QColor>
 #include <QVariantAnimation>
@@ -12,7 +12,7 @@
 /// A button with a symbol. One item and one picture, because a long list shows a hundred of them at once;
 /// what people hear of it (role, name, press action) is said where it is used. A click leaves the focus where
 /// it is.
-class BareIconButton : public PixelItem {
+class BareIconButton : public PictureItem {
     Q_OBJECT
     QML_ELEMENT
     Q_PROPERTY(QString symbol MEMBER m_symbol WRITE setSymbol NOTIFY lookChanged)

@@ -1,11 +1,12 @@
 import QtQuick
+import Harvellon.Desktop
 
-/// Says where the keyboard is: around its parent, 3 points outside.
+/// The focus ring around its parent.
 Rectangle {
     anchors.fill: parent
-    anchors.margins: -3
+    anchors.margins: -ButtonLook.ringBleed
     color: "transparent"
     border.color: Theme.focus
-    border.width: 2
-    radius: 10
+    border.width: ButtonLook.ringWidth
+    radius: ButtonLook.ringRadius
 }

@@ -1,6 +1,6 @@
 #include "Desktop/Controls/IconButtonStyle.h"
 
-#include "Desktop/Controls/SymbolImage.h"
+#include "Desktop/Controls/Symbols/SymbolImage.h"
 
 #include <QCache>
 #include <QPainter>

@@ -12,6 +12,7 @@ struct IconButtonStyle {
     static constexpr qreal pressFill = 0.18;
     static constexpr qreal hoverOutline = 0.40;
     static constexpr qreal pressScale = 0.96;
+    static constexpr qreal disabledOpacity = 0.38;
     static constexpr qreal ringBleed = 3; ///< how far the focus ring reaches beyond the button
     static constexpr qreal ringWidth = 2;
     static constexpr qreal ringRadius = 10;

@@ -1,5 +1,6 @@
 import QtQuick
 import QtQuick.Templates as T
+import Harvellon.Desktop
 
 /// A button that is nothing but its word.
 T.Button {
@@ -13,7 +14,7 @@ T.Button {
     font.weight: Font.Medium
     implicitHeight: 24
     implicitWidth: contentItem.implicitWidth + 16
-    opacity: enabled ? 1 : 0.38
+    opacity: enabled ? 1 : ButtonLook.disabledOpacity
 
     Keys.forwardTo: ReturnKey {
         onPressed: button.clicked()
@@ -23,8 +24,8 @@ T.Button {
         Rectangle {
             anchors.fill: parent
             color: Theme.ink
-            opacity: button.down ? 0.12 : button.hovered ? 0.07 : 0
-            radius: Theme.buttonRadius
+            opacity: button.down ? ButtonLook.hoverFill : button.hovered ? 0.07 : 0
+            radius: ButtonLook.radius
         }
 
         FocusRing {

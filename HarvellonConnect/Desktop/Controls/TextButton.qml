@@ -22,22 +22,22 @@ T.Button {
     horizontalPadding: primary ? 14 : 10
     implicitHeight: Theme.buttonSide
     implicitWidth: contentItem.implicitWidth + leftPadding + rightPadding
-    opacity: enabled ? 1 : 0.38
+    opacity: enabled ? 1 : ButtonLook.disabledOpacity
 
     Keys.forwardTo: ReturnKey {
         onPressed: button.clicked()
     }
 
     background: Rectangle {
-        border.color: button.primary ? Theme.primaryBg : button.hovered ? Qt.alpha(button.glow, 0.40) : Theme.outline
+        border.color: button.primary ? Theme.primaryBg : button.hovered ? Qt.alpha(button.glow, ButtonLook.hoverOutline) : Theme.outline
         color: button.primary ? Theme.primaryBg : Theme.card
-        radius: Theme.buttonRadius
+        radius: ButtonLook.radius
 
         Rectangle {
             anchors.fill: parent
             color: button.glow
-            opacity: button.down ? 0.18 : button.hovered ? 0.12 : 0
-            radius: Theme.buttonRadius
+            opacity: button.down ? ButtonLook.pressFill : button.hovered ? ButtonLook.hoverFill : 0
+            radius: ButtonLook.radius
 
             Behavior on opacity {
                 NumberAnimation {
@@ -52,7 +52,7 @@ T.Button {
         }
     }
     contentItem: Row {
-        scale: button.down && !Theme.still ? 0.96 : 1
+        scale: button.down && !Theme.still ? ButtonLook.pressScale : 1
         spacing: 6
 
         SymbolIcon {

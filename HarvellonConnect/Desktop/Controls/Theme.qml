@@ -61,9 +61,7 @@ QtObject {
     readonly property int buttonSide: 30
     readonly property int cardRadius: 12
     readonly property int rowRadius: 8
-    readonly property int buttonRadius: 7
     readonly property int tipRadius: 6
-    readonly property int iconSize: 18
     readonly property int smallIconSize: 16
 
     // Motion, in milliseconds

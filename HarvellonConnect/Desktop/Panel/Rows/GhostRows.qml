@@ -1,5 +1,6 @@
 pragma ComponentBehavior: Bound
 import QtQuick
+import Harvellon.Desktop
 
 /// Placeholder rows during the first load, where the real rows will stand.
 Item {
@@ -67,7 +68,7 @@ Item {
 
                     color: Theme.ghost
                     height: ActionTable.buttonColumnWidth
-                    radius: Theme.buttonRadius
+                    radius: ButtonLook.radius
                     width: ActionTable.buttonColumnWidth
                     x: ghost.width - 6 - ActionTable.railWidth + modelData
                     y: 5

@@ -21,7 +21,7 @@ BareIconButton {
     hoverTint: action.dangerous ? Theme.danger : iconTint
     isHovered: rail.hoveredButton === action.target
     keys: action.keys
-    opacity: enabled ? 1 : 0.38
+    opacity: enabled ? 1 : ButtonLook.disabledOpacity
     outline: Theme.outline
     ringColor: Theme.focus
     still: Theme.still

@@ -1,6 +1,6 @@
-#include "Desktop/Controls/SymbolIcon.h"
+#include "Desktop/Controls/Symbols/SymbolIcon.h"
 
-#include "Desktop/Controls/SymbolImage.h"
+#include "Desktop/Controls/Symbols/SymbolImage.h"
 
 void SymbolIcon::setSymbol(const QString& symbol) {
     if (symbol == m_symbol)

@@ -1,4 +1,4 @@
-#include "Desktop/Controls/PixelItem.h"
+#include "Desktop/Controls/Symbols/PictureItem.h"
 
 #include <QImage>
 #include <QQuickWindow>
@@ -6,11 +6,11 @@
 
 #include <cmath>
 
-PixelItem::PixelItem(QQuickItem* parent) : QQuickItem(parent) {
+PictureItem::PictureItem(QQuickItem* parent) : QQuickItem(parent) {
     setFlag(ItemHasContents);
 }
 
-QSGNode* PixelItem::updatePaintNode(QSGNode* node, UpdatePaintNodeData*) {
+QSGNode* PictureItem::updatePaintNode(QSGNode* node, UpdatePaintNodeData*) {
     auto* imageNode = static_cast<QSGImageNode*>(node);
     const qreal ratio = window()->effectiveDevicePixelRatio();
     const QImage image = picture(ratio);
@@ -33,13 +33,13 @@ QSGNode* PixelItem::updatePaintNode(QSGNode* node, UpdatePaintNodeData*) {
     return imageNode;
 }
 
-void PixelItem::geometryChange(const QRectF& now, const QRectF& before) {
+void PictureItem::geometryChange(const QRectF& now, const QRectF& before) {
     QQuickItem::geometryChange(now, before);
     if (now.size() != before.size())
         update();
 }
 
-void PixelItem::itemChange(ItemChange change, const ItemChangeData& data) {
+void PictureItem::itemChange(ItemChange change, const ItemChangeData& data) {
     QQuickItem::itemChange(change, data);
     if (change == ItemDevicePixelRatioHasChanged)
         update();

@@ -3,11 +3,11 @@
 #include <QQuickItem>
 
 /// An item that shows one image of its own making, sharp on the screen's pixel grid.
-class PixelItem : public QQuickItem {
+class PictureItem : public QQuickItem {
     Q_OBJECT
 
   protected:
-    explicit PixelItem(QQuickItem* parent = nullptr);
+    explicit PictureItem(QQuickItem* parent = nullptr);
 
     /// The picture of the item, with `bleed()` around it, for a screen with `ratio` pixels to the point.
     [[nodiscard]] virtual QImage picture(qreal ratio) const = 0;

@@ -1,12 +1,12 @@
 #pragma once
 
-#include "Desktop/Controls/PixelItem.h"
+#include "Desktop/Controls/Symbols/PictureItem.h"
 
 #include <QColor>
 #include <QtQmlIntegration>
 
 /// A symbol of the icon set in one colour. Cheap enough for every row of a long list.
-class SymbolIcon : public PixelItem {
+class SymbolIcon : public PictureItem {
     Q_OBJECT
     QML_ELEMENT
     Q_PROPERTY(QString symbol READ symbol WRITE setSymbol NOTIFY symbolChanged)
@@ -14,7 +14,7 @@ class SymbolIcon : public PixelItem {
     Q_PROPERTY(qreal size READ size WRITE setSize NOTIFY sizeChanged)
 
   public:
-    using PixelItem::PixelItem;
+    using PictureItem::PictureItem;
 
     [[nodiscard]] QString symbol() const { return m_symbol; }
 

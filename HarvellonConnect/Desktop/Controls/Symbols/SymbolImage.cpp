@@ -1,4 +1,4 @@
-#include "Desktop/Controls/SymbolImage.h"
+#include "Desktop/Controls/Symbols/SymbolImage.h"
 
 #include "Desktop/Native/NativeDesktop.h"
 
