@@ -30,10 +30,10 @@ int main(int argc, char* argv[]) {
     QApplication::setApplicationVersion(QStringLiteral(HARVELLON_VERSION));
     QIcon icon;
     icon.addFile(QStringLiteral(":/icons/AppIcon.png"),
-                 QSize(256, 256)); // told its size, it is read when shown
+                 QSize(256, 256)); // with a given size the file is only read when shown
     QApplication::setWindowIcon(icon);
 
-    // Reasons of the network that come from the toolkit are told in the program's own language.
+    // Qt's own network error texts appear in German, like all others.
     QTranslator german;
     if (german.load(QStringLiteral("qtbase_de"), QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
         QApplication::installTranslator(&german);

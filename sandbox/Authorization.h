@@ -20,7 +20,7 @@ QString refusal(const Parameters& request);
 /// without a refusal.
 QByteArray callbackAddress(const Parameters& request, const QString& name, const QString& value);
 
-/// Tells the program who signed in. Not signed.
+/// The ID token, which names the user. Not signed.
 QString idToken(const Identity& identity);
 
 } // namespace sandbox

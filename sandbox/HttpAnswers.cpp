@@ -25,7 +25,7 @@ void send(Response& response, int status, const QByteArray& body, const char* ty
     response.status = status;
     if (body.isEmpty())
         return response.set_content(std::string(), type);
-    // Not as content: the library would compress it for whoever takes that, for seconds when it is long.
+    // Not with set_content: the library would compress a long body for seconds when the client accepts that.
     response.set_content_provider(static_cast<size_t>(body.size()), type,
                                   [body](size_t offset, size_t length, httplib::DataSink& sink) {
                                       return sink.write(body.constData() + offset, length);

@@ -45,7 +45,7 @@ class Sandbox {
 
     [[nodiscard]] const QList<Identity>& people() const { return m_identities; }
 
-    /// Makes an endpoint misbehave until it is told otherwise. Any thread, like all that follows.
+    /// Makes an endpoint misbehave until the next call. Any thread, as for all that follows.
     void setFault(Endpoint endpoint, const Fault& fault) { m_faults.set(endpoint, fault); }
 
     /// All access tokens become invalid; refresh tokens stay good.

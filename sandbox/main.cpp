@@ -48,7 +48,7 @@ int run(const sandbox::Options& options) {
     sandbox::Sandbox platform(options);
     announce(platform);
 
-    // Whoever started us holds the other end of standard input: when it ends, so do we.
+    // The parent process holds the other end of standard input: end when it is closed.
     QSocketNotifier input(STDIN_FILENO, QSocketNotifier::Read);
     quitOn(input, true);
     QSocketNotifier signal(signalPipe[0], QSocketNotifier::Read);

@@ -74,8 +74,8 @@ class ProjectActions {
     /// The actions that a row offers, as a set of bits: 1 << target.
     [[nodiscard]] static int offers(const RowFacts& facts);
 
-    /// Does what the action promises. `alternative`: what Shift makes of it. Every outcome is told in the
-    /// activity log.
+    /// Runs the action, or with `alternative` its Shift variant. Never fails: outcomes are logged as the
+    /// action's function says.
     QCoro::Task<> perform(HoverTarget target, Project project, bool alternative);
 
   private:

@@ -3,7 +3,7 @@
 #include <QList>
 #include <QString>
 
-/// A page that a browser shows, as assistive technology is told.
+/// A page that a browser shows, as read through the accessibility bus.
 struct AccessibleDocument {
     QString windowTitle; ///< of the window, with the browser's name behind the page's title
     QString address;

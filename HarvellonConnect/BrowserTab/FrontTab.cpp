@@ -79,9 +79,9 @@ SessionTab frontTab(const QList<SavedWindow>& saved, const QList<ScreenWindow>& 
         if (shows(*front, window))
             return {window.address, {}, true};
     }
-    // A page may change its title without telling the file. Who is left when all are taken away that have
-    // found each other is the one, unless more windows are left on the screen: then some are not saved at
-    // all.
+    // A page may change its title before the session file is written. Remove all pairs of windows that match;
+    // if one saved window and one screen window are left, they are the same. If more screen windows are left,
+    // some are not in the file yet, and nothing can be concluded.
     QList<SavedWindow> left;
     std::copy_if(
         windows.begin(), windows.end(), std::back_inserter(left), [&screen](const SavedWindow& window) {

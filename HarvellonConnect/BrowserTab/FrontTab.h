@@ -7,7 +7,7 @@
 #include <QList>
 #include <QString>
 
-/// The address of the front window among those that the browsers offer; empty when it cannot be told.
+/// The address of the front window among those that the browsers offer; empty when it cannot be determined.
 QString offeredAddress(const QList<AccessibleDocument>& documents, const QList<ScreenWindow>& screen);
 
 /// What the session files say about the front window.

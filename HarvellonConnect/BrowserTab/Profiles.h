@@ -15,7 +15,7 @@ struct ProfileSession {
 /// A browser that runs, or is taken to run because its lock lies there.
 struct RunningBrowser {
     QString folder; ///< holds its profiles
-    qint64 pid = 0; ///< as its lock tells; 0 for a browser in a container, whose number means nothing here
+    qint64 pid = 0; ///< from the lock file; 0 for a browser in a container, whose pid is of another namespace
     QDateTime started;
 };
 

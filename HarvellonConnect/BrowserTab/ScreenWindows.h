@@ -6,7 +6,7 @@
 /// A browser's window as the X server sees it.
 struct ScreenWindow {
     QString title;      ///< of the page, with the browser's name behind it
-    qint64 pid = 0;     ///< 0 when it is not told
+    qint64 pid = 0;     ///< 0 when unknown
     bool isApp = false; ///< an installed web app, which is no place for tabs
 };
 

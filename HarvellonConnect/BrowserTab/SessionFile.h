@@ -15,7 +15,7 @@ struct SavedWindow {
     bool operator==(const SavedWindow&) const = default;
 };
 
-/// The open windows that the session file of a Chrome profile tells of, oldest first; windows without a page
-/// are left out. The file is a log that Chrome appends to: a torn tail is not there yet and is ignored.
-/// Nothing when it is not such a file or of a version that is not known.
+/// The open windows in the session file of a Chrome profile, oldest first; windows without a page are left
+/// out. Chrome appends to the file, so an incomplete record at its end is ignored. Nothing for another kind
+/// of file or an unknown version.
 std::optional<QList<SavedWindow>> windowsIn(const QByteArray& sessionFile);

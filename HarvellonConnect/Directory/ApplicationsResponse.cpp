@@ -3,7 +3,7 @@
 #include "Directory/Json.h"
 
 namespace {
-constexpr qsizetype mostProjects = 100'000; // nobody has as many; the memory for more is not wasted on a lie
+constexpr qsizetype mostProjects = 100'000; // more is a faulty answer: do not allocate memory for it
 constexpr QLatin1StringView nameKey("name");
 constexpr QLatin1StringView resellerKey("reseller");
 constexpr QLatin1StringView coderKey("coder");

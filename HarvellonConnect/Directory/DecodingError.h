@@ -5,7 +5,7 @@
 #include <exception>
 
 /// JSON that is not the record it should be. `path` names the field, `description` the reason (for the log
-/// and for tests; users see the message of whoever asked).
+/// and for tests; users see the message of the caller).
 class DecodingError : public std::exception {
   public:
     DecodingError(QString path, QString description)

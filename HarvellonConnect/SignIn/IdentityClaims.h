@@ -4,7 +4,7 @@
 
 #include <optional>
 
-/// Who signed in, as far as a token says so. Its signature is not checked: the token came over a TLS
+/// The user whom a token names. Its signature is not checked: the token came over a TLS
 /// connection that this program opened.
 struct IdentityClaims {
     std::optional<QString> sub;

@@ -177,7 +177,7 @@ QCoro::Task<std::optional<QString>> Accounts::nameLegacyAccount(AuthResult legac
         profileName = response.user.name;
         m_loading.setUserProfile(response.user);
     } catch (const Failure&) {
-        // The refresh that follows tells what is wrong, and renews an outdated token.
+        // The refresh that follows reports the failure, and renews an expired token.
     }
     const QString id = legacy.accountID ? *legacy.accountID
                        : profileName    ? QStringLiteral("name:") + *profileName

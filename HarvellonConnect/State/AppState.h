@@ -66,7 +66,7 @@ class AppState : public QObject {
     AppState(AppServices services, DesktopCommands desktop, QObject* parent = nullptr);
     ~AppState() override;
 
-    /// Who does the work, for callers that wait for an operation to end.
+    /// The parts that do the work, for callers that wait for an operation to end.
     struct Parts {
         OAuthManager& oauth;
         SSHFSMounter& sshfsMounter;

@@ -11,7 +11,7 @@
 #include <functional>
 #include <optional>
 
-/// What a row shows beside the project itself. Whoever owns these facts is asked each time.
+/// What a row shows beside the project itself. Looked up at its owners each time, never cached.
 struct RowState {
     bool connected = false;
     std::optional<QDateTime> connectingSince; ///< of a mount that is under way

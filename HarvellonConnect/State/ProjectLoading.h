@@ -50,7 +50,7 @@ class ProjectLoading : public QObject {
     /// Another account is active now: loads that are under way end without publishing.
     void discard() { ++m_generation; }
 
-    /// Nobody is signed in any more.
+    /// Empties the list and the profile after the last account was removed.
     void clear();
     void setUserProfile(std::optional<UserProfile> profile);
 

@@ -25,7 +25,7 @@ enum class SSHFSSource { fuseT, systemPackage };
 struct HostSystem {
     QString homeFolder;
     QString privateFolder;         ///< the folder of this program inside the user's data folder
-    QString temporaryFolder;       ///< for generated files that nobody misses
+    QString temporaryFolder;       ///< for generated files that may be deleted at any time
     QString preferencesFile;       ///< empty: where the desktop keeps preferences by itself
     QString autostartFile;         ///< starts the program with the desktop; empty where a service does
     bool statusItemHasMenu = true; ///< otherwise every click is for the panel
@@ -41,7 +41,7 @@ struct HostSystem {
     bool forcedUnmountDetaches = false;     ///< files that are open stay usable after it
 
     ExternalCommand opener;       ///< opens an address or a folder with the user's own program
-    ExternalCommand handlerQuery; ///< prints who opens a type of address; empty where ssh has a handler
+    ExternalCommand handlerQuery; ///< prints the program for a type of address; empty where ssh has one
     QStringList editorLaunchers;  ///< where the editor's `code` command is when the search path has none
     ExternalCommand editorOpen;   ///< opens a target in the editor when no launcher is found; empty where
                                   ///< the desktop would hand the file to any program at all

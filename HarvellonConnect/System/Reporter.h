@@ -10,14 +10,14 @@
 
 enum class ActivityLogLevel { info, success, warning, error };
 
-/// The line of the activity log with which an operation ends. An empty one is not logged.
+/// How an operation ended well: its line in the activity log. An empty line is not logged.
 struct Ending {
     QString line;
     ActivityLogLevel level = ActivityLogLevel::success;
 };
 
-/// Ends an operation with an error line of its own in place of the operation's failure text. The description
-/// is what `lastError` shows.
+/// A failure with a log line of its own, used instead of the operation's failure text. The description goes
+/// into `lastError`.
 class EndedEarly : public Failure {
   public:
     explicit EndedEarly(QString line, QString description = {})
@@ -32,14 +32,14 @@ class EndedEarly : public Failure {
     QString m_description;
 };
 
-/// What an operation tells the user.
+/// The texts of an operation.
 struct OperationTexts {
     QString begin;                 ///< logged at info before the work; empty for none
     QString failure;               ///< stands before the description of a failure
     bool publishesFailure = false; ///< `lastError` is cleared at the start and takes the description
 };
 
-/// Tells the user what operations do and how they end. Main thread.
+/// Reports operations to the user: in the activity log, and failures as `lastError`. Main thread.
 class Reporter {
   public:
     Reporter() = default;
@@ -50,10 +50,10 @@ class Reporter {
     virtual void log(const QString& message, ActivityLogLevel level) = 0;
     virtual void setLastError(std::optional<QString> error) = 0;
 
-    /// Tells what is no failure, but must not be overlooked: in the log and as `lastError`.
+    /// Reports a warning that must be seen: in the activity log and as `lastError`.
     void warn(const QString& message);
 
-    /// Runs `work` and tells how it ended, whatever it throws. Yields whether it succeeded. This must outlive
-    /// the work.
+    /// Runs `work` and reports its end, whatever it throws. Yields whether it succeeded. Must outlive the
+    /// work.
     QCoro::Task<bool> run(OperationTexts texts, std::function<QCoro::Task<Ending>()> work);
 };

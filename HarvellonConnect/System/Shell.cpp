@@ -38,7 +38,7 @@ class ChildProcess : public QObject {
     }
 
     void start(const QString& executable, const QStringList& arguments, bool limited) {
-        if (limited) // nobody is left to kill it after the event loop
+        if (limited) // after the event loop the time limit no longer works
             connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, &m_process,
                     &QProcess::kill);
         m_process.setInputChannelMode(QProcess::ForwardedInputChannel);

@@ -49,9 +49,8 @@ class Shell {
     [[nodiscard]] virtual QCoro::Task<ShellResult> run(QString executable, QStringList arguments,
                                                        std::chrono::milliseconds limit = noLimit);
 
-    /// Starts a program that lives on by itself, with a session of its own: nobody waits for it, what it
-    /// writes is dropped, and the end of this program leaves it alone. Throws ShellError when it cannot be
-    /// started.
+    /// Starts a program in a session of its own and does not wait for it. Its output is dropped, and it
+    /// survives the end of this program. Throws ShellError when it cannot be started.
     virtual void launch(const QString& executable, const QStringList& arguments);
 
     /// Where `name` is found on the search path that this program inherited.

@@ -34,7 +34,7 @@ bool SingleInstance::claim() {
         return true;
     }
     if (m_lock.error() != QLockFile::LockFailedError)
-        return true; // a read-only home keeps nobody from working
+        return true; // without a lock file (read-only home) run all the same
     QLocalSocket socket;
     socket.connectToServer(m_name);
     socket.waitForConnected(answerLimit);

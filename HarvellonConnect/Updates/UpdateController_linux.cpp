@@ -10,14 +10,14 @@
 
 namespace {
 constexpr std::chrono::hours day{24};
-/// The first seconds belong to the status icon and the projects: loading what speaks TLS takes its time.
+/// Loading the TLS libraries takes time, so the status icon and the projects come first.
 constexpr std::chrono::seconds afterStart{5};
 constexpr std::chrono::seconds timeLimit{15};
 constexpr qint64 largestFeed = 1024 * 1024;
 const QString title = QStringLiteral("Harvellon Connect");
 } // namespace
 
-/// Reads the feed, and announces what is in it.
+/// Reads the feed and announces a newer version.
 struct UpdateController::Native {
     QCoro::Task<> check(bool asked);
 
@@ -52,7 +52,7 @@ QCoro::Task<> UpdateController::Native::check(bool asked) {
         try {
             answer = co_await Http::exchange(network, request, method, noBody, timeLimit, largestFeed);
         } catch (const NetworkError&) {
-            // Told below, to whoever asked.
+            // Reported below where the user has asked.
         }
     }
     if (answer.status != 200) {

@@ -2,7 +2,7 @@
 
 #import <Sparkle/Sparkle.h>
 
-// Feed and key stand in the bundle's Info.plist. Sparkle asks, downloads and tells by itself.
+// Feed and key stand in the bundle's Info.plist. Sparkle checks, downloads and notifies by itself.
 struct UpdateController::Native {
     SPUStandardUpdaterController* updaterController = nil;
 };

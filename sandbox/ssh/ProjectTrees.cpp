@@ -75,7 +75,7 @@ void layTree(const QString& treeRoot, const HostedProject& project) {
         write(web + QStringLiteral("/public/fileadmin/pdfs/liste.pdf"), QStringLiteral("%PDF-1.4\n"));
         makeFolder(homeFolder(treeRoot, project));
     }
-    // Last, because it tells that the tree is whole.
+    // Written last: its existence marks the tree as complete.
     write(configuration, project.isSshType ? dotenv(project) : settings(project));
 }
 

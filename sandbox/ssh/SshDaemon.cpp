@@ -86,7 +86,7 @@ void SshDaemon::end() {
 
 void SshDaemon::awaitListening(int port, const QString& log) {
     for (int i = 0; i < readinessProbes; ++i) {
-        // Its word comes first: somebody else could listen on this port.
+        // Wait for its log line first: another program could listen on this port.
         if (contentOf(log).contains("Server listening on")) {
             QTcpSocket probe;
             probe.connectToHost(QHostAddress::LocalHost, static_cast<quint16>(port));

@@ -101,7 +101,7 @@ void SshHosts::writeServerFiles(const QList<HostedProject>& projects) const {
 }
 
 void SshHosts::writeClientFiles() const {
-    // Whoever names another file of known hosts on the command line gets that one; nobody's own is touched.
+    // A known-hosts file named on the command line has precedence; the user's own file is never used.
     writePrivateFile(configFile(), QStringLiteral("Host *.sandbox.test\n"
                                                   "  HostName 127.0.0.1\n"
                                                   "  Port %1\n"

@@ -166,7 +166,7 @@ void BareIconButton::focusOutEvent(QFocusEvent*) {
 
 void BareIconButton::itemChange(ItemChange changed, const ItemChangeData& data) {
     PictureItem::itemChange(changed, data);
-    // A row that is used again for another project must not bring the pointer along.
+    // A row that is reused for another project must not keep the hover state.
     if (changed == ItemVisibleHasChanged && !data.boolValue) {
         setHovered(false);
         setPressed(false);

@@ -9,9 +9,9 @@
 
 #include <memory>
 
-/// A button with a symbol. One item and one picture, because a long list shows a hundred of them at once;
-/// what people hear of it (role, name, press action) is said where it is used. A click leaves the focus where
-/// it is.
+/// A button with a symbol, drawn as one item with one picture, because a list shows a hundred of them at
+/// once. Its accessible role, name and press action are set where it is used. A click does not move the
+/// focus.
 class BareIconButton : public PictureItem {
     Q_OBJECT
     QML_ELEMENT
@@ -73,7 +73,7 @@ class BareIconButton : public PictureItem {
     void itemChange(ItemChange change, const ItemChangeData& data) override;
 
   private:
-    /// A value that eases towards where it belongs; the animation is made when it is first needed.
+    /// A value that is animated towards its target; the animation object is created when first needed.
     struct Eased {
         qreal value = 0;
         std::unique_ptr<QVariantAnimation> animation;

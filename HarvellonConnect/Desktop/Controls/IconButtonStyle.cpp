@@ -18,7 +18,7 @@ QColor faded(QColor color, qreal opacity) {
     return color;
 }
 
-/// All that tells one resting button from another.
+/// The cache key of a resting button: everything that changes its picture.
 struct RestingLook {
     QString symbol;
     QRgb tint;
@@ -39,7 +39,7 @@ size_t qHash(const RestingLook& look, size_t seed = 0) {
 QImage IconButtonStyle::picture(qreal side, qreal ratio) const {
     if (isHovered > 0 || isPressed > 0)
         return draw(side, ratio);
-    // A list shows a hundred resting buttons of a dozen looks.
+    // Cached, because a list shows a hundred resting buttons that share a dozen pictures.
     constexpr int kept = 64;
     static QCache<RestingLook, QImage> cache(kept);
     const RestingLook look{symbol,

@@ -4,7 +4,8 @@
 #include <QImage>
 #include <QString>
 
-/// How a button with a symbol looks in one moment: the symbol on a rounded square that lights up in its tint.
+/// The look of a button with a symbol at one moment: the symbol on a rounded square that is filled with its
+/// tint under the pointer.
 struct IconButtonStyle {
     static constexpr qreal padding = 6; ///< around the symbol, in points
     static constexpr qreal radius = 7;
@@ -22,7 +23,7 @@ struct IconButtonStyle {
     QColor background; ///< of the resting button; transparent in a row
     QColor outline;
     QColor ring;         ///< invalid without the keyboard's focus
-    qreal isHovered = 0; ///< 0 to 1, what lies between is the way there
+    qreal isHovered = 0; ///< 0 to 1; values between are steps of the animation
     qreal isPressed = 0;
     bool still = false; ///< a press does not shrink the symbol
 

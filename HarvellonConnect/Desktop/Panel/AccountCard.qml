@@ -2,7 +2,7 @@ import QtQuick
 import Harvellon.Desktop
 import Harvellon.State
 
-/// Who uses the panel: the badge, or the way to sign in.
+/// The signed-in user's badge, or the button to sign in.
 Card {
     id: card
 

@@ -15,7 +15,7 @@ Item {
     Accessible.role: Accessible.ListItem
     height: 22
 
-    // A row kept for later use would still be told to screen readers.
+    // A pooled row would still be visible to screen readers.
     ListView.onPooled: visible = false
     ListView.onReused: visible = true
 

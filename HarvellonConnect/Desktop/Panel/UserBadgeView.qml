@@ -1,7 +1,7 @@
 import QtQuick
 import Harvellon.Desktop
 
-/// Who is signed in, and with how many projects.
+/// The signed-in user and the number of projects.
 Item {
     id: badge
 

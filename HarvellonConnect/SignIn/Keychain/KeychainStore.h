@@ -11,7 +11,7 @@
 
 /// One secret for each service and account name, in the desktop's keyring; where there is no keyring, in a
 /// file for the user alone. A keyring may ask the user for a password and stands still meanwhile: every
-/// operation may block and belongs on a worker thread. Failures are told, never thrown.
+/// operation may block and belongs on a worker thread. Failures are return values, never thrown.
 class KeychainStore {
   public:
     explicit KeychainStore(const HostSystem& host);

@@ -19,7 +19,7 @@ const SecretSchema* schema() {
     return &tokens;
 }
 
-/// Takes the error over. A refusal of the keyring itself (locked, dismissed) is told from its absence.
+/// Frees the error. Distinguishes a refusal by the keyring (locked, dismissed) from an absent keyring.
 int codeOf(GError* error, bool& unavailable) {
     const int code = error->code;
     unavailable = error->domain != SECRET_ERROR &&

@@ -19,7 +19,7 @@ const QString shortcutName = QStringLiteral("toggle-panel");
 constexpr uint granted = 0;
 
 /// Naming the sender would make Qt ask the bus for its owner, and stand still meanwhile. The paths of our
-/// requests and of our session hold random tokens, which nobody else on the bus knows.
+/// requests and of our session hold random tokens, which other programs on the bus do not know.
 const QString anySender;
 
 QString freshToken() {

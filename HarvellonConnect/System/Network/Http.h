@@ -13,7 +13,7 @@
 
 class QNetworkAccessManager;
 
-/// No answer came: no connection, no time left, or a broken transfer. The description is the system's own.
+/// No complete answer came: no connection, a time-out, or a broken transfer. The description is Qt's.
 class NetworkError : public Failure {
   public:
     explicit NetworkError(QString description) : m_description(std::move(description)) {}
@@ -34,11 +34,10 @@ struct HttpAnswer {
 
 namespace Http {
 
-/// The address that `text` spells; nothing when it is malformed or names no host.
+/// Parses an address; nothing when it is malformed or has no host name.
 [[nodiscard]] std::optional<QUrl> address(const QString& text);
 
-/// What a redirect is: an answer like others, or a step that is taken as a browser does, but never from https
-/// to http.
+/// Whether a redirect is returned as the answer, or followed as a browser does, but never from https to http.
 enum class Redirects { answers, followed };
 
 /// Sends one request and waits for the whole answer, at most `limit` in all, redirects included. A body
