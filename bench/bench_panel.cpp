@@ -5,12 +5,11 @@
 
 #include "Desktop/SceneGraph.h"
 #include "desktop/DesktopFixture.h"
+#include "support/Keyboard.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QEventLoop>
-
-#include <xcb/xtest.h>
 
 #include <cstdlib>
 
@@ -18,24 +17,6 @@ namespace {
 constexpr int runs = 15;
 constexpr int projects = 10'000;
 constexpr uint8_t f19 = 197;
-
-/// Presses keys as the keyboard does: through the X server.
-class Keyboard {
-  public:
-    Keyboard() : m_connection(xcb_connect(nullptr, nullptr)) {}
-
-    ~Keyboard() { xcb_disconnect(m_connection); }
-    Q_DISABLE_COPY_MOVE(Keyboard)
-
-    void strike(uint8_t key) {
-        for (const uint8_t type : {XCB_KEY_PRESS, XCB_KEY_RELEASE})
-            xcb_test_fake_input(m_connection, type, key, XCB_CURRENT_TIME, XCB_NONE, 0, 0, 0);
-        xcb_flush(m_connection);
-    }
-
-  private:
-    xcb_connection_t* m_connection;
-};
 
 /// Milliseconds from the start of `action` to the next frame on the screen.
 double untilPainted(const QQuickWindow& window, const std::function<void()>& action) {
@@ -49,7 +30,9 @@ double untilPainted(const QQuickWindow& window, const std::function<void()>& act
             took = static_cast<double>(timer.nsecsElapsed()) / nanoseconds;
         loop.quit();
     });
-    QTimer::singleShot(5000, &loop, [] { qFatal("no frame comes"); });
+    QTimer::singleShot(5000, &loop, [&window] {
+        qFatal("no frame comes; the window is %s", window.isVisible() ? "shown" : "hidden");
+    });
     timer.start();
     action();
     if (took == 0)

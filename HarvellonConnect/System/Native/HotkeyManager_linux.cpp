@@ -46,7 +46,18 @@ class X11Key {
     [[nodiscard]] bool isConnected() const { return xcb_connection_has_error(m_connection) == 0; }
 
     void grab() {
-        m_codes = codesOfF19();
+        grabKeys();
+        readEvents();
+    }
+
+  private:
+    /// Keys that stay are not ungrabbed first: a press in between would go to another program.
+    void grabKeys() {
+        const QList<xcb_keycode_t> before = std::exchange(m_codes, codesOfF19());
+        for (const xcb_keycode_t code : before) {
+            if (!m_codes.contains(code))
+                xcb_ungrab_key(m_connection, code, m_root, XCB_MOD_MASK_ANY);
+        }
         std::vector<xcb_void_cookie_t> requests;
         for (const xcb_keycode_t code : m_codes) {
             for (const uint16_t locks : lockStates)
@@ -64,7 +75,6 @@ class X11Key {
         }
     }
 
-  private:
     void ungrab() {
         for (const xcb_keycode_t code : m_codes)
             xcb_ungrab_key(m_connection, code, m_root, XCB_MOD_MASK_ANY);
@@ -93,29 +103,32 @@ class X11Key {
         return codes.isEmpty() ? QList<xcb_keycode_t>{f19Code} : codes;
     }
 
+    /// Reads until nothing is left. Waiting for a reply moves events from the socket into the queue of xcb,
+    /// where the notifier does not see them, so the queue is read again after each grab: else a press right
+    /// after a change of the keyboard mapping is lost. Each switch between two keyboards is such a change.
     void readEvents() {
-        bool mappingChanged = false;
-        while (const XcbReply<xcb_generic_event_t> event{xcb_poll_for_event(m_connection)}) {
-            switch (event->response_type & 0x7f) {
-            case XCB_KEY_PRESS:
-                keyPressed(*reinterpret_cast<const xcb_key_press_event_t*>(event.get()));
-                break;
-            case XCB_KEY_RELEASE:
-                m_releasedAt = reinterpret_cast<const xcb_key_release_event_t*>(event.get())->time;
-                break;
-            case XCB_MAPPING_NOTIFY:
-                mappingChanged = true;
-                break;
-            default:
-                break;
+        for (bool mappingChanged = true; mappingChanged;) {
+            mappingChanged = false;
+            while (const XcbReply<xcb_generic_event_t> event{xcb_poll_for_event(m_connection)}) {
+                switch (event->response_type & 0x7f) {
+                case XCB_KEY_PRESS:
+                    keyPressed(*reinterpret_cast<const xcb_key_press_event_t*>(event.get()));
+                    break;
+                case XCB_KEY_RELEASE:
+                    m_releasedAt = reinterpret_cast<const xcb_key_release_event_t*>(event.get())->time;
+                    break;
+                case XCB_MAPPING_NOTIFY:
+                    mappingChanged = !m_codes.isEmpty();
+                    break;
+                default:
+                    break;
+                }
             }
+            if (mappingChanged && isConnected())
+                grabKeys();
         }
-        if (!isConnected()) {
+        if (!isConnected())
             m_notifier->setEnabled(false); // a closed socket stays readable for ever
-        } else if (mappingChanged && !m_codes.isEmpty()) {
-            ungrab();
-            grab();
-        }
     }
 
     void keyPressed(const xcb_key_press_event_t& press) {
