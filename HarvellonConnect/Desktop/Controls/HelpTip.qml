@@ -11,7 +11,7 @@ Rectangle {
     readonly property bool fitsBelow: here && corner.y + owner.height + 6 + height < parent.height - 4
 
     color: Theme.primaryBg
-    height: 24
+    height: Theme.smallButtonSide
     opacity: here ? 1 : 0
     radius: Theme.tipRadius
     visible: here
@@ -24,7 +24,7 @@ Rectangle {
         id: words
 
         anchors.centerIn: parent
-        spacing: 8
+        spacing: Theme.gap
 
         CaptionLabel {
             color: Theme.primaryInk

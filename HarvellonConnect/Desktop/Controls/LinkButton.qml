@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Templates as T
 import Harvellon.Desktop
 
-/// A button that is nothing but its word.
+/// A button drawn as text only.
 T.Button {
     id: button
 
@@ -12,7 +12,7 @@ T.Button {
     font.family: Theme.family
     font.pixelSize: Theme.labelSize
     font.weight: Font.Medium
-    implicitHeight: 24
+    implicitHeight: Theme.smallButtonSide
     implicitWidth: contentItem.implicitWidth + 16
     opacity: enabled ? 1 : ButtonLook.disabledOpacity
 

@@ -1,6 +1,6 @@
 import QtQuick
 
-/// A word with a sign before it, in a coloured lozenge.
+/// A short label with a small symbol before it, on a rounded coloured background.
 Rectangle {
     id: pill
 
@@ -11,7 +11,7 @@ Rectangle {
 
     implicitHeight: 20
     implicitWidth: 6 + 12 + 5 + textWidth + 9
-    radius: 10
+    radius: height / 2
 
     Item {
         id: sign

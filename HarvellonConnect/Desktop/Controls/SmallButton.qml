@@ -11,13 +11,13 @@ BareIconButton {
     Accessible.role: Accessible.Button
     Accessible.onPressAction: button.clicked(false)
     activeFocusOnTab: true
-    height: 24
+    height: Theme.smallButtonSide
     isHovered: hovered
     outline: "transparent"
     ringColor: Theme.focus
     still: Theme.still
     symbol: "xmark"
-    width: 24
+    width: Theme.smallButtonSide
 
     onClicked: triggered()
 }

@@ -51,6 +51,8 @@ QtObject {
     readonly property int bodySize: 13
     readonly property int labelSize: 12
     readonly property int captionSize: 11
+    readonly property int bodyLine: 17
+    readonly property int captionLine: 14
 
     // Space and corners
     readonly property int panelMargin: 16
@@ -59,6 +61,11 @@ QtObject {
     readonly property int inset: 14
     readonly property int rowHeight: 40
     readonly property int buttonSide: 30
+    readonly property int smallButtonSide: 24
+    readonly property int fieldHeight: 32
+    readonly property int pictureSide: 28
+    readonly property int textStart: 50 ///< of a card's words, right of its picture
+    readonly property int scrollBarWidth: 6
     readonly property int cardRadius: 12
     readonly property int rowRadius: 8
     readonly property int tipRadius: 6

@@ -23,13 +23,13 @@ T.Switch {
     indicator: Rectangle {
         color: toggle.checked ? Theme.switchOn : Theme.switchOff
         height: 22
-        radius: 11
+        radius: height / 2
         width: 38
 
         Rectangle {
             color: toggle.checked ? Theme.knobOn : Theme.knobOff
             height: 18
-            radius: 9
+            radius: height / 2
             width: 18
             x: toggle.checked ? 18 : 2
             y: 2

@@ -68,7 +68,7 @@ FocusScope {
         Row {
             anchors.right: parent.right
             layoutDirection: Qt.RightToLeft
-            spacing: 8
+            spacing: Theme.gap
 
             Repeater {
                 model: alert.buttons

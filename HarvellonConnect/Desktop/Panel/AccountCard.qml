@@ -31,9 +31,9 @@ Card {
 
         Rectangle {
             color: Theme.bg
-            height: 28
-            radius: 14
-            width: 28
+            height: Theme.pictureSide
+            radius: width / 2
+            width: Theme.pictureSide
             x: 11
             y: 8
 
@@ -51,7 +51,7 @@ Card {
             anchors.verticalCenter: parent.verticalCenter
             font.weight: Font.DemiBold
             text: card.state.isAuthenticating ? "Warte auf Browser-Login..." : "Nicht angemeldet"
-            x: 50
+            x: Theme.textStart
         }
 
         TextButton {

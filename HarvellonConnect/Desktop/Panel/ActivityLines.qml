@@ -18,7 +18,7 @@ ListView {
     reuseItems: true
 
     T.ScrollBar.vertical: ListScrollBar {
-        implicitWidth: 6
+        implicitWidth: Theme.scrollBarWidth
         minimumSize: 0.1
         needed: lines.contentHeight > lines.height
         rightPadding: 3

@@ -37,7 +37,7 @@ Item {
         anchors.left: parent.left
         anchors.leftMargin: 92
         anchors.right: parent.right
-        anchors.rightMargin: 14
+        anchors.rightMargin: Theme.inset
         anchors.verticalCenter: parent.verticalCenter
         color: Theme.ink
         elide: Text.ElideMiddle

@@ -104,7 +104,7 @@ FocusScope {
 
         enabled: content.searchEnabled
         focus: true
-        height: 32
+        height: Theme.fieldHeight
         keys: keys
         state: panel.state
         width: parent.width - 2 * x

@@ -19,7 +19,7 @@ Item {
     CaptionLabel {
         Accessible.name: text
         Accessible.role: Accessible.StaticText
-        height: 14
+        height: Theme.captionLine
         text: "Projekte verbinden, mounten und öffnen"
         y: 21
     }

@@ -35,7 +35,7 @@ Item {
         focus: true
         font.family: Theme.family
         font.pixelSize: Theme.bodySize
-        height: 32
+        height: Theme.fieldHeight
         leftPadding: 34
         placeholderText: "Domain suchen"
         placeholderTextColor: Theme.secondary
@@ -93,11 +93,11 @@ Item {
 
     IconButton {
         anchors.right: parent.right
-        height: 32
+        height: Theme.fieldHeight
         help: "Domain des aktiven Chrome-Tabs verwenden"
         keys: "Strg+K"
         symbol: "scope"
-        width: 32
+        width: Theme.fieldHeight
 
         onTriggered: bar.state.fillSearchFromChrome()
     }

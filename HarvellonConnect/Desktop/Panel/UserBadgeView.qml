@@ -20,9 +20,9 @@ Item {
 
     Rectangle {
         color: Theme.bg
-        height: 28
-        radius: 14
-        width: 28
+        height: Theme.pictureSide
+        radius: width / 2
+        width: Theme.pictureSide
         x: 11
         y: 8
 
@@ -37,16 +37,16 @@ Item {
     BodyLabel {
         elide: Text.ElideRight
         font.weight: Font.DemiBold
-        height: 17
+        height: Theme.bodyLine
         text: badge.name
         width: (badge.showStatus ? status.x : badge.width) - 12 - x
-        x: 50
+        x: Theme.textStart
         y: badge.secondLine === "" ? 14 : 6
     }
 
     Row {
         spacing: 6
-        x: 50
+        x: Theme.textStart
         y: 23
 
         Loader {
@@ -61,7 +61,7 @@ Item {
         }
 
         CaptionLabel {
-            height: 14
+            height: Theme.captionLine
             text: badge.secondLine
         }
     }

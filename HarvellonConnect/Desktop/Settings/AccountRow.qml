@@ -46,19 +46,19 @@ T.ItemDelegate {
     BodyLabel {
         elide: Text.ElideRight
         font.weight: row.active ? Font.DemiBold : Font.Medium
-        height: 17
+        height: Theme.bodyLine
         text: row.displayName
         width: remove.x - 12 - x
-        x: 50
+        x: Theme.textStart
         y: row.email ? 4 : 12
     }
 
     CaptionLabel {
         elide: Text.ElideMiddle
-        height: 14
+        height: Theme.captionLine
         text: row.email
         width: remove.x - 12 - x
-        x: 50
+        x: Theme.textStart
         y: 21
     }
 
@@ -67,7 +67,7 @@ T.ItemDelegate {
 
         Accessible.description: row.displayName
         anchors.right: parent.right
-        anchors.rightMargin: 14
+        anchors.rightMargin: Theme.inset
         dangerous: true
         text: "Account entfernen"
         y: 6

@@ -29,7 +29,7 @@ Card {
         y: 4
 
         T.ScrollBar.vertical: ListScrollBar {
-            implicitWidth: 6
+            implicitWidth: Theme.scrollBarWidth
             needed: list.interactive
             rightPadding: 3
         }
@@ -42,7 +42,7 @@ Card {
     TextButton {
         text: "Account hinzufügen"
         visible: !card.empty && !card.state.isAuthenticating
-        x: 50
+        x: Theme.textStart
         y: list.y + list.height + 7
 
         onClicked: card.state.addAccount()
@@ -61,7 +61,7 @@ Card {
 
     TextButton {
         anchors.right: parent.right
-        anchors.rightMargin: 14
+        anchors.rightMargin: Theme.inset
         anchors.verticalCenter: waiting.verticalCenter
         text: "Abbrechen"
         visible: card.state.isAuthenticating

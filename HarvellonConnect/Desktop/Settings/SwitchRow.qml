@@ -12,7 +12,7 @@ Item {
     signal toggled(bool wanted)
 
     BodyLabel {
-        height: 17
+        height: Theme.bodyLine
         text: toggle.text
         x: Theme.inset
         y: row.caption === "" ? (row.height - height) / 2 : row.height / 2 - 17
@@ -23,7 +23,7 @@ Item {
         Accessible.role: row.troubled ? Accessible.AlertMessage : Accessible.StaticText
         color: row.troubled ? Theme.badInk : Theme.secondary
         elide: Text.ElideRight
-        height: 14
+        height: Theme.captionLine
         text: row.caption
         visible: text !== ""
         width: toggle.x - 12 - x
@@ -36,11 +36,11 @@ Item {
 
         Accessible.description: row.caption
         anchors.right: parent.right
-        anchors.rightMargin: 14
+        anchors.rightMargin: Theme.inset
         anchors.verticalCenter: parent.verticalCenter
         checked: row.on
 
-        // What was asked for may not come about: then the switch goes back.
+        // The change can fail: restore the binding, so that the switch shows the real state.
         onToggled: {
             row.toggled(checked);
             checked = Qt.binding(() => row.on);

@@ -47,7 +47,7 @@ Item {
                 height: 9
                 radius: 4
                 width: ghost.modelData[0]
-                x: 8
+                x: Theme.gap
                 y: 8
             }
 
@@ -56,7 +56,7 @@ Item {
                 height: 7
                 radius: 3
                 width: ghost.modelData[1]
-                x: 8
+                x: Theme.gap
                 y: 24
             }
 
@@ -71,7 +71,7 @@ Item {
                     radius: ButtonLook.radius
                     width: ActionTable.buttonColumnWidth
                     x: ghost.width - 6 - ActionTable.railWidth + modelData
-                    y: 5
+                    y: (Theme.rowHeight - Theme.buttonSide) / 2
                 }
             }
         }

@@ -43,7 +43,7 @@ Item {
         height: 1
         visible: !row.lit
         width: row.width - 14
-        x: 8
+        x: Theme.gap
     }
 
     Rectangle {
@@ -57,19 +57,19 @@ Item {
 
     BodyLabel {
         elide: Text.ElideRight
-        height: 17
+        height: Theme.bodyLine
         text: row.title
         width: row.markStart - 12 - x
-        x: 8
+        x: Theme.gap
         y: 4
     }
 
     CaptionLabel {
         elide: Text.ElideMiddle
-        height: 14
+        height: Theme.captionLine
         text: row.domain
         width: row.markStart - 12 - x
-        x: 8
+        x: Theme.gap
         y: 21
     }
 

@@ -29,7 +29,7 @@ BareIconButton {
     tint: iconTint
     width: ActionTable.buttonColumnWidth
     x: action.slot
-    y: 5
+    y: (Theme.rowHeight - Theme.buttonSide) / 2
 
     onClicked: shift => rail.perform(action.target, shift)
     onHoveredChanged: rail.pointer(action.target, hovered)
