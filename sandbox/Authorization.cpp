@@ -26,7 +26,7 @@ bool isKnownClient(const Parameters& parameters) {
 QString refusal(const Parameters& request) {
     if (!isKnownClient(request))
         return QStringLiteral("Unbekanntes Programm: %1").arg(request.value(QStringLiteral("client_id")));
-    // The text is compared, not the parsed address: what a browser makes of a lenient one must not matter.
+    // Compare the text, not a parsed URL: browsers and parsers disagree about malformed addresses.
     const QString redirect = request.value(QStringLiteral("redirect_uri"));
     if (!matches(redirect, QStringLiteral(R"(http://127\.0\.0\.1:[1-9][0-9]{0,4}/callback)")))
         return QStringLiteral("Die Rücksprungadresse ist nicht erlaubt: %1").arg(redirect);

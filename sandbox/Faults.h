@@ -21,12 +21,12 @@ struct Fault {
     QByteArray contentType{"application/json"};
     QByteArray location; ///< of a redirect; goes with a status of 3xx
 
-    qint64 padding = 0;                ///< blanks after the body, made on the way
-    bool cut = false;                  ///< more is announced than comes
+    qint64 padding = 0;                ///< number of blanks sent after the body
+    bool cut = false;                  ///< Content-Length is larger than the body sent
     std::chrono::milliseconds drip{0}; ///< before each single byte of the body
 
-    /// Members as above in snake_case, all optional, the delay in milliseconds. Throws std::invalid_argument
-    /// for a member that there is not.
+    /// Reads the members above in snake_case, all optional, durations in milliseconds. Throws
+    /// std::invalid_argument for an unknown member.
     static Fault fromJson(const QJsonObject& object);
 };
 
@@ -38,7 +38,7 @@ struct RecordedRequest {
     QByteArray body;
 };
 
-/// What the endpoints shall do wrong, and what was asked of them. Any thread.
+/// The faults to simulate for each endpoint, and the requests that arrived. Any thread.
 class Faults {
   public:
     /// Holds until the next call for this endpoint; a default Fault ends it.

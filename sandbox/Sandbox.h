@@ -5,7 +5,7 @@
 #include "sandbox/Sites.h"
 #include "sandbox/TokenLedger.h"
 #include "sandbox/WebServer.h"
-#include "sandbox/ssh/SshHosts.h"
+#include "sandbox/ssh/SshServer.h"
 
 #include <QList>
 #include <QLockFile>
@@ -39,7 +39,7 @@ class Sandbox {
 
     [[nodiscard]] bool hasSsh() const { return m_hasSsh; }
 
-    [[nodiscard]] SshHosts& ssh() { return m_ssh; }
+    [[nodiscard]] SshServer& ssh() { return m_ssh; }
 
     [[nodiscard]] QString treeRoot() const { return m_folder + QStringLiteral("/hosts"); }
 
@@ -69,7 +69,7 @@ class Sandbox {
     const QList<Identity> m_identities;
     TokenLedger m_ledger;
     Faults m_faults;
-    SshHosts m_ssh;
+    SshServer m_ssh;
     bool m_hasSsh = false;
     std::unique_ptr<WebServer> m_web;
     std::unique_ptr<Sites> m_sites;

@@ -14,9 +14,8 @@ class SSLServer;
 
 namespace sandbox {
 
-/// The projects' web sites over https, on 127.0.0.1 only: one server that answers whatever it is asked for,
-/// under a certificate of its own that nobody trusts by itself. Answers on threads of its own from its
-/// construction to its destruction.
+/// The projects' web sites over https, on 127.0.0.1 only: one server that answers every path, with a
+/// self-signed certificate. Serves on its own threads from construction to destruction.
 class Sites {
   public:
     /// `folder`: for the certificate, which is made where there is none. `faults` lives as long. Throws

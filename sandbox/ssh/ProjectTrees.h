@@ -6,13 +6,13 @@
 
 namespace sandbox {
 
-/// The login's home on the host.
+/// The login's home folder on the server.
 QString homeFolder(const QString& treeRoot, const HostedProject& project);
 
 /// What the directory names as the project's path.
 QString mountedFolder(const QString& treeRoot, const HostedProject& project);
 
-/// Lays a believable site where none is yet; what people changed in it stays. Throws std::runtime_error.
+/// Makes an example site where none exists; existing files stay as they are. Throws std::runtime_error.
 void layTree(const QString& treeRoot, const HostedProject& project);
 
 /// The credentials that the site's configuration holds.

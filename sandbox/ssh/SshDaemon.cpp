@@ -16,11 +16,12 @@ namespace {
 const QString sshdProgram = QStringLiteral("/usr/sbin/sshd");
 constexpr int readinessProbes = 300;
 constexpr unsigned long probePause = 10; // milliseconds
-constexpr int patience = 5000;           // milliseconds
+constexpr int endLimit = 5000;           // milliseconds
 
-// A shell holds sshd, because its standard input ends with us however we end. Each line it reads is a signal
-// for sshd and its sessions. They leave sshd's process group, and lose it as parent when somebody else kills
-// it, but all of them hold the log open. The second pass meets the session that began during the first.
+// sshd runs below a shell whose standard input closes when this process ends, however it ends; the shell
+// then kills sshd. Each line the shell reads is a signal for sshd and its sessions. Sessions leave sshd's
+// process group and may lose it as parent, but all hold the log file open, so that is how they are found.
+// The second pass reaches sessions that began during the first.
 const QString watchScript = QStringLiteral(R"(
 log=$1
 shift
@@ -70,7 +71,7 @@ SshDaemon::SshDaemon(const QString& folder, const QString& configuration, int po
     m_watch.start(QStringLiteral("/bin/sh"),
                   {QStringLiteral("-c"), watchScript, QStringLiteral("sshd-watch"), log, sshdProgram,
                    QStringLiteral("-D"), QStringLiteral("-f"), configuration});
-    if (!m_watch.waitForStarted(patience))
+    if (!m_watch.waitForStarted(endLimit))
         throw std::runtime_error("sshd does not start");
     awaitListening(port, log);
 }
@@ -81,7 +82,7 @@ SshDaemon::~SshDaemon() {
 
 void SshDaemon::end() {
     m_watch.closeWriteChannel();
-    m_watch.waitForFinished(patience);
+    m_watch.waitForFinished(endLimit);
 }
 
 void SshDaemon::awaitListening(int port, const QString& log) {
@@ -90,7 +91,7 @@ void SshDaemon::awaitListening(int port, const QString& log) {
         if (contentOf(log).contains("Server listening on")) {
             QTcpSocket probe;
             probe.connectToHost(QHostAddress::LocalHost, static_cast<quint16>(port));
-            if (probe.waitForConnected(patience))
+            if (probe.waitForConnected(endLimit))
                 return;
         }
         QThread::msleep(probePause);
@@ -102,7 +103,7 @@ void SshDaemon::awaitListening(int port, const QString& log) {
 void SshDaemon::signalAll(const QByteArray& signal) {
     m_watch.write(signal + '\n');
     while (!m_watch.canReadLine()) {
-        if (!m_watch.waitForReadyRead(patience))
+        if (!m_watch.waitForReadyRead(endLimit))
             throw std::runtime_error("sshd's watch does not answer");
     }
     m_watch.readLine();

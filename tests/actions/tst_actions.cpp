@@ -27,7 +27,7 @@ class RecordingShell : public Shell {
         calls.append(executable + u'|' + arguments.join(u'|'));
         if (executable.endsWith("which"_L1))
             co_return ShellResult{1, {}, {}};
-        throw ShellError::launchFailed(executable); // an editor that does not start is nobody's failure
+        throw ShellError::launchFailed(executable); // a missing editor must not fail the action
     }
 };
 } // namespace

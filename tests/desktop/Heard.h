@@ -7,7 +7,7 @@
 
 #include <functional>
 
-/// What people hear of a window: its controls by their names.
+/// What a screen reader announces of a window: its controls by their accessible names.
 namespace heard {
 inline void visit(QAccessibleInterface* from, const std::function<void(QAccessibleInterface*)>& visitor) {
     for (int i = 0; from && i < from->childCount(); ++i) {
@@ -19,7 +19,7 @@ inline void visit(QAccessibleInterface* from, const std::function<void(QAccessib
     }
 }
 
-/// The first control of this name, and of this role where one is asked for; null when nobody hears of it.
+/// The first visible control with this name, and with this role unless it is NoRole; null when there is none.
 inline QAccessibleInterface* find(QAccessibleInterface* from, const QString& name,
                                   QAccessible::Role role = QAccessible::NoRole) {
     QAccessibleInterface* found = nullptr;
@@ -66,7 +66,7 @@ inline QStringList chosen(QWindow* window) {
     return texts;
 }
 
-/// The control at which the keyboard is.
+/// The name of the control with the keyboard focus.
 inline QString focus(QWindow* window) {
     const QAccessibleInterface* const there = QAccessible::queryAccessibleInterface(window)->focusChild();
     return there ? there->text(QAccessible::Name) : QString();

@@ -151,7 +151,7 @@ class TestPanel : public QObject {
     void theChosenRowIsHeardWhileTheCursorStaysInTheSearch() {
         m_desktop->signIn("erika");
         PanelWindow* const window = m_desktop->openPanel();
-        // Nothing is told before a service for screen readers runs; asking for it starts it.
+        // Qt sends no events before the accessibility bus runs; asking for its address starts it.
         QProcess::execute(u"dbus-send"_s, u"--session --print-reply --dest=org.a11y.Bus /org/a11y/bus "
                                           "org.a11y.Bus.GetAddress"_s.split(u' '));
         if (!QTest::qWaitFor(&QAccessible::isActive))

@@ -6,7 +6,7 @@ namespace {
 const QByteArray tokenPath = "/oauth/token";
 } // namespace
 
-/// What becomes of tokens when they are renewed.
+/// Renewing tokens: success, refusal, no answer, overlapping callers.
 class TestRenewal : public LoginFixture {
     Q_OBJECT
 

@@ -208,7 +208,7 @@ class TestAppState : public StateFixture {
         const QString root = m_home->path() + u"/Harvellon/"_s;
         QFile inUse(root + project(1).domain + u"/public/index.php"_s);
         QVERIFY(inUse.open(QIODevice::ReadOnly));
-        start(); // the state that had them is gone, and nobody has told it to end
+        start(); // the state that mounted them was destroyed without finish(), as in a crash
         QTRY_VERIFY(
             messages().contains(u"Übrig gebliebenen Mount von %1 getrennt."_s.arg(project(0).domain)));
         QTRY_COMPARE(
@@ -221,7 +221,7 @@ class TestAppState : public StateFixture {
 
     void whatCannotBeSavedIsToldAndIsSavedLater() {
         QFile blocker(m_home->filePath(u"file"_s));
-        QVERIFY(blocker.open(QIODevice::WriteOnly)); // below it nothing can be written, whoever we are
+        QVERIFY(blocker.open(QIODevice::WriteOnly)); // a file as parent folder: writing fails for root too
         HostSystem host = this->host();
         host.preferencesFile = blocker.fileName() + u"/preferences.ini"_s;
         host.privateFolder = blocker.fileName() + u"/private"_s;

@@ -7,7 +7,7 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-/// The other desktop's tools: what they would open is written down, and what they would unmount is unmounted.
+/// Stands in for the macOS tools: records what they would open, and unmounts with the tools of Linux.
 class MacShell : public DesktopShell {
   public:
     QStringList calls;
@@ -71,7 +71,7 @@ class TestMacOSFlow : public StateFixture {
         host.sshfsCandidates = {sshfs()};
         host.ssh = m_platform->ssh().binFolder() + u"/ssh"_s;
         start(host);
-        // What opens addresses here is another program; the sign-in needs its browser all the same.
+        // The recording opener starts no browser, so sign in before the records are cleared.
         signIn("erika");
         m_mac->opened.clear();
         m_mac->calls.clear();

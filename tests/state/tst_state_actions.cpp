@@ -9,11 +9,11 @@
 
 using namespace Qt::StringLiterals;
 
-/// What the buttons of a row do, on real parts: ssh, https and the programs that would open.
+/// What the buttons of a row do, with real ssh and https and recording openers.
 class TestStateActions : public StateFixture {
     Q_OBJECT
 
-    /// A host whose ssh client reaches the platform's hosts.
+    /// The host system, with an ssh client that reaches the sandbox's sshd.
     [[nodiscard]] HostSystem reachingHost() const {
         HostSystem reaching = host();
         reaching.ssh = m_platform->ssh().binFolder() + u"/ssh"_s;
@@ -193,7 +193,7 @@ class TestStateActions : public StateFixture {
         QCOMPARE(messages().last(), u"Cache fuer %1 geleert."_s.arg(siteProject().domain));
         QCOMPARE(none.requests("/neu").size(), 1);
 
-        moved.location = m_platform->server().toUtf8().replace("http:", "https:"); // nobody speaks TLS there
+        moved.location = m_platform->server().toUtf8().replace("http:", "https:"); // plain HTTP on that port
         m_platform->setFault(Endpoint::site, moved);
         await(m_state->parts().actions.perform(HoverTarget::cache, siteProject(), false));
         QVERIFY(messages().last().startsWith("Cache leeren fehlgeschlagen: "_L1));

@@ -86,7 +86,7 @@ class TestShell : public QObject {
     void launchedProgramsAreOnTheirOwn() {
         const QTemporaryDir folder;
         const QString result = folder.filePath(u"result"_s);
-        // Its output goes nowhere, and its session is not ours.
+        // Launched programs write to /dev/null and lead a session of their own.
         m_shell.launch(u"/bin/sh"_s,
                        {u"-c"_s,
                         u"readlink /proc/$$/fd/2 >\"$0\"; ps -o sid= -p $$ >>\"$0\"; echo end >>\"$0\""_s,

@@ -1,4 +1,4 @@
-#include "sandbox/ssh/SshHosts.h"
+#include "sandbox/ssh/SshServer.h"
 
 #include "sandbox/PrivateFile.h"
 #include "sandbox/ssh/ProjectTrees.h"
@@ -25,10 +25,10 @@ QString shellWord(QString text) {
 }
 } // namespace
 
-SshHosts::SshHosts(QString folder, QString treeRoot)
+SshServer::SshServer(QString folder, QString treeRoot)
     : m_folder(std::move(folder)), m_treeRoot(std::move(treeRoot)) {}
 
-void SshHosts::prepare(const QList<HostedProject>& projects) {
+void SshServer::prepare(const QList<HostedProject>& projects) {
     makeFolder(binFolder());
     for (const HostedProject& project : projects)
         layTree(m_treeRoot, project);
@@ -40,7 +40,7 @@ void SshHosts::prepare(const QList<HostedProject>& projects) {
     acceptKey(true);
 }
 
-void SshHosts::choosePort() {
+void SshServer::choosePort() {
     const QString file = m_folder + QStringLiteral("/port");
     QTcpServer probe;
     const auto former = static_cast<quint16>(contentOf(file).toInt());
@@ -50,7 +50,7 @@ void SshHosts::choosePort() {
     writePrivateFile(file, QByteArray::number(m_port));
 }
 
-void SshHosts::makeKey(const QString& name) const {
+void SshServer::makeKey(const QString& name) const {
     const QString path = m_folder + QLatin1Char('/') + name;
     if (QFileInfo::exists(path))
         return;
@@ -62,7 +62,7 @@ void SshHosts::makeKey(const QString& name) const {
         throw std::runtime_error("ssh-keygen makes no key: " + keygen.readAllStandardError().toStdString());
 }
 
-void SshHosts::writeServerFiles(const QList<HostedProject>& projects) const {
+void SshServer::writeServerFiles(const QList<HostedProject>& projects) const {
     const auto user = getuid();
     const auto group = getgid();
     QString passwd = QStringLiteral("runner:x:%1:%2::%3:/bin/sh\n").arg(user).arg(group).arg(m_folder);
@@ -100,7 +100,7 @@ void SshHosts::writeServerFiles(const QList<HostedProject>& projects) const {
                          .toUtf8());
 }
 
-void SshHosts::writeClientFiles() const {
+void SshServer::writeClientFiles() const {
     // A known-hosts file named on the command line has precedence; the user's own file is never used.
     writePrivateFile(configFile(), QStringLiteral("Host *.sandbox.test\n"
                                                   "  HostName 127.0.0.1\n"
@@ -119,27 +119,27 @@ void SshHosts::writeClientFiles() const {
         QFile::ExeOwner);
 }
 
-void SshHosts::start() {
+void SshServer::start() {
     stop();
     m_daemon.emplace(m_folder, m_folder + QStringLiteral("/sshd_config"), m_port);
 }
 
-void SshHosts::freeze() {
+void SshServer::freeze() {
     if (m_daemon)
         m_daemon->signalAll("STOP");
 }
 
-void SshHosts::thaw() {
+void SshServer::thaw() {
     if (m_daemon)
         m_daemon->signalAll("CONT");
 }
 
-void SshHosts::acceptKey(bool accept) {
+void SshServer::acceptKey(bool accept) {
     writePrivateFile(m_folder + QStringLiteral("/authorized_keys"),
                      accept ? contentOf(m_folder + QStringLiteral("/client_key.pub")) : QByteArray());
 }
 
-void SshHosts::replaceHostKey() {
+void SshServer::replaceHostKey() {
     stop();
     QFile::remove(m_folder + QStringLiteral("/host_key"));
     QFile::remove(m_folder + QStringLiteral("/host_key.pub"));

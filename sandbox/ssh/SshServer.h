@@ -14,36 +14,36 @@ namespace sandbox {
 /// One sshd, run without root, that serves every project's login on 127.0.0.1. Clients reach it under the
 /// projects' own domains through `binFolder()`, which belongs first on the search path. One thread. What
 /// changes something throws std::runtime_error.
-class SshHosts {
+class SshServer {
   public:
-    /// `folder`: for keys and configuration; `treeRoot`: for the project trees. Nothing is made or started
-    /// yet.
-    SshHosts(QString folder, QString treeRoot);
-    Q_DISABLE_COPY_MOVE(SshHosts)
+    /// `folder`: for keys and configuration; `treeRoot`: for the project trees. Neither touches the disk nor
+    /// starts sshd yet.
+    SshServer(QString folder, QString treeRoot);
+    Q_DISABLE_COPY_MOVE(SshServer)
 
-    /// Makes the trees and logins of `projects`, the keys where there are none, and the client's files.
+    /// Makes the trees and logins of `projects`, missing keys, and the ssh client's configuration.
     void prepare(const QList<HostedProject>& projects);
 
     /// Starts sshd on the prepared port; returns when it listens.
     void start();
 
-    /// Ends sshd and all its sessions at once. Nothing happens when it does not run.
+    /// Kills sshd and all its sessions; does nothing when sshd does not run.
     void stop() { m_daemon.reset(); }
 
-    /// Stops the clock for sshd and all its sessions: connections stand, nothing answers.
+    /// Suspends sshd and all its sessions (SIGSTOP): connections stay open, nothing is answered.
     void freeze();
     void thaw();
 
     /// Whether logins with the client's key are accepted. Running sessions go on.
     void acceptKey(bool accept);
-    /// Gives the host another key, with a restart.
+    /// Replaces the host key and restarts sshd.
     void replaceHostKey();
 
     [[nodiscard]] int port() const { return m_port; }
 
     [[nodiscard]] QString configFile() const { return m_folder + QStringLiteral("/ssh_config"); }
 
-    /// Holds an `ssh` that reaches these hosts.
+    /// Contains an `ssh` command that connects to this server.
     [[nodiscard]] QString binFolder() const { return m_folder + QStringLiteral("/bin"); }
 
   private:
