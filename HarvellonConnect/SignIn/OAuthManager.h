@@ -49,7 +49,7 @@ class OAuthManager : public QObject {
 
   public:
     using OpenAddress = std::function<void(const QUrl&)>;
-    /// Decides to which account a login belongs; nothing gives the login up. May throw, which does so, too.
+    /// Decides which account the login is for; an empty result or an exception abandons the login.
     using ChooseAccount = std::function<QCoro::Task<std::optional<QString>>(AuthResult result)>;
 
     /// Tokens are in use for an account and on their way into the keyring.
@@ -106,8 +106,8 @@ class OAuthManager : public QObject {
     /// Whether no renewal is under way and the keyring is not being changed.
     [[nodiscard]] bool isIdle() const { return m_pendingWork == 0; }
 
-    /// Waits until that is so, at most `limit`. To be called before the program ends: a renewal whose answer
-    /// is not stored leaves a used-up refresh token behind, and the login is lost.
+    /// Waits until `isIdle`, at most `limit`. Call it before the program ends: when the answer to a renewal
+    /// is not stored, the keyring keeps a used-up refresh token and the login is lost.
     QCoro::Task<> finish(std::chrono::milliseconds limit);
 
   Q_SIGNALS:

@@ -1,6 +1,6 @@
 #!/bin/sh
-# Type-checks the macOS sources on a machine that is no Mac, against declarations of what they call. It tells of misspelt
-# names, wrong arguments and forgotten headers; not of what the calls do.
+# Type-checks the macOS sources on Linux, against hand-written declarations of the system functions they call. It finds
+# misspelt names, wrong arguments and missing headers; it cannot check what the calls do.
 set -eu
 cd "$(dirname "$0")/../.."
 qt=$(pkg-config --cflags Qt6Core Qt6Gui Qt6Network Qt6Qml Qt6Quick Qt6Widgets | sed 's/-I/-isystem/g')

@@ -1,8 +1,8 @@
 #!/bin/sh
 # packaging/macos/make-image.sh BUILD FOLDER
 #
-# Makes FOLDER/HarvellonConnect.dmg of the bundle in BUILD: Qt and Sparkle inside, signed and notarised where these say
-# with what:
+# Makes FOLDER/HarvellonConnect.dmg from the bundle in BUILD, with Qt and Sparkle inside. These variables, where set,
+# have it signed and notarised:
 #   HARVELLON_SIGNING_IDENTITY  the name of a "Developer ID Application" certificate in the keychain
 #   HARVELLON_NOTARY_PROFILE    a profile that `xcrun notarytool store-credentials` has stored
 #   HARVELLON_SPARKLE           the folder of Sparkle.framework, when it is not in /Library/Frameworks

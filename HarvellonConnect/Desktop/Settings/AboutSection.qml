@@ -1,6 +1,6 @@
 import QtQuick
 
-/// What this is, and whose.
+/// Program name, version, and copyright.
 Card {
     id: card
 

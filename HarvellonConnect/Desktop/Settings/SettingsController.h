@@ -3,7 +3,7 @@
 #include <QObject>
 #include <QtQmlIntegration>
 
-/// What the settings view and its owner say to each other. The owner outlives the view. Main thread.
+/// Signals between the settings view and the window manager that owns it. Outlives the view. Main thread.
 class SettingsController : public QObject {
     Q_OBJECT
     QML_ELEMENT

@@ -37,7 +37,7 @@ QString nameOf(const QString& service, const QString& account) {
 bool SecretFile::save(const QByteArray& data, const QString& service, const QString& account) {
     std::optional<QJsonObject> items = read(m_path);
     if (!items) {
-        // What cannot be read is kept beside, so that nothing is lost that a person might still rescue.
+        // Keep an unreadable file under another name, so that it can still be repaired by hand.
         qCWarning(lcKeychain) << "unreadable, set aside:" << m_path;
         QFile::remove(m_path + QStringLiteral(".damaged"));
         QFile::rename(m_path, m_path + QStringLiteral(".damaged"));

@@ -14,17 +14,17 @@ struct Tokens {
     std::optional<QString> refreshToken;
 };
 
-/// The token pairs of the accounts in the keyring. The keyring is asked on a worker thread, because a locked
-/// one stands still until the user has typed its password; after the time limit it counts as having said no.
-/// Never throws. Main thread.
+/// Loads, saves and removes the accounts' token pairs in the keyring. Keyring calls run on a worker thread,
+/// because a locked keyring blocks until the user has typed its password; after the time limit the call
+/// counts as failed. Never throws. Main thread.
 class TokenStore {
   public:
-    /// `keychain` outlives this and what it has under way.
+    /// `keychain` must outlive this and all running operations.
     TokenStore(KeychainStore& keychain, std::chrono::milliseconds limit);
 
     /// Nothing when there is no access token to be found; a locked keyring shows none.
     QCoro::Task<std::optional<Tokens>> load(QString accountID);
-    /// Says whether both are stored. A pair without a refresh token leaves the stored one as it is.
+    /// Yields whether both are stored. A pair without a refresh token leaves the stored one as it is.
     QCoro::Task<bool> save(Tokens tokens, QString accountID);
     QCoro::Task<> remove(QString accountID);
 
