@@ -21,7 +21,7 @@ ButtonRail {
             action: modelData
             connecting: rail.connecting
             rail: rail
-            visible: (rail.offers & 1 << action.target) !== 0
+            visible: rail ? (rail.offers & 1 << action.target) !== 0 : false // no rail while the row is destroyed
         }
     }
 }
