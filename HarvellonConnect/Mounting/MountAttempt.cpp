@@ -1,11 +1,11 @@
 #include "Mounting/MountAttempt.h"
 
 #include "Mounting/Keys/KnownHosts.h"
-#include "Mounting/MountCheck.h"
 #include "Mounting/MountOptions.h"
+#include "Mounting/MountQuestions.h"
 #include "Mounting/MounterError.h"
 #include "Mounting/SSHFSProcess.h"
-#include "Mounting/SSHFSReadiness.h"
+#include "Mounting/Setup/SSHFSReadiness.h"
 #include "Mounting/Unmounting.h"
 #include "System/Async.h"
 #include "System/Logging.h"
@@ -24,7 +24,7 @@ MountAttempt::MountAttempt(HostSystem host, Shell& shell, Project project, Mount
                            std::shared_ptr<StartQueue> startQueue)
     : m_host(std::move(host)), m_shell(shell), m_project(std::move(project)), m_mountLimit(limits.mount),
       m_startQueue(std::move(startQueue)), m_process(std::make_shared<SSHFSProcess>()),
-      m_clearLimits(limits.unmount) {
+      m_questions(std::make_shared<MountQuestions>(mountPoint())), m_clearLimits(limits.unmount) {
     m_finished.start();
 }
 
@@ -34,14 +34,24 @@ QString MountAttempt::mountPoint() const {
     return m_host.mountRoot() + QLatin1Char('/') + m_project.domain;
 }
 
-QCoro::Task<std::shared_ptr<SSHFSProcess>> MountAttempt::run(std::shared_ptr<MountAttempt> attempt) {
+QCoro::Task<MountSession> MountAttempt::run(std::shared_ptr<MountAttempt> attempt) {
     const std::optional<MounterError> failure = co_await failureOf(attempt);
-    if (!failure)
-        co_return attempt->m_process;
     const QString mountPoint = attempt->mountPoint();
+    const mode_t folderMode = attempt->m_folder ? attempt->m_folder->formerMode() : 0;
+    if (!failure)
+        co_return attempt->session(folderMode);
     co_await clearLeftovers(attempt->m_host, attempt->m_shell, attempt->m_process, mountPoint,
                             attempt->m_clearLimits);
+    if (attempt->m_folder) {
+        attempt->m_folder.reset();
+        MountPointFolder::release(mountPoint, folderMode);
+    }
     throw *failure;
+}
+
+MountSession MountAttempt::session(mode_t folderMode) const {
+    return {m_project.domain, mountPoint(), m_process,     QDateTime::currentDateTime(),
+            m_project,        m_questions,  m_coversFiles, folderMode};
 }
 
 QCoro::Task<std::optional<MounterError>> MountAttempt::failureOf(std::shared_ptr<MountAttempt> attempt) {
@@ -92,7 +102,6 @@ QCoro::Task<> MountAttempt::waitUntilMounted(std::shared_ptr<MountAttempt> attem
     const QString mountPoint = attempt->mountPoint();
     const SSHFSProcess& process = *attempt->m_process;
     const QDeadlineTimer deadline(attempt->m_mountLimit);
-    MountCheck check(mountPoint);
     bool mounted = false;
     for (;;) {
         attempt->throwIfCancelled();
@@ -112,9 +121,10 @@ QCoro::Task<> MountAttempt::waitUntilMounted(std::shared_ptr<MountAttempt> attem
             continue;
         }
         attempt->m_folder->seal();
-        const std::optional<bool> answer = co_await check.isMounted(answerStep);
-        mounted = answer.value_or(false);
-        if (answer && !mounted) // sshfs has just ended, or the mount is not in place yet
+        const QFuture<bool> check = attempt->m_questions->isMounted();
+        const bool answered = co_await Async::finishesWithin(check, answerStep);
+        mounted = answered && check.result();
+        if (answered && !mounted) // sshfs has just ended, or the mount is not in place yet
             co_await Async::sleep(answerStep);
     }
 }

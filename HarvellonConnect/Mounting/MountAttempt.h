@@ -3,6 +3,7 @@
 #include "Directory/Project.h"
 #include "Mounting/MountLimits.h"
 #include "Mounting/MountPointFolder.h"
+#include "Mounting/MountSession.h"
 #include "Mounting/MounterError.h"
 #include "System/HostSystem.h"
 #include "System/Shell.h"
@@ -16,8 +17,6 @@
 #include <chrono>
 #include <memory>
 #include <optional>
-
-class SSHFSProcess;
 
 /// Spreads the starts of sshfs over time, one per interval. Main thread.
 class StartQueue {
@@ -55,9 +54,9 @@ class MountAttempt {
     ~MountAttempt();
     Q_DISABLE_COPY_MOVE(MountAttempt)
 
-    /// Mounts, and yields the running sshfs when the server has answered. Throws MounterError after
-    /// everything that was begun has been cleared. Call it once.
-    static QCoro::Task<std::shared_ptr<SSHFSProcess>> run(std::shared_ptr<MountAttempt> attempt);
+    /// Mounts, and yields the session when the server has answered. Throws MounterError after everything that
+    /// was begun has been cleared. Call it once.
+    static QCoro::Task<MountSession> run(std::shared_ptr<MountAttempt> attempt);
 
     /// Makes `run` fail soon. `limits` are those of the clean-up.
     void cancel(UnmountLimits limits);
@@ -73,15 +72,13 @@ class MountAttempt {
 
     [[nodiscard]] const QString& domain() const { return m_project.domain; }
 
-    /// Whether the mount hides local files. Known when `run` has ended.
-    [[nodiscard]] bool coversFiles() const { return m_coversFiles; }
-
   private:
     static QCoro::Task<std::optional<MounterError>> failureOf(std::shared_ptr<MountAttempt> attempt);
     static QCoro::Task<> waitForTurn(std::shared_ptr<MountAttempt> attempt);
     static QCoro::Task<> start(std::shared_ptr<MountAttempt> attempt);
     static QCoro::Task<> waitUntilMounted(std::shared_ptr<MountAttempt> attempt);
     void throwIfCancelled() const;
+    [[nodiscard]] MountSession session(mode_t folderMode) const;
 
     const HostSystem m_host;
     Shell& m_shell;
@@ -89,6 +86,7 @@ class MountAttempt {
     const std::chrono::milliseconds m_mountLimit;
     const std::shared_ptr<StartQueue> m_startQueue;
     const std::shared_ptr<SSHFSProcess> m_process;
+    const std::shared_ptr<MountQuestions> m_questions;
     UnmountLimits m_clearLimits;
     bool m_cancelled = false;
     bool m_coversFiles = false;

@@ -6,6 +6,9 @@
 #include <QString>
 #include <QStringList>
 
+/// Throws MounterError::mountFailed for a project whose domain or path cannot be handed to sshfs safely.
+void throwUnlessPlain(const Project& project);
+
 /// `value` escaped for sshfs's option string, where a plain comma would start another option.
 QString optionValue(const QString& value);
 

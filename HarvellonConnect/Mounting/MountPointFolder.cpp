@@ -1,6 +1,7 @@
 #include "Mounting/MountPointFolder.h"
 
 #include "Mounting/MounterError.h"
+#include "System/Native/MountTable.h"
 
 #include <QDir>
 #include <QFile>
@@ -27,6 +28,11 @@ MountPointFolder::MountPointFolder(const QString& path) : m_path(path) {
         throw MounterError(
             MounterError::Case::mountFailed,
             QStringLiteral("%1: %2").arg(path, QString::fromLocal8Bit(error.message().c_str())));
+
+    struct stat status {};
+
+    ::fstat(m_descriptor, &status);
+    m_formerMode = status.st_mode & ~static_cast<mode_t>(S_IFMT);
     ::fchmod(m_descriptor, S_IRWXU);
 }
 
@@ -34,11 +40,11 @@ MountPointFolder::~MountPointFolder() {
     seal();
 }
 
-bool MountPointFolder::holdsFiles() const {
+bool MountPointFolder::holdsFiles(const QString& path) {
     const QStringList addedByFileManagers{QStringLiteral(".DS_Store"), QStringLiteral(".directory"),
                                           QStringLiteral(".localized")};
     const QStringList entries =
-        QDir(m_path).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+        QDir(path).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
     return std::any_of(entries.begin(), entries.end(), [&addedByFileManagers](const QString& entry) {
         return !addedByFileManagers.contains(entry);
     });
@@ -50,4 +56,9 @@ void MountPointFolder::seal() {
     ::fchmod(m_descriptor, S_IRUSR | S_IXUSR);
     ::close(m_descriptor);
     m_descriptor = -1;
+}
+
+void MountPointFolder::release(const QString& path, mode_t mode) {
+    if (!MountTable::lists(path) && holdsFiles(path))
+        ::chmod(QFile::encodeName(path).constData(), mode | S_IRWXU);
 }

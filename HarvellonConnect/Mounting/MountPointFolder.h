@@ -3,6 +3,8 @@
 #include <QString>
 #include <QtGlobal>
 
+#include <sys/types.h>
+
 /// The local folder that a tree is mounted on. When sshfs ends, an editor that still has the tree open would
 /// save into this local folder, so the folder is writable only while a mount is being made. Main thread.
 class MountPointFolder {
@@ -15,12 +17,22 @@ class MountPointFolder {
 
     /// Whether the folder has files that a mount would hide. The files that file managers add by themselves
     /// do not count.
-    [[nodiscard]] bool holdsFiles() const;
+    [[nodiscard]] bool holdsFiles() const { return holdsFiles(m_path); }
+
+    /// The permissions that the folder had before.
+    [[nodiscard]] mode_t formerMode() const { return m_formerMode; }
 
     /// Makes the local folder read-only, whether or not a tree is mounted on it by now.
     void seal();
 
+    /// Gives the folder at `path` its permissions back when it holds files of the user, who could not move
+    /// them otherwise. Does nothing while something is mounted there, or when the folder is empty.
+    static void release(const QString& path, mode_t mode);
+
   private:
+    static bool holdsFiles(const QString& path);
+
     const QString m_path;
+    mode_t m_formerMode = 0;
     int m_descriptor = -1; ///< kept open, because the path leads to the server once the tree is mounted
 };

@@ -1,8 +1,12 @@
 #include "Mounting/SSHFSMounter.h"
 
-#include "Directory/PlainDomain.h"
-#include "Mounting/MountAttempt.h"
+#include "Mounting/LeftoverMounts.h"
+#include "Mounting/MountOptions.h"
+#include "Mounting/MountPointFolder.h"
+#include "Mounting/MountQuestions.h"
+#include "Mounting/MountsInProgress.h"
 #include "Mounting/SSHFSProcess.h"
+#include "Mounting/ServerState.h"
 #include "Mounting/Unmounting.h"
 #include "System/Async.h"
 #include "System/Logging.h"
@@ -10,7 +14,6 @@
 
 #include <QCoroFuture>
 #include <QDeadlineTimer>
-#include <QPromise>
 
 namespace {
 constexpr std::chrono::milliseconds afterKill{1500}; // unmounts that were blocked by a killed sshfs end soon
@@ -27,69 +30,41 @@ QCoro::Task<bool> allFinishWithin(QList<QFuture<void>> futures, std::chrono::mil
     co_return true;
 }
 
-QString printable(const QString& text) {
-    QString shown;
-    for (const QChar character : text)
-        shown.append(character.isPrint() ? character : QChar(QChar::ReplacementCharacter));
-    return shown;
-}
-
 MounterError refusal(const QString& reason) {
     return MounterError(MounterError::Case::mountFailed, reason);
 }
+
+MounterError closedRefusal() {
+    return refusal(QStringLiteral("Alle Verbindungen werden gerade getrennt."));
+}
+
+/// Waits for an unmount, however it goes.
+QCoro::Task<> endOf(QFuture<UnmountResult> unmount) {
+    try {
+        co_await unmount;
+    } catch (const MounterError&) {
+        // Its caller has been told.
+    }
+}
 } // namespace
-
-/// Registers an attempt for as long as it exists. Its end tells everyone who waits for the attempt.
-class SSHFSMounter::MountInProgress {
-  public:
-    MountInProgress(SSHFSMounter* mounter, std::shared_ptr<MountAttempt> attempt)
-        : m_mounter(mounter), m_attempt(std::move(attempt)) {
-        mounter->m_attempts.insert(m_attempt->domain(), m_attempt);
-    }
-
-    ~MountInProgress() {
-        if (m_mounter)
-            m_mounter->m_attempts.remove(m_attempt->domain());
-        m_attempt->markFinished();
-    }
-
-    Q_DISABLE_COPY_MOVE(MountInProgress)
-
-  private:
-    QPointer<SSHFSMounter> m_mounter;
-    std::shared_ptr<MountAttempt> m_attempt;
-};
-
-/// Registers an unmount for as long as it exists. Its end tells everyone who waits for the unmount.
-class SSHFSMounter::UnmountInProgress {
-  public:
-    UnmountInProgress(SSHFSMounter* mounter, QString domain)
-        : m_mounter(mounter), m_domain(std::move(domain)) {
-        m_finished.start();
-        mounter->m_unmounts.insert(m_domain, m_finished.future());
-    }
-
-    ~UnmountInProgress() {
-        if (m_mounter)
-            m_mounter->m_unmounts.remove(m_domain);
-        m_finished.finish();
-    }
-
-    Q_DISABLE_COPY_MOVE(UnmountInProgress)
-
-  private:
-    QPointer<SSHFSMounter> m_mounter;
-    QString m_domain;
-    QPromise<void> m_finished;
-};
 
 SSHFSMounter::SSHFSMounter(HostSystem host, Shell& shell, MountLimits limits, QObject* parent)
     : QObject(parent), m_host(std::move(host)), m_shell(shell), m_limits(limits),
-      m_startQueue(std::make_shared<StartQueue>(limits.startInterval)) {}
+      m_startQueue(std::make_shared<StartQueue>(limits.startInterval)),
+      m_running(std::make_shared<MountsInProgress>()) {}
 
 SSHFSMounter::~SSHFSMounter() {
-    for (const auto& attempt : std::as_const(m_attempts))
+    for (const auto& attempt : std::as_const(m_running->attempts))
         attempt->cancel(m_limits.quit);
+}
+
+bool SSHFSMounter::isIdle() const {
+    return m_sessions.isEmpty() && m_running->attempts.isEmpty() && m_running->unmounts.isEmpty() &&
+           m_keptUntilClosed.isEmpty();
+}
+
+bool SSHFSMounter::isMounting(const QString& domain) const {
+    return m_running->attempts.contains(domain);
 }
 
 QSet<QString> SSHFSMounter::connectedDomains() const {
@@ -102,155 +77,202 @@ std::optional<QString> SSHFSMounter::mountPoint(const QString& domain) const {
 }
 
 void SSHFSMounter::refuseUnlessMountable(const Project& project) const {
-    if (!isPlainDomain(project.domain))
-        throw refusal(QStringLiteral("Die Domain „%1\" ist nicht zulässig.").arg(printable(project.domain)));
-    if (project.path.contains(QChar(QChar::Null)))
-        throw refusal(QStringLiteral("Der Pfad des Projekts auf dem Server ist nicht zulässig."));
-    if (m_closing > 0)
-        throw refusal(QStringLiteral("Alle Verbindungen werden gerade getrennt."));
-    if (m_attempts.contains(project.domain))
+    throwUnlessPlain(project);
+    if (m_closed)
+        throw closedRefusal();
+    if (m_running->attempts.contains(project.domain))
         throw refusal(QStringLiteral("%1 wird bereits verbunden.").arg(project.domain));
 }
 
 QCoro::Task<MountSession> SSHFSMounter::mount(Project project) {
     refuseUnlessMountable(project);
     const QString domain = project.domain;
-    const std::optional<QFuture<void>> unmount = unmountOf(domain);
+    const std::optional<QFuture<UnmountResult>> unmount = unmountOf(domain);
     if (m_sessions.contains(domain) && !unmount)
         co_return m_sessions.value(domain);
 
     const auto attempt = std::make_shared<MountAttempt>(m_host, m_shell, project, m_limits, m_startQueue);
-    const MountInProgress inProgress(this, attempt);
+    const MountInProgress inProgress(m_running, attempt);
     const QPointer<SSHFSMounter> guard(this);
-    if (unmount) {
-        QFuture<void> unmounted = *unmount;
-        co_await unmounted;
-    }
-    const std::shared_ptr<SSHFSProcess> process = co_await MountAttempt::run(attempt);
-    const MountSession session{domain, attempt->mountPoint(), process, QDateTime::currentDateTime(),
-                               attempt->coversFiles()};
+    if (unmount)
+        co_await endOf(*unmount);
+    if (guard && guard->m_closed)
+        throw closedRefusal();
+    const MountSession session = co_await MountAttempt::run(attempt);
     if (guard)
         guard->addSession(session);
     co_return session;
 }
 
 void SSHFSMounter::addSession(const MountSession& session) {
-    const QString domain = session.domain;
-    m_sessions.insert(domain, session);
-    connect(session.process.get(), &SSHFSProcess::ended, this,
-            [this, domain](qint32 exitCode) { handleUnexpectedEnd(domain, exitCode); });
-    qCInfo(lcSSHFSMounter, "mount: success %s at %s", qUtf8Printable(domain),
+    m_sessions.insert(session.domain, session);
+    watchEnd(session);
+    qCInfo(lcSSHFSMounter, "mount: success %s at %s", qUtf8Printable(session.domain),
            qUtf8Printable(session.mountPoint));
 }
 
-QCoro::Task<bool> SSHFSMounter::unmount(QString domain) {
+void SSHFSMounter::watchEnd(const MountSession& session) {
+    connect(session.process.get(), &SSHFSProcess::ended, this,
+            [this, domain = session.domain](qint32 exitCode) { handleUnexpectedEnd(domain, exitCode); });
+}
+
+QCoro::Task<UnmountResult> SSHFSMounter::unmount(QString domain) {
     return unmountWithin(domain, m_limits.unmount);
 }
 
-QCoro::Task<bool> SSHFSMounter::unmountWithin(QString domain, UnmountLimits limits) {
-    if (const std::shared_ptr<MountAttempt> attempt = m_attempts.value(domain)) {
+QCoro::Task<UnmountResult> SSHFSMounter::unmountWithin(QString domain, UnmountLimits limits) {
+    if (const std::shared_ptr<MountAttempt> attempt = m_running->attempts.value(domain)) {
         attempt->cancel(limits);
         QFuture<void> finished = attempt->finished();
         co_await finished;
-        co_return false;
+        co_return UnmountResult::ended;
     }
-    if (const std::optional<QFuture<void>> unmount = unmountOf(domain)) {
-        QFuture<void> unmounted = *unmount;
-        co_await unmounted; // its caller gets the outcome
-        co_return false;
+    if (const std::optional<QFuture<UnmountResult>> unmount = unmountOf(domain)) {
+        QFuture<UnmountResult> unmounted = *unmount;
+        co_return co_await unmounted;
     }
     if (!m_sessions.contains(domain)) {
         qCInfo(lcSSHFSMounter, "unmount: no session for %s", qUtf8Printable(domain));
-        co_return false;
+        co_return UnmountResult::ended;
     }
     const MountSession session = m_sessions.value(domain);
     co_return co_await takeDown(session, limits);
 }
 
-QCoro::Task<bool> SSHFSMounter::takeDown(MountSession session, UnmountLimits limits) {
+QCoro::Task<UnmountResult> SSHFSMounter::takeDown(MountSession session, UnmountLimits limits) {
     qCInfo(lcSSHFSMounter, "unmount: %s", qUtf8Printable(session.domain));
-    const UnmountInProgress inProgress(this, session.domain);
+    UnmountInProgress inProgress(m_running, session.domain);
     const QPointer<SSHFSMounter> guard(this);
     const HostSystem host = m_host;
     Shell& shell = m_shell;
     disconnect(session.process.get(), &SSHFSProcess::ended, this, nullptr); // its end is expected from now on
-    const UnmountOutcome outcome = co_await unmountByCommands(host, shell, session.mountPoint, limits);
+    const UnmountOutcome outcome = co_await unmountByCommands(host, shell, session, limits);
     const bool mayKeep = outcome.inUse && limits.keepUntilClosed;
-    const bool kept = co_await endProcess(guard, host, shell, session, limits, mayKeep);
+    inProgress.result = co_await endProcess(guard, host, shell, session, limits, mayKeep);
+    if (outcome.cutOff)
+        inProgress.result = UnmountResult::cutOff;
+    MountPointFolder::release(session.mountPoint, session.folderMode);
     if (guard)
         guard->m_sessions.remove(session.domain);
     if (outcome.complaint)
-        throw MounterError(MounterError::Case::unmountFailed, *outcome.complaint);
-    co_return kept;
+        inProgress.fail(MounterError(MounterError::Case::unmountFailed, *outcome.complaint));
+    co_return inProgress.result;
 }
 
-QCoro::Task<bool> SSHFSMounter::endProcess(QPointer<SSHFSMounter> mounter, HostSystem host, Shell& shell,
-                                           MountSession session, UnmountLimits limits, bool mayKeep) {
-    bool keep = false;
+QCoro::Task<UnmountResult> SSHFSMounter::endProcess(QPointer<SSHFSMounter> mounter, HostSystem host,
+                                                    Shell& shell, MountSession session, UnmountLimits limits,
+                                                    bool mayKeep) {
     if (mayKeep) {
-        const bool inUse = co_await servesOpenFiles(session.process, limits.grace);
-        keep = inUse && mounter && mounter->m_closing == 0;
+        const QList<MountSession> mounts{session};
+        const QStringList transferring = co_await transferringDomains(mounts, limits.grace);
+        const bool inUse = session.process->isRunning();
+        if (inUse && mounter && !mounter->m_closed) {
+            mounter->keepUntilClosed(session); // ending it now would cut off a file being written
+            co_return !transferring.isEmpty() ? UnmountResult::writing : UnmountResult::filesOpen;
+        }
     }
-    if (keep)
-        mounter->keepUntilClosed(session.process); // ending it now would cut off a file being written
-    else
-        co_await clearLeftovers(host, shell, session.process, session.mountPoint, limits);
-    co_return keep;
+    co_await clearLeftovers(host, shell, session.process, session.mountPoint, limits);
+    co_return UnmountResult::ended;
 }
 
-void SSHFSMounter::keepUntilClosed(const std::shared_ptr<SSHFSProcess>& process) {
-    m_keptUntilClosed.append(process);
-    const std::weak_ptr<SSHFSProcess> kept = process;
+void SSHFSMounter::keepUntilClosed(const MountSession& session) {
+    m_keptUntilClosed.append(session);
+    const SSHFSProcess* const kept = session.process.get();
     // Queued, because removing the last reference deletes the process that emits the signal.
     connect(
-        process.get(), &SSHFSProcess::ended, this, [this, kept] { m_keptUntilClosed.removeOne(kept.lock()); },
+        kept, &SSHFSProcess::ended, this,
+        [this, kept] {
+            m_keptUntilClosed.removeIf(
+                [kept](const MountSession& each) { return each.process.get() == kept; });
+        },
         Qt::QueuedConnection);
 }
 
-std::optional<QFuture<void>> SSHFSMounter::unmountOf(const QString& domain) const {
-    const auto unmount = m_unmounts.constFind(domain);
-    return unmount == m_unmounts.constEnd() ? std::nullopt : std::optional(*unmount);
+std::optional<QFuture<UnmountResult>> SSHFSMounter::unmountOf(const QString& domain) const {
+    const auto unmount = m_running->unmounts.constFind(domain);
+    return unmount == m_running->unmounts.constEnd() ? std::nullopt : std::optional(*unmount);
 }
 
 QStringList SSHFSMounter::leftBehind() const {
-    QStringList domains = MountTable::mountedBelow(m_host.mountRoot());
+    QStringList domains = ownMountsBelow(m_host.mountRoot());
     domains.removeIf([this](const QString& domain) {
-        return m_attempts.contains(domain) || m_sessions.contains(domain) || m_unmounts.contains(domain);
+        return m_running->attempts.contains(domain) || m_sessions.contains(domain) ||
+               m_running->unmounts.contains(domain);
     });
     return domains;
 }
 
 QCoro::Task<bool> SSHFSMounter::clearLeftBehind(QString domain) {
-    HostSystem gentle = m_host;
-    gentle.unmountCommands.removeOne(m_host.forcedUnmount);
-    Shell& shell = m_shell;
-    const UnmountInProgress inProgress(this, domain); // a mount that is asked for meanwhile waits
-    const UnmountLimits limits = m_limits.unmount;
+    const UnmountInProgress inProgress(m_running, domain); // a mount that is asked for meanwhile waits
     const QString mountPoint = m_host.mountRoot() + QLatin1Char('/') + domain;
-    const UnmountOutcome outcome = co_await unmountByCommands(gentle, shell, mountPoint, limits);
-    co_return !outcome.complaint;
+    const bool unmounted = co_await unmountGently(m_host, m_shell, mountPoint, m_limits.unmount.command);
+    if (unmounted)
+        MountPointFolder::release(mountPoint, 0); // nobody knows the permissions from before
+    co_return unmounted;
+}
+
+std::optional<QFuture<bool>> SSHFSMounter::ask(const QString& domain,
+                                               const std::function<bool()>& question) const {
+    const auto session = m_sessions.constFind(domain);
+    return session == m_sessions.constEnd() ? std::nullopt : std::optional(session->questions->ask(question));
+}
+
+QCoro::Task<QList<Project>> SSHFSMounter::detachIdle() {
+    const QPointer<SSHFSMounter> guard(this);
+    QList<Project> detached;
+    std::vector<std::pair<Project, QCoro::Task<bool>>> detaching;
+    for (const MountSession& session : m_sessions.values()) {
+        if (!m_running->unmounts.contains(session.domain))
+            detaching.emplace_back(session.project, detach(session));
+    }
+    for (auto& [project, task] : detaching) {
+        const bool ended = co_await task;
+        if (ended)
+            detached.append(project);
+    }
+    co_return detached;
+}
+
+QCoro::Task<bool> SSHFSMounter::detach(MountSession session) {
+    const UnmountInProgress inProgress(m_running, session.domain);
+    const QPointer<SSHFSMounter> guard(this);
+    const HostSystem host = m_host;
+    Shell& shell = m_shell;
+    const UnmountLimits limits = m_limits.sleep;
+    disconnect(session.process.get(), &SSHFSProcess::ended, this, nullptr);
+    const bool unmounted = co_await unmountGently(host, shell, session.mountPoint, limits.command);
+    if (unmounted)
+        co_await SSHFSProcess::stop(session.process, limits.grace);
+    if (!guard)
+        co_return unmounted;
+    if (!session.process->isRunning()) {
+        m_sessions.remove(session.domain);
+        co_return true;
+    }
+    watchEnd(session);
+    co_return false;
 }
 
 QCoro::Task<> SSHFSMounter::unmountAll() {
     const QPointer<SSHFSMounter> guard(this);
-    ++m_closing;
-    const QStringList domains = m_attempts.keys() + m_sessions.keys();
+    m_closed = true;
+    const QStringList domains = m_running->attempts.keys() + m_sessions.keys();
     for (const QString& domain : domains)
         unmountQuietly(domain, m_limits.quit);
-    QList<QFuture<void>> ends = m_unmounts.values();
-    for (const auto& process : std::as_const(m_keptUntilClosed)) {
-        process->terminate();
-        ends.append(process->end());
+    QList<QFuture<void>> ends;
+    for (const auto& unmount : std::as_const(m_running->unmounts))
+        ends.append(QFuture<void>(unmount));
+    for (const MountSession& session : std::as_const(m_keptUntilClosed)) {
+        session.process->terminate();
+        ends.append(session.process->end());
     }
-    for (const auto& attempt : std::as_const(m_attempts))
+    for (const auto& attempt : std::as_const(m_running->attempts))
         ends.append(attempt->finished());
     const bool inTime = co_await allFinishWithin(ends, m_limits.killAfter);
     if (!inTime && guard) {
         killAll();
         co_await allFinishWithin(ends, afterKill);
     }
-    if (guard)
-        --m_closing;
 }
 
 QCoro::Task<> SSHFSMounter::unmountQuietly(QString domain, UnmountLimits limits) {
@@ -262,12 +284,12 @@ QCoro::Task<> SSHFSMounter::unmountQuietly(QString domain, UnmountLimits limits)
 }
 
 void SSHFSMounter::killAll() {
-    for (const auto& attempt : std::as_const(m_attempts))
+    for (const auto& attempt : std::as_const(m_running->attempts))
         attempt->kill();
     for (const MountSession& session : std::as_const(m_sessions))
         session.process->kill();
-    for (const auto& process : std::as_const(m_keptUntilClosed))
-        process->kill();
+    for (const MountSession& session : std::as_const(m_keptUntilClosed))
+        session.process->kill();
 }
 
 void SSHFSMounter::handleUnexpectedEnd(const QString& domain, qint32 exitCode) {
@@ -280,6 +302,6 @@ void SSHFSMounter::handleUnexpectedEnd(const QString& domain, qint32 exitCode) {
 QCoro::Task<> SSHFSMounter::clearDeadMount(MountSession session) {
     if (!MountTable::lists(session.mountPoint))
         co_return;
-    const UnmountInProgress inProgress(this, session.domain);
+    const UnmountInProgress inProgress(m_running, session.domain);
     co_await forceUnmount(m_host, m_shell, session.mountPoint, m_limits.unmount.command);
 }

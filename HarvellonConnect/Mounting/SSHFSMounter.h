@@ -2,14 +2,15 @@
 
 #include "Directory/Project.h"
 #include "Mounting/MountLimits.h"
+#include "Mounting/MountSession.h"
 #include "Mounting/MounterError.h"
 #include "System/HostSystem.h"
 #include "System/Shell.h"
 
 #include <QCoroTask>
-#include <QDateTime>
 #include <QFuture>
 #include <QHash>
+#include <QList>
 #include <QObject>
 #include <QPointer>
 #include <QSet>
@@ -19,18 +20,8 @@
 #include <memory>
 #include <optional>
 
-class MountAttempt;
-class SSHFSProcess;
 class StartQueue;
-
-/// One live mount.
-struct MountSession {
-    QString domain;
-    QString mountPoint; ///< absolute path of the local folder
-    std::shared_ptr<SSHFSProcess> process;
-    QDateTime startedAt;      ///< when the server had answered
-    bool coversFiles = false; ///< the mount hides local files that lie in the folder
-};
+struct MountsInProgress;
 
 /// Mounts project trees with one long-lived sshfs each, and takes them down again.
 ///
@@ -56,18 +47,18 @@ class SSHFSMounter : public QObject {
     /// The mounts of this mounter, by domain.
     [[nodiscard]] const QHash<QString, MountSession>& sessions() const { return m_sessions; }
 
+    /// Mounts that were unmounted while files were open; each stays until its last file is closed.
+    [[nodiscard]] const QList<MountSession>& keptUntilClosed() const { return m_keptUntilClosed; }
+
     [[nodiscard]] QSet<QString> connectedDomains() const;
     /// Where `domain` is mounted. Reads `sessions`, not the file system.
     [[nodiscard]] std::optional<QString> mountPoint(const QString& domain) const;
 
     /// Whether nothing is mounted, in progress or kept until files are closed.
-    [[nodiscard]] bool isIdle() const {
-        return m_sessions.isEmpty() && m_attempts.isEmpty() && m_unmounts.isEmpty() &&
-               m_keptUntilClosed.isEmpty();
-    }
+    [[nodiscard]] bool isIdle() const;
 
     /// Whether a mount of `domain` is in progress.
-    [[nodiscard]] bool isMounting(const QString& domain) const { return m_attempts.contains(domain); }
+    [[nodiscard]] bool isMounting(const QString& domain) const;
 
     /// Called when an sshfs has ended without `unmount`, after its session was removed.
     std::function<void(QString domain, qint32 exitCode)> onUnexpectedTermination;
@@ -79,36 +70,49 @@ class SSHFSMounter : public QObject {
     QCoro::Task<MountSession> mount(Project project);
 
     /// Unmounts `domain`, gently first and then by force, or cancels its mount in progress. Does nothing when
-    /// there is neither. Yields whether files are still in use: they stay usable, and sshfs ends when the
-    /// last one is closed. Throws MounterError::unmountFailed when every command failed; the session is
-    /// removed even then.
-    QCoro::Task<bool> unmount(QString domain);
+    /// there is neither. While the server answers or bytes are moving, files in use are not cut off. A second
+    /// caller gets the outcome of the unmount in progress. Throws MounterError::unmountFailed when every
+    /// command failed; the session is removed even then.
+    QCoro::Task<UnmountResult> unmount(QString domain);
 
-    /// The domains that an earlier, killed run of the program has left mounted.
+    /// Asks the file system of a mounted domain on a worker thread; see MountQuestions. Nothing when the
+    /// domain is not mounted.
+    [[nodiscard]] std::optional<QFuture<bool>> ask(const QString& domain,
+                                                   const std::function<bool()>& question) const;
+
+    /// Unmounts what no program uses, before the system sleeps; what is in use stays. Yields what was
+    /// unmounted. Takes at most about one and a half seconds. Never throws.
+    QCoro::Task<QList<Project>> detachIdle();
+
+    /// The domains that an earlier, killed run of the program has left mounted. Mounts that somebody else has
+    /// made in the same folder are not among them.
     [[nodiscard]] QStringList leftBehind() const;
     /// Unmounts such a domain without force, so that a mount in use stays. Yields whether it is unmounted.
     /// Never throws.
     QCoro::Task<bool> clearLeftBehind(QString domain);
 
-    /// Ends every mount at the same time, including those in progress and those whose files are in use. Never
-    /// throws. Takes at most five seconds, even when servers are silent.
+    /// Refuses every mount from now on, because the program is ending.
+    void close() { m_closed = true; }
+
+    /// Closes the mounter and ends every mount at the same time, including those in progress and those whose
+    /// files are in use. Never throws. Takes at most five seconds, even when servers are silent.
     QCoro::Task<> unmountAll();
 
   private:
-    class MountInProgress;
-    class UnmountInProgress;
-
     void refuseUnlessMountable(const Project& project) const;
     void addSession(const MountSession& session);
-    QCoro::Task<bool> unmountWithin(QString domain, UnmountLimits limits);
+    QCoro::Task<UnmountResult> unmountWithin(QString domain, UnmountLimits limits);
     QCoro::Task<> unmountQuietly(QString domain, UnmountLimits limits);
-    QCoro::Task<bool> takeDown(MountSession session, UnmountLimits limits);
-    static QCoro::Task<bool> endProcess(QPointer<SSHFSMounter> mounter, HostSystem host, Shell& shell,
-                                        MountSession session, UnmountLimits limits, bool mayKeep);
-    void keepUntilClosed(const std::shared_ptr<SSHFSProcess>& process);
+    QCoro::Task<UnmountResult> takeDown(MountSession session, UnmountLimits limits);
+    static QCoro::Task<UnmountResult> endProcess(QPointer<SSHFSMounter> mounter, HostSystem host,
+                                                 Shell& shell, MountSession session, UnmountLimits limits,
+                                                 bool mayKeep);
+    QCoro::Task<bool> detach(MountSession session);
+    void watchEnd(const MountSession& session);
+    void keepUntilClosed(const MountSession& session);
     void handleUnexpectedEnd(const QString& domain, qint32 exitCode);
     QCoro::Task<> clearDeadMount(MountSession session);
-    [[nodiscard]] std::optional<QFuture<void>> unmountOf(const QString& domain) const;
+    [[nodiscard]] std::optional<QFuture<UnmountResult>> unmountOf(const QString& domain) const;
     void killAll();
 
     const HostSystem m_host;
@@ -116,8 +120,8 @@ class SSHFSMounter : public QObject {
     const MountLimits m_limits;
     const std::shared_ptr<StartQueue> m_startQueue; ///< shared with attempts, which may outlive the mounter
     QHash<QString, MountSession> m_sessions;
-    QHash<QString, std::shared_ptr<MountAttempt>> m_attempts;
-    QHash<QString, QFuture<void>> m_unmounts;               ///< in progress
-    QList<std::shared_ptr<SSHFSProcess>> m_keptUntilClosed; ///< unmounted, but files are still open
-    int m_closing = 0;                                      ///< calls of unmountAll in progress
+    const std::shared_ptr<MountsInProgress>
+        m_running; ///< shared with coroutines that may outlive the mounter
+    QList<MountSession> m_keptUntilClosed;
+    bool m_closed = false; ///< the program is ending
 };

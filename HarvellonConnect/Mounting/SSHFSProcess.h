@@ -27,6 +27,9 @@ class SSHFSProcess : public QObject {
 
     [[nodiscard]] bool isRunning() const { return m_process->state() != QProcess::NotRunning; }
 
+    /// The process group of sshfs and its ssh, which is the process id of sshfs. 0 before the start.
+    [[nodiscard]] qint64 group() const { return m_group; }
+
     /// Finished when sshfs has ended or could not be started.
     [[nodiscard]] QFuture<void> end() const { return m_end.future(); }
 
@@ -52,7 +55,7 @@ class SSHFSProcess : public QObject {
 
     QProcess* m_process; ///< no child object: it deletes itself when sshfs has ended
     QPromise<void> m_end;
-    qint64 m_group = 0; ///< the process group, which is the process id of sshfs
+    qint64 m_group = 0;
     QString m_startFailure;
     QByteArray m_errors;
 };

@@ -1,38 +1,53 @@
 #include "Mounting/Unmounting.h"
 
-#include "Mounting/MountCheck.h"
 #include "Mounting/SSHFSProcess.h"
+#include "Mounting/ServerState.h"
 #include "System/Async.h"
 #include "System/Native/MountTable.h"
 
 namespace {
-/// Whether the mount exists and its server answers within `limit`.
-QCoro::Task<bool> isAnswering(QString mountPoint, std::chrono::milliseconds limit) {
-    MountCheck check(mountPoint);
-    const std::optional<bool> mounted = co_await check.isMounted(limit);
-    co_return mounted.value_or(false);
+/// Nothing when the command succeeded, else what it printed.
+QCoro::Task<std::optional<QString>> complaintOf(Shell& shell, ExternalCommand command, QString mountPoint,
+                                                std::chrono::milliseconds limit) {
+    const QStringList arguments = command.argumentsFor(mountPoint);
+    try {
+        const ShellResult result = co_await shell.run(command.executable, arguments, limit);
+        co_return result.exitCode == 0 ? std::nullopt : std::optional(result.stderr.trimmed());
+    } catch (const ShellError& error) {
+        co_return error.description();
+    }
 }
 } // namespace
 
-QCoro::Task<UnmountOutcome> unmountByCommands(HostSystem host, Shell& shell, QString mountPoint,
+QCoro::Task<UnmountOutcome> unmountByCommands(HostSystem host, Shell& shell, MountSession session,
                                               UnmountLimits limits) {
     UnmountOutcome outcome;
     for (const ExternalCommand& command : host.unmountCommands) {
         // Asked just before the mount is detached, because afterwards nobody can ask any more.
-        if (outcome.complaint && command == host.forcedUnmount && host.forcedUnmountDetaches)
-            outcome.inUse = co_await isAnswering(mountPoint, limits.answer);
-        const QStringList arguments = command.argumentsFor(mountPoint);
-        try {
-            const ShellResult result = co_await shell.run(command.executable, arguments, limits.command);
-            if (result.exitCode == 0)
-                co_return UnmountOutcome{std::nullopt, outcome.inUse};
-            outcome.complaint = result.stderr.trimmed();
-        } catch (const ShellError& error) {
-            outcome.complaint = error.description();
+        if (outcome.complaint && command == host.forcedUnmount && host.forcedUnmountDetaches) {
+            const ServerState server = co_await serverState(session, limits.silence);
+            outcome.inUse = server != ServerState::silent;
+            if (!outcome.inUse) {
+                outcome.cutOff = co_await holdsUnsavedData(session);
+            }
         }
+        outcome.complaint = co_await complaintOf(shell, command, session.mountPoint, limits.command);
+        if (!outcome.complaint)
+            co_return outcome;
     }
-    outcome.inUse = false;
-    co_return outcome;
+    co_return UnmountOutcome{outcome.complaint};
+}
+
+QCoro::Task<bool> unmountGently(HostSystem host, Shell& shell, QString mountPoint,
+                                std::chrono::milliseconds limit) {
+    for (const ExternalCommand& command : host.unmountCommands) {
+        if (command == host.forcedUnmount)
+            continue;
+        const std::optional<QString> complaint = co_await complaintOf(shell, command, mountPoint, limit);
+        if (!complaint)
+            co_return true;
+    }
+    co_return false;
 }
 
 QCoro::Task<> forceUnmount(HostSystem host, Shell& shell, QString mountPoint,
@@ -43,12 +58,6 @@ QCoro::Task<> forceUnmount(HostSystem host, Shell& shell, QString mountPoint,
     } catch (const ShellError&) {
         // The mount stays in the mount table then, where the callers look.
     }
-}
-
-QCoro::Task<bool> servesOpenFiles(std::shared_ptr<SSHFSProcess> process, std::chrono::milliseconds grace) {
-    const QFuture<void> end = process->end();
-    const bool ended = co_await Async::finishesWithin(end, grace);
-    co_return !ended && process->isRunning();
 }
 
 QCoro::Task<> clearLeftovers(HostSystem host, Shell& shell, std::shared_ptr<SSHFSProcess> process,

@@ -1,9 +1,9 @@
 #include "State/Connections.h"
 
 #include "Actions/OpenFolder.h"
-#include "Mounting/SSHFSGuidance.h"
 #include "Mounting/SSHFSMounter.h"
-#include "Mounting/SSHFSReadiness.h"
+#include "Mounting/Setup/SSHFSGuidance.h"
+#include "Mounting/Setup/SSHFSReadiness.h"
 
 #include <QPointer>
 
@@ -84,23 +84,44 @@ QCoro::Task<> Connections::disconnect(QString domain, bool force) {
                      .arg(force ? QStringLiteral("Erzwinge Trennung") : QStringLiteral("Trenne"), domain),
         .failure = QStringLiteral("Trennen von %1 fehlgeschlagen: ").arg(domain),
         .publishesFailure = true};
-    bool inUse = false;
-    const std::function<QCoro::Task<Ending>()> work = [this, domain, &inUse] {
-        return unmount(domain, inUse);
+    UnmountResult result = UnmountResult::ended;
+    const std::function<QCoro::Task<Ending>()> work = [this, domain, &result] {
+        return unmount(domain, result);
     };
     const bool unmounted = co_await m_report.run(texts, work);
     if (!unmounted)
         co_return;
     publishSessions();
-    if (inUse)
+    warnAbout(result, domain);
+}
+
+QCoro::Task<Ending> Connections::unmount(QString domain, UnmountResult& result) {
+    result = co_await m_mounter.unmount(domain);
+    co_return Ending{QStringLiteral("Unmounted %1.").arg(domain), ActivityLogLevel::success};
+}
+
+void Connections::warnAbout(UnmountResult result, const QString& domain) {
+    switch (result) {
+    case UnmountResult::ended:
+        break;
+    case UnmountResult::filesOpen:
         m_report.warn(QStringLiteral("Auf %1 sind noch Dateien geöffnet. Sie bleiben benutzbar, bis sie "
                                      "geschlossen werden oder das Programm endet.")
                           .arg(domain));
-}
-
-QCoro::Task<Ending> Connections::unmount(QString domain, bool& inUse) {
-    inUse = co_await m_mounter.unmount(domain);
-    co_return Ending{QStringLiteral("Unmounted %1.").arg(domain), ActivityLogLevel::success};
+        break;
+    case UnmountResult::writing:
+        m_report.warn(
+            QStringLiteral("Auf %1 wird noch geschrieben. Das geht im Hintergrund weiter, bis alles auf "
+                           "dem Server ist oder das Programm endet.")
+                .arg(domain));
+        break;
+    case UnmountResult::cutOff:
+        m_report.warn(
+            QStringLiteral("Der Server von %1 antwortet nicht. Was gerade geschrieben wurde, ist dort "
+                           "nicht vollständig angekommen.")
+                .arg(domain));
+        break;
+    }
 }
 
 QCoro::Task<> Connections::clearLeftBehind() {

@@ -2,6 +2,7 @@
 
 #include "Actions/VSCodeLauncher.h"
 #include "Directory/Project.h"
+#include "Mounting/MountSession.h"
 #include "System/Reporter.h"
 
 #include <QCoroTask>
@@ -56,7 +57,8 @@ class Connections : public QObject {
 
   private:
     QCoro::Task<Ending> mount(Project project);
-    QCoro::Task<Ending> unmount(QString domain, bool& inUse);
+    QCoro::Task<Ending> unmount(QString domain, UnmountResult& result);
+    void warnAbout(UnmountResult result, const QString& domain);
     QCoro::Task<> clearLeftBehind(QString domain);
     void endedByItself(const QString& domain, qint32 exitCode);
     void publishSessions();

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Mounting/SSHFSGuidance.h"
+#include "Mounting/Setup/SSHFSGuidance.h"
 
 #include <QObject>
 #include <QString>

@@ -36,7 +36,7 @@ void SshServer::prepare(const QList<HostedProject>& projects) {
     makeKey(QStringLiteral("client_key"));
     choosePort();
     writeServerFiles(projects);
-    writeClientFiles();
+    writeClientFiles(m_port);
     acceptKey(true);
 }
 
@@ -100,7 +100,7 @@ void SshServer::writeServerFiles(const QList<HostedProject>& projects) const {
                          .toUtf8());
 }
 
-void SshServer::writeClientFiles() const {
+void SshServer::writeClientFiles(int port) const {
     // A known-hosts file named on the command line has precedence; the user's own file is never used.
     writePrivateFile(configFile(), QStringLiteral("Host *.sandbox.test\n"
                                                   "  HostName 127.0.0.1\n"
@@ -109,7 +109,7 @@ void SshServer::writeClientFiles() const {
                                                   "  IdentitiesOnly yes\n"
                                                   "  IdentityAgent none\n"
                                                   "  UserKnownHostsFile %3\n")
-                                       .arg(m_port)
+                                       .arg(port)
                                        .arg(optionValue(m_folder + QStringLiteral("/client_key")),
                                             optionValue(m_folder + QStringLiteral("/known_hosts")))
                                        .toUtf8());

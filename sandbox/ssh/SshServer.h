@@ -41,6 +41,9 @@ class SshServer {
 
     [[nodiscard]] int port() const { return m_port; }
 
+    /// Lets clients connect to another port from now on, behind which a SlowLine leads here.
+    void letClientsUse(int port) const { writeClientFiles(port); }
+
     [[nodiscard]] QString configFile() const { return m_folder + QStringLiteral("/ssh_config"); }
 
     /// Contains an `ssh` command that connects to this server.
@@ -50,7 +53,7 @@ class SshServer {
     void choosePort();
     void makeKey(const QString& name) const;
     void writeServerFiles(const QList<HostedProject>& projects) const;
-    void writeClientFiles() const;
+    void writeClientFiles(int port) const;
 
     const QString m_folder;
     const QString m_treeRoot;

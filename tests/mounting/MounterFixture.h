@@ -4,6 +4,7 @@
 #include "System/Native/MountTable.h"
 #include "sandbox/Sandbox.h"
 #include "sandbox/ssh/ProjectTrees.h"
+#include "sandbox/ssh/SlowLine.h"
 #include "support/Await.h"
 #include "support/Leftovers.h"
 
@@ -46,6 +47,13 @@ class MounterFixture : public QObject {
     QByteArray m_searchPath;
     std::unique_ptr<ScriptedShell> m_shell;
     std::unique_ptr<SSHFSMounter> m_mounter;
+    std::unique_ptr<sandbox::SlowLine> m_line; ///< where a test has asked for one
+
+    void useLine(const sandbox::SlowLine::Quality& quality = {}) {
+        m_line = std::make_unique<sandbox::SlowLine>(m_platform->ssh().port());
+        m_line->setQuality(quality);
+        m_platform->ssh().letClientsUse(m_line->port());
+    }
 
     [[nodiscard]] sandbox::HostedProject hosted(int index) const {
         return m_platform->people().at(0).projects.at(index);
@@ -74,6 +82,7 @@ class MounterFixture : public QObject {
         using std::chrono::milliseconds;
         limits.startInterval = milliseconds(40);
         limits.unmount = {milliseconds(600), milliseconds(600), milliseconds(200), true};
+        limits.sleep = {milliseconds(600), milliseconds(600), milliseconds(200), false};
         return limits;
     }
 
@@ -141,6 +150,8 @@ class MounterFixture : public QObject {
         m_platform->ssh().thaw();
         m_platform->ssh().acceptKey(true);
         await(m_mounter->unmountAll());
+        m_platform->ssh().letClientsUse(m_platform->ssh().port());
+        m_line.reset();
         verifyNothingLeft();
     }
 

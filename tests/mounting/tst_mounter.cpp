@@ -134,9 +134,14 @@ class TestMounter : public MounterFixture {
     }
 
     void mountsBelowTheRootAreListed() {
-        QCOMPARE(MountTable::mountedBelow(m_home->filePath(u"Harvellon"_s)), QStringList()); // not there yet
+        const QString root = m_home->filePath(u"Harvellon"_s);
+        QVERIFY(MountTable::mountedBelow(root).isEmpty()); // not there yet
         QCOMPARE(mountFailure(project(0)), u"none"_s);
-        QCOMPARE(MountTable::mountedBelow(m_home->filePath(u"Harvellon"_s)), QStringList{hosted(0).domain});
+        const QList<MountTable::Entry> mounts = MountTable::mountedBelow(root);
+        QCOMPARE(mounts.size(), 1);
+        QCOMPARE(mounts.first().path, hosted(0).domain);
+        QCOMPARE(mounts.first().source, u"HV "_s + project(0).title());
+        QCOMPARE(mounts.first().type, u"fuse.sshfs"_s);
     }
 
     void nobodyCanSaveIntoTheFolderWithoutItsMount() {
@@ -150,15 +155,17 @@ class TestMounter : public MounterFixture {
         QFile::setPermissions(mountPoint(0), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
         QFile file(mountPoint(0) + u"/lokal.txt"_s);
         QVERIFY(file.open(QIODevice::WriteOnly));
+        const QFile::Permissions former = QFile::permissions(mountPoint(0));
         QVERIFY(await(m_mounter->mount(project(0))).coversFiles);
         QVERIFY(!file.exists());
         QCOMPARE(unmountFailure(hosted(0).domain), u"none"_s);
+        QCOMPARE(QFile::permissions(mountPoint(0)), former); // else the user could not move the file
         QVERIFY(file.exists());
-        QVERIFY(nobodyCanSaveInto(mountPoint(0)));
-        QFile::setPermissions(mountPoint(0), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        m_platform->ssh().acceptKey(false);
+        QVERIFY(mountFailure(project(0)) != "none"_L1);
+        QCOMPARE(QFile::permissions(mountPoint(0)), former);
         QVERIFY(file.remove());
 
-        m_platform->ssh().acceptKey(false);
         QVERIFY(mountFailure(project(1)) != "none"_L1);
         QVERIFY(nobodyCanSaveInto(mountPoint(1)));
     }

@@ -2,8 +2,8 @@
 #include "Mounting/Keys/LegacyKey.h"
 #include "Mounting/MountOptions.h"
 #include "Mounting/MounterError.h"
-#include "Mounting/SSHFSGuidance.h"
-#include "Mounting/SSHFSReadiness.h"
+#include "Mounting/Setup/SSHFSGuidance.h"
+#include "Mounting/Setup/SSHFSReadiness.h"
 
 #include "support/Await.h"
 
@@ -44,7 +44,7 @@ class TestMountingRules : public QObject {
                               "known_hosts\""_s,
                               u"-f"_s}));
         QCOMPARE(mountOptions(HostSystem::linuxDesktop(u"/home/e"_s), projectNamed(u"N"_s)),
-                 u"reconnect,ServerAliveInterval=15,ServerAliveCountMax=3,fsname=HV N,"
+                 u"reconnect,ServerAliveInterval=15,ServerAliveCountMax=3,attr_timeout=0,fsname=HV N,"
                  "StrictHostKeyChecking=accept-new,"
                  "UserKnownHostsFile=/home/e/.local/share/HarvellonConnect/known_hosts"_s);
     }

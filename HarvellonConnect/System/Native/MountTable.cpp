@@ -9,15 +9,22 @@ bool MountTable::lists(const QString& path) {
     return !folder.isEmpty() && mountPoints().contains(QDir(folder).filePath(mountPoint.fileName()));
 }
 
-QStringList MountTable::mountedBelow(const QString& root) {
-    QStringList names;
+QList<MountTable::Entry> MountTable::mountedBelow(const QString& root) {
+    QList<Entry> mounts;
     const QFileInfo existing(root);
     if (!existing.exists())
-        return names;
+        return mounts;
     const QString folder = existing.canonicalFilePath() + QLatin1Char('/');
-    for (const QString& path : mountPoints()) {
-        if (path.startsWith(folder) && path.indexOf(QLatin1Char('/'), folder.size()) < 0)
-            names.append(path.mid(folder.size()));
+    for (const Entry& entry : entries()) {
+        if (entry.path.startsWith(folder) && entry.path.indexOf(QLatin1Char('/'), folder.size()) < 0)
+            mounts.append({entry.path.mid(folder.size()), entry.source, entry.type});
     }
-    return names;
+    return mounts;
+}
+
+QStringList MountTable::mountPoints() {
+    QStringList paths;
+    for (const Entry& entry : entries())
+        paths.append(entry.path);
+    return paths;
 }

@@ -16,17 +16,22 @@ QByteArray unescaped(const QByteArray& field) {
 }
 } // namespace
 
-QStringList MountTable::mountPoints() {
+QList<MountTable::Entry> MountTable::entries() {
     constexpr qsizetype mountPointField = 4;
-    QStringList paths;
+    constexpr qsizetype fieldsAfterMark = 3;
+    QList<Entry> mounts;
     QFile table(QStringLiteral("/proc/self/mountinfo"));
     if (!table.open(QIODevice::ReadOnly))
-        return paths;
+        return mounts;
     const QByteArray text = table.readAll(); // all at once: the table may change between two reads
     for (const QByteArray& line : text.split('\n')) {
         const QList<QByteArray> fields = line.split(' ');
-        if (fields.size() > mountPointField)
-            paths.append(QFile::decodeName(unescaped(fields.at(mountPointField))));
+        const qsizetype mark = fields.indexOf("-", mountPointField); // optional fields end with a dash
+        if (mark < 0 || fields.size() < mark + fieldsAfterMark)
+            continue;
+        mounts.append({QFile::decodeName(unescaped(fields.at(mountPointField))),
+                       QFile::decodeName(unescaped(fields.at(mark + 2))),
+                       QString::fromLatin1(fields.at(mark + 1))});
     }
-    return paths;
+    return mounts;
 }

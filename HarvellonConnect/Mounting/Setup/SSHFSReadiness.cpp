@@ -1,4 +1,4 @@
-#include "Mounting/SSHFSReadiness.h"
+#include "Mounting/Setup/SSHFSReadiness.h"
 
 #include <QFileInfo>
 

@@ -1,4 +1,4 @@
-#include "Mounting/SSHFSGuidance.h"
+#include "Mounting/Setup/SSHFSGuidance.h"
 
 #include "System/HostSystem.h"
 
