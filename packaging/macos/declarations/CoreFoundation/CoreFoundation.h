@@ -14,12 +14,16 @@ using CFDataRef = const struct __CFData*;
 using CFBooleanRef = const struct __CFBoolean*;
 using CFDictionaryRef = const struct __CFDictionary*;
 using CFMutableDictionaryRef = struct __CFDictionary*;
+using CFRunLoopRef = struct __CFRunLoop*;
+using CFRunLoopSourceRef = struct __CFRunLoopSource*;
+using CFRunLoopMode = CFStringRef;
 
 struct CFDictionaryKeyCallBacks;
 struct CFDictionaryValueCallBacks;
 
 extern "C" {
 extern const CFBooleanRef kCFBooleanTrue;
+extern const CFRunLoopMode kCFRunLoopCommonModes;
 extern const CFDictionaryKeyCallBacks kCFTypeDictionaryKeyCallBacks;
 extern const CFDictionaryValueCallBacks kCFTypeDictionaryValueCallBacks;
 
@@ -32,6 +36,9 @@ CFMutableDictionaryRef CFDictionaryCreateMutable(CFAllocatorRef allocator, CFInd
 void CFDictionarySetValue(CFMutableDictionaryRef theDict, const void* key, const void* value);
 void CFPreferencesSetAppValue(CFStringRef key, CFTypeRef value, CFStringRef applicationID);
 Boolean CFPreferencesAppSynchronize(CFStringRef applicationID);
+CFRunLoopRef CFRunLoopGetMain();
+void CFRunLoopAddSource(CFRunLoopRef rl, CFRunLoopSourceRef source, CFRunLoopMode mode);
+void CFRunLoopRemoveSource(CFRunLoopRef rl, CFRunLoopSourceRef source, CFRunLoopMode mode);
 CFStringRef __CFStringMakeConstantString(const char* text);
 }
 

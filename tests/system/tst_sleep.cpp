@@ -1,0 +1,293 @@
+#include "System/Native/SleepMonitor.h"
+
+#include "support/PrivateBus.h"
+#include "support/StandInLoginManager.h"
+
+#include <QDeadlineTimer>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QProcess>
+#include <QSignalSpy>
+#include <QTest>
+
+#include <functional>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr int quiet = 150; ///< milliseconds in which nothing may come
+constexpr auto never = 1h; ///< a limit that no test reaches
+
+qsizetype openDescriptors() {
+    return QDir(u"/proc/self/fd"_s).entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot).size();
+}
+
+/// As QTest::qWaitFor, without its pauses of ten milliseconds.
+bool soon(const std::function<bool()>& condition) {
+    const QDeadlineTimer limit(5s);
+    while (!condition() && !limit.hasExpired()) {
+        QCoreApplication::processEvents();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+    return condition();
+}
+
+/// A sleep monitor that counts what it is told.
+struct Program {
+    explicit Program(std::chrono::milliseconds limit = never) : monitor(nullptr, limit) {}
+
+    SleepMonitor monitor;
+    QSignalSpy sleeps{&monitor, &SleepMonitor::aboutToSleep};
+    QSignalSpy wakes{&monitor, &SleepMonitor::wokeUp};
+};
+
+} // namespace
+
+class TestSleep : public QObject {
+    Q_OBJECT
+
+    PrivateBus m_bus;
+    std::unique_ptr<StandInLoginManager> m_manager;
+
+  private Q_SLOTS:
+
+    void initTestCase() { qputenv("DBUS_SYSTEM_BUS_ADDRESS", m_bus.address().toUtf8()); }
+
+    void init() {
+        m_bus.start();
+        m_manager = std::make_unique<StandInLoginManager>();
+        QVERIFY(m_manager->start(m_bus.address()));
+    }
+
+    void cleanup() { m_manager.reset(); }
+
+    void theLockDelaysSleepOnly() {
+        const Program program;
+        QTRY_VERIFY(m_manager->lockIsHeld());
+        const QVariantList request{u"sleep"_s, u"Harvellon Connect"_s,
+                                   u"Verbindungen werden vor dem Ruhezustand getrennt"_s, u"delay"_s};
+        QCOMPARE(m_manager->requests, QList<QVariantList>{request});
+    }
+
+    void sleepWaitsForTheProgram() {
+        Program program;
+        QTRY_VERIFY(m_manager->lockIsHeld());
+        m_manager->sleep();
+        QTRY_COMPARE(program.sleeps.size(), 1);
+        QTest::qWait(quiet);
+        QVERIFY(m_manager->lockIsHeld());
+        program.monitor.allowSleep();
+        program.monitor.allowSleep();
+        QTRY_VERIFY(!m_manager->lockIsHeld());
+
+        m_manager->wake();
+        QTRY_COMPARE(program.wakes.size(), 1);
+        QTRY_VERIFY(m_manager->lockIsHeld());
+        program.monitor.allowSleep(); // late: the system is awake
+        QTest::qWait(quiet);
+        QCOMPARE(m_manager->locksHeld(), 1);
+        QCOMPARE(program.sleeps.size(), 1);
+        QCOMPARE(program.wakes.size(), 1);
+    }
+
+    void theLimitAllowsSleep() {
+        constexpr auto limit = 400ms;
+        const Program program(limit);
+        QTRY_VERIFY(m_manager->lockIsHeld());
+        m_manager->sleep();
+        QTRY_COMPARE(program.sleeps.size(), 1);
+        QElapsedTimer timer;
+        timer.start();
+        QTRY_VERIFY_WITH_TIMEOUT(!m_manager->lockIsHeld(), 5000);
+        QVERIFY2(timer.elapsed() > limit.count() / 2, qPrintable(QString::number(timer.elapsed())));
+    }
+
+    void theLimitOfOneSleepDoesNotReachTheNext() {
+        constexpr auto limit = 400ms;
+        const Program program(limit);
+        QTRY_VERIFY(m_manager->lockIsHeld());
+        m_manager->sleep();
+        QTRY_COMPARE(program.sleeps.size(), 1);
+        m_manager->wake(); // called off
+        QTRY_COMPARE(program.wakes.size(), 1);
+        QTest::qWait(2 * limit.count());
+        QVERIFY(m_manager->lockIsHeld());
+        QCOMPARE(m_manager->requests.size(), 1);
+    }
+
+    void repeatedAnnouncementsAreOne() {
+        Program program;
+        QTRY_VERIFY(m_manager->lockIsHeld());
+        m_manager->wake(); // alone: the program did not hear of the sleep
+        QTRY_COMPARE(program.wakes.size(), 1);
+        m_manager->sleep();
+        m_manager->sleep();
+        QTRY_COMPARE(program.sleeps.size(), 1);
+        QTest::qWait(quiet);
+        QVERIFY(m_manager->lockIsHeld());
+        program.monitor.allowSleep();
+        m_manager->sleep();
+        QTRY_VERIFY(!m_manager->lockIsHeld());
+        m_manager->wake();
+        m_manager->wake();
+        QTRY_COMPARE(program.wakes.size(), 3);
+        QTRY_VERIFY(m_manager->lockIsHeld());
+        QTest::qWait(quiet);
+        QCOMPARE(m_manager->requests.size(), 2);
+        QCOMPARE(program.sleeps.size(), 1);
+    }
+
+    void sleepThatOvertakesTheLock_data() {
+        QTest::addColumn<QByteArray>("then");
+        QTest::addColumn<int>("locks");
+        QTest::newRow("waits for the program") << QByteArray("grant") << 1;
+        QTest::newRow("granted before allowed") << QByteArray("grant allow") << 0;
+        QTest::newRow("allowed before granted") << QByteArray("allow grant") << 0;
+        QTest::newRow("called off before granted") << QByteArray("wake grant") << 1;
+        QTest::newRow("allowed and awake before granted") << QByteArray("allow wake grant") << 1;
+    }
+
+    void sleepThatOvertakesTheLock() {
+        QFETCH(const QByteArray, then);
+        QFETCH(const int, locks);
+        m_manager->delayAnswers();
+        Program program;
+        QTRY_COMPARE(m_manager->requests.size(), 1);
+        m_manager->sleep();
+        QTRY_COMPARE(program.sleeps.size(), 1);
+        for (const QByteArray& step : then.split(' ')) {
+            if (step == "grant")
+                m_manager->answer();
+            else if (step == "allow")
+                program.monitor.allowSleep();
+            else
+                m_manager->wake();
+            QTest::qWait(quiet);
+        }
+        QTRY_COMPARE(m_manager->locksHeld(), locks);
+        if (!then.contains("wake"))
+            m_manager->wake();
+        QTRY_COMPARE(m_manager->locksHeld(), 1);
+        QTRY_COMPARE(program.wakes.size(), 1);
+    }
+
+    void aRefusedLockIsAskedForAfterWaking() {
+        m_manager->sleep();
+        Program program;
+        QTRY_COMPARE(m_manager->requests.size(), 1);
+        QTest::qWait(quiet);
+        QVERIFY(!m_manager->lockIsHeld());
+        m_manager->wake();
+        QTRY_VERIFY(m_manager->lockIsHeld());
+        QCOMPARE(program.wakes.size(), 1);
+        m_manager->sleep();
+        QTRY_COMPARE(program.sleeps.size(), 1);
+    }
+
+    void aLoginManagerMayStartLater() {
+        m_manager->stop();
+        Program program;
+        QTest::qWait(quiet);
+        QVERIFY(m_manager->start(m_bus.address()));
+        QTRY_VERIFY(m_manager->lockIsHeld());
+        QCOMPARE(m_manager->requests.size(), 1);
+        m_manager->sleep();
+        QTRY_COMPARE(program.sleeps.size(), 1);
+        QCOMPARE(program.wakes.size(), 0);
+    }
+
+    void aRestartedLoginManagerIsFollowed() {
+        Program program;
+        QTRY_VERIFY(m_manager->lockIsHeld());
+        m_manager->stop();
+        StandInLoginManager next;
+        QVERIFY(next.start(m_bus.address()));
+        QTRY_VERIFY(next.lockIsHeld());
+        next.sleep();
+        QTRY_COMPARE(program.sleeps.size(), 1);
+        program.monitor.allowSleep();
+        QTRY_VERIFY(!next.lockIsHeld());
+        next.stop(); // and will never say that the system is awake
+        QTRY_COMPARE(program.wakes.size(), 1);
+        QVERIFY(m_manager->start(m_bus.address()));
+        QTRY_VERIFY(m_manager->lockIsHeld());
+        QCOMPARE(program.wakes.size(), 1);
+    }
+
+    void onlyTheLoginManagerIsBelieved() {
+        const Program program;
+        QTRY_VERIFY(m_manager->lockIsHeld());
+        QCOMPARE(QProcess::execute(u"/usr/bin/dbus-send"_s,
+                                   {u"--bus="_s + m_bus.address(), u"--type=signal"_s,
+                                    u"/org/freedesktop/login1"_s,
+                                    u"org.freedesktop.login1.Manager.PrepareForSleep"_s, u"boolean:true"_s}),
+                 0);
+        QTest::qWait(quiet);
+        QCOMPARE(program.sleeps.size(), 0);
+        m_manager->sleep();
+        QTRY_COMPARE(program.sleeps.size(), 1);
+    }
+
+    void childrenDoNotInheritTheLock() {
+        Program program;
+        QTRY_VERIFY(m_manager->lockIsHeld());
+        QProcess child;
+        child.start(u"/bin/sleep"_s, {u"60"_s});
+        QVERIFY(child.waitForStarted());
+        m_manager->sleep();
+        QTRY_COMPARE(program.sleeps.size(), 1);
+        program.monitor.allowSleep();
+        QTRY_VERIFY(!m_manager->lockIsHeld());
+        QCOMPARE(child.state(), QProcess::Running);
+        child.kill();
+        child.waitForFinished();
+    }
+
+    void theEndOfTheProgramReleasesTheLock() {
+        auto program = std::make_unique<Program>();
+        QTRY_VERIFY(m_manager->lockIsHeld());
+        program.reset();
+        QTRY_VERIFY(!m_manager->lockIsHeld());
+
+        m_manager->delayAnswers();
+        program = std::make_unique<Program>();
+        QTRY_COMPARE(m_manager->requests.size(), 2);
+        program.reset();
+        m_manager->answer();
+        QTRY_VERIFY(!m_manager->lockIsHeld());
+    }
+
+    void manySleepsAllowedAtOnceLeaveNothingOpen() {
+        Program program;
+        connect(&program.monitor, &SleepMonitor::aboutToSleep, &program.monitor, &SleepMonitor::allowSleep);
+        QTRY_VERIFY(m_manager->lockIsHeld());
+        const qsizetype before = openDescriptors();
+        for (int count = 1; count <= 500; ++count) {
+            m_manager->sleep();
+            QVERIFY(soon([this] { return !m_manager->lockIsHeld(); }));
+            m_manager->wake();
+            QVERIFY(soon([this] { return m_manager->lockIsHeld(); }));
+        }
+        QCOMPARE(program.sleeps.size(), 500);
+        QCOMPARE(program.wakes.size(), 500);
+        QTRY_VERIFY(openDescriptors() <= before); // fewer: an earlier test closes in the background
+    }
+
+    void withoutABusNothingIsTold() {
+        Program early;
+        QTRY_VERIFY(m_manager->lockIsHeld());
+        m_bus.stop();
+        Program late;
+        QTest::qWait(quiet);
+        for (Program* program : {&early, &late}) {
+            program->monitor.allowSleep();
+            QCOMPARE(program->sleeps.size(), 0);
+            QCOMPARE(program->wakes.size(), 0);
+        }
+    }
+};
+
+QTEST_GUILESS_MAIN(TestSleep)
+#include "tst_sleep.moc"
