@@ -9,6 +9,7 @@ using CFIndex = long;
 using CFTypeID = unsigned long;
 using CFTypeRef = const void*;
 using CFAllocatorRef = const struct __CFAllocator*;
+using CFArrayRef = const struct __CFArray*;
 using CFStringRef = const struct __CFString*;
 using CFDataRef = const struct __CFData*;
 using CFBooleanRef = const struct __CFBoolean*;
@@ -18,18 +19,22 @@ using CFRunLoopRef = struct __CFRunLoop*;
 using CFRunLoopSourceRef = struct __CFRunLoopSource*;
 using CFRunLoopMode = CFStringRef;
 
+struct CFArrayCallBacks;
 struct CFDictionaryKeyCallBacks;
 struct CFDictionaryValueCallBacks;
 
 extern "C" {
 extern const CFBooleanRef kCFBooleanTrue;
-extern const CFRunLoopMode kCFRunLoopCommonModes;
+extern const CFArrayCallBacks kCFTypeArrayCallBacks;
 extern const CFDictionaryKeyCallBacks kCFTypeDictionaryKeyCallBacks;
 extern const CFDictionaryValueCallBacks kCFTypeDictionaryValueCallBacks;
+extern const CFRunLoopMode kCFRunLoopCommonModes;
 
 void CFRelease(CFTypeRef cf);
 CFTypeID CFGetTypeID(CFTypeRef cf);
 CFTypeID CFDataGetTypeID();
+CFArrayRef CFArrayCreate(CFAllocatorRef allocator, const void** values, CFIndex numValues,
+                         const CFArrayCallBacks* callBacks);
 CFMutableDictionaryRef CFDictionaryCreateMutable(CFAllocatorRef allocator, CFIndex capacity,
                                                  const CFDictionaryKeyCallBacks* keyCallBacks,
                                                  const CFDictionaryValueCallBacks* valueCallBacks);
@@ -39,6 +44,7 @@ Boolean CFPreferencesAppSynchronize(CFStringRef applicationID);
 CFRunLoopRef CFRunLoopGetMain();
 void CFRunLoopAddSource(CFRunLoopRef rl, CFRunLoopSourceRef source, CFRunLoopMode mode);
 void CFRunLoopRemoveSource(CFRunLoopRef rl, CFRunLoopSourceRef source, CFRunLoopMode mode);
+void CFRunLoopSourceInvalidate(CFRunLoopSourceRef source);
 CFStringRef __CFStringMakeConstantString(const char* text);
 }
 

@@ -1,0 +1,249 @@
+#include "System/Native/NetworkMonitor.h"
+
+#include "OwnNetwork.h"
+
+#include <QElapsedTimer>
+#include <QSignalSpy>
+#include <QTest>
+
+#include <fcntl.h>
+#include <net/if.h>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace {
+
+using namespace OwnNetwork;
+
+constexpr auto quiet = 50ms;
+constexpr int silence = 250;      ///< milliseconds in which nothing may come
+constexpr int linkSilence = 1300; ///< the kernel may hold back the news of a link for a second
+
+struct Listener {
+    explicit Listener(std::chrono::milliseconds time = quiet) : monitor(time) {}
+
+    NetworkMonitor monitor;
+    QSignalSpy told{&monitor, &NetworkMonitor::changed};
+};
+
+} // namespace
+
+class TestNetworkMonitor : public QObject {
+    Q_OBJECT
+
+    QByteArray m_refusal;
+
+  public:
+    /// `refusal`: why the kernel gives us no network to change; empty when it did.
+    explicit TestNetworkMonitor(const QByteArray& refusal) : m_refusal(refusal) {}
+
+  private Q_SLOTS:
+
+    void initTestCase() {
+        if (!m_refusal.isEmpty())
+            QSKIP(m_refusal.constData());
+        if (!ip(u"link add v0 type veth peer name v1"_s))
+            QSKIP("no virtual interfaces here");
+        QVERIFY(ip(u"link set lo up"_s));
+    }
+
+    void init() {
+        const QStringList commands{u"link set v1 up"_s,
+                                   u"link set v0 up"_s,
+                                   u"route flush dev v0"_s,
+                                   u"-6 route flush dev v0"_s,
+                                   u"addr flush dev v0 scope global"_s,
+                                   u"addr flush dev lo to 198.51.100.0/24"_s,
+                                   u"addr add 192.0.2.1/24 dev v0"_s,
+                                   u"addr add 2001:db8::1/64 dev v0 nodad"_s};
+        for (const QString& command : commands)
+            QVERIFY2(ip(command), qUtf8Printable(command));
+        QTRY_VERIFY(isRunning());
+    }
+
+    void whatIsTold_data() {
+        QTest::addColumn<QStringList>("before");
+        QTest::addColumn<QString>("change");
+        QTest::addColumn<bool>("isTold");
+        const auto row = [](const char* name, const QStringList& before, const QString& change, bool isTold) {
+            QTest::newRow(name) << before << change << isTold;
+        };
+        const QString address = u"addr %1 198.51.100.7/24 dev v0"_s;
+        row("address", {}, address.arg(u"add"_s), true);
+        row("address gone", {address.arg(u"add"_s)}, address.arg(u"del"_s), true);
+        const QString address6 = u"-6 addr %1 2001:db8:7::7/64 dev v0"_s;
+        row("IPv6 address", {}, address6.arg(u"add"_s) + u" nodad"_s, true);
+        row("IPv6 address gone", {address6.arg(u"add"_s) + u" nodad"_s}, address6.arg(u"del"_s), true);
+        const QString route = u"route %1 default via 192.0.2.%2"_s;
+        row("route", {}, route.arg(u"add"_s, u"2"_s), true);
+        row("another route", {route.arg(u"add"_s, u"2"_s)}, route.arg(u"replace"_s, u"3"_s), true);
+        row("route gone", {route.arg(u"add"_s, u"2"_s)}, route.arg(u"del"_s, u"2"_s), true);
+        const QString route6 = u"-6 route %1 default via 2001:db8::%2"_s;
+        row("IPv6 route", {}, route6.arg(u"add"_s, u"2"_s), true);
+        row("another IPv6 route", {route6.arg(u"add"_s, u"2"_s)}, route6.arg(u"replace"_s, u"3"_s), true);
+        row("IPv6 route gone", {route6.arg(u"add"_s, u"2"_s)}, route6.arg(u"del"_s, u"2"_s), true);
+        row("route to one network", {}, u"route add 203.0.113.0/24 via 192.0.2.2"_s, true);
+        row("switched off", {}, u"link set v0 down"_s, true);
+        row("unplugged", {}, u"link set v1 down"_s, true);
+        row("plugged in", {u"link set v1 down"_s}, u"link set v1 up"_s, true);
+
+        const QString lifetime = u" valid_lft %1 preferred_lft %1"_s;
+        row("address renewed", {address.arg(u"add"_s) + lifetime.arg(600)},
+            address.arg(u"change"_s) + lifetime.arg(900), false);
+        row("IPv6 address renewed", {address6.arg(u"add"_s) + u" nodad"_s + lifetime.arg(600)},
+            address6.arg(u"change"_s) + lifetime.arg(900), false);
+        row("route renewed", {route6.arg(u"add"_s, u"2 expires 600"_s)},
+            route6.arg(u"replace"_s, u"2 expires 900"_s), false);
+        row("loopback address", {}, u"addr add 198.51.100.8/32 dev lo"_s, false);
+        row("loopback address gone", {u"addr add 198.51.100.8/32 dev lo"_s},
+            u"addr del 198.51.100.8/32 dev lo"_s, false);
+        row("loopback route", {}, u"route add 198.18.0.0/24 dev lo"_s, false);
+        row("link-local address", {}, u"-6 addr add fe80::77/64 dev v0 nodad"_s, false);
+        row("another table", {}, u"route add default via 192.0.2.2 table 100"_s, false);
+        row("interface without address", {u"link add v2 type veth peer name v3"_s, u"link set v3 up"_s},
+            u"link set v2 up"_s, false);
+        row("name of an interface", {}, u"link set v0 alias renamed"_s, false);
+    }
+
+    void whatIsTold() {
+        QFETCH(const QStringList, before);
+        QFETCH(const QString, change);
+        QFETCH(const bool, isTold);
+        for (const QString& command : before)
+            QVERIFY(ip(command));
+        QTest::qWait(change.startsWith(u"link"_s) ? linkSilence : silence / 2);
+        const Listener listener;
+        const Witness witness;
+        QVERIFY(ip(change));
+        QTRY_VERIFY(isTold ? !listener.told.isEmpty() : witness.hasHeard());
+        QTest::qWait(change.startsWith(u"link"_s) ? linkSilence : silence);
+        QCOMPARE(listener.told.size(), isTold ? 1 : 0);
+    }
+
+    void whatComesBackIsTold_data() {
+        QTest::addColumn<QStringList>("changes");
+        const QString route = u"route add default via 192.0.2.2"_s;
+        QTest::newRow("replaced") << QStringList{route, u"route replace default via 192.0.2.3"_s,
+                                                 u"route replace default via 192.0.2.2"_s};
+        // Without the IPv6 address, whose end is told as well.
+        QTest::newRow("gone with its interface") << QStringList{
+            u"-6 addr del 2001:db8::1/64 dev v0"_s, route, u"link set v0 down"_s, u"link set v0 up"_s, route};
+        const QString source = u"addr %1 198.51.100.7/32 dev v0"_s;
+        QTest::newRow("gone with its source")
+            << QStringList{source.arg(u"add"_s), route + u" src 198.51.100.7"_s, source.arg(u"del"_s),
+                           source.arg(u"add"_s), route + u" src 198.51.100.7"_s};
+    }
+
+    /// Each change is told although the last of them was there before, and may have gone without a message.
+    void whatComesBackIsTold() {
+        QFETCH(const QStringList, changes);
+        Listener listener;
+        for (const QString& change : changes) {
+            QVERIFY(ip(change));
+            QTRY_VERIFY2(!listener.told.isEmpty(), qUtf8Printable(change));
+            QTest::qWait(change.startsWith(u"link"_s) ? linkSilence : silence);
+            listener.told.clear();
+        }
+    }
+
+    void anAddressIsToldWhenItBecomesUsable() {
+        QVERIFY(ip(u"-6 addr add 2001:db8:7::7/64 dev v0"_s)); // takes a second to find that it is unique
+        const Listener listener;
+        QTRY_COMPARE(listener.told.size(), 1);
+    }
+
+    void aBurstIsToldOnce() {
+        const Listener listener;
+        QStringList commands;
+        for (int i = 1; i <= 60; ++i)
+            commands.append(u"addr add 198.51.100.%1/24 dev v0"_s.arg(i));
+        QVERIFY(ipBatch(commands));
+        QTRY_COMPARE(listener.told.size(), 1);
+        QTest::qWait(silence);
+        QCOMPARE(listener.told.size(), 1);
+    }
+
+    void aSteadyStreamIsTold() {
+        constexpr int longest = 2300; // milliseconds: two seconds, and the time of a slow machine
+        NetworkMonitor monitor;
+        QElapsedTimer sinceLast;
+        QList<qint64> gaps;
+        connect(&monitor, &NetworkMonitor::changed, this, [&] { gaps.append(sinceLast.restart()); });
+        QElapsedTimer sinceBegin;
+        sinceBegin.start();
+        sinceLast.start();
+        for (bool isThere = false; sinceBegin.elapsed() < 2 * longest; isThere = !isThere) {
+            QVERIFY(ip(u"addr %1 198.51.100.7/24 dev v0"_s.arg(isThere ? u"del"_s : u"add"_s)));
+            QTest::qWait(50);
+        }
+        QCOMPARE(gaps.size(), 2);
+        for (const qint64 gap : gaps)
+            QVERIFY2(gap > 1500 && gap < longest, qPrintable(QString::number(gap)));
+    }
+
+    void lostMessagesAreToldAsAChange() {
+        const Listener listener;
+        const Witness witness;
+        // Nothing that counts but the last, for which no room is left.
+        QStringList commands;
+        for (int i = 0; i < 4000; ++i)
+            commands.append(u"route add 198.18.%1.%2/32 dev lo table 101"_s.arg(i / 250).arg(i % 250));
+        const QString address = u"addr %1 198.51.100.7/24 dev v0 valid_lft %2 preferred_lft %2"_s;
+        QVERIFY(ipBatch(commands + QStringList{address.arg(u"add"_s).arg(600)}));
+        QVERIFY(witness.hasMissed());
+        QTRY_COMPARE(listener.told.size(), 1);
+        // The lost address is known nevertheless.
+        QTest::qWait(silence);
+        QVERIFY(ip(address.arg(u"change"_s).arg(900)));
+        QTest::qWait(silence);
+        QCOMPARE(listener.told.size(), 1);
+        QVERIFY(ip(u"addr del 198.51.100.7/24 dev v0"_s));
+        QTRY_COMPARE(listener.told.size(), 2);
+    }
+
+    void otherProcessesAreNotBelieved() {
+        const Listener listener;
+        sockaddr_nl receiver{};
+        socklen_t size = sizeof receiver;
+        QCOMPARE(listeningSockets().size(), 1);
+        ::getsockname(listeningSockets().constFirst(), reinterpret_cast<sockaddr*>(&receiver), &size);
+        receiver.nl_groups = 0;
+
+        struct {
+            nlmsghdr header;
+            ifaddrmsg address;
+        } forged{};
+
+        forged.header.nlmsg_len = sizeof forged;
+        forged.header.nlmsg_type = RTM_DELADDR;
+        forged.address.ifa_family = AF_INET;
+        forged.address.ifa_index = ::if_nametoindex("v0");
+        const int sender = ::socket(AF_NETLINK, SOCK_RAW | SOCK_CLOEXEC, NETLINK_ROUTE);
+        const ssize_t sent = ::sendto(sender, &forged, sizeof forged, 0,
+                                      reinterpret_cast<const sockaddr*>(&receiver), sizeof receiver);
+        ::close(sender);
+        QCOMPARE(sent, ssize_t{sizeof forged});
+        QTest::qWait(silence);
+        QCOMPARE(listener.told.size(), 0);
+    }
+
+    void theSocketIsOursAlone() {
+        {
+            const NetworkMonitor monitor;
+            QCOMPARE(listeningSockets().size(), 1);
+            QVERIFY((::fcntl(listeningSockets().constFirst(), F_GETFD) & FD_CLOEXEC) != 0);
+        }
+        QVERIFY(listeningSockets().isEmpty());
+    }
+};
+
+int main(int argc, char* argv[]) {
+    const QByteArray refusal =
+        enterOwnNetwork() ? QByteArray() : "no network of our own: " + qt_error_string(errno).toUtf8();
+    const QCoreApplication application(argc, argv);
+    TestNetworkMonitor test(refusal);
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_network_monitor.moc"
