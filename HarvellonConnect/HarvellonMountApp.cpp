@@ -18,12 +18,15 @@ HarvellonMountApp::HarvellonMountApp(const HostSystem& host, const ServerAddress
       m_state({host, server, m_shell, m_keychain, m_preferences, m_network},
               {[this] { m_statusBar.toggle(); },
                [](const QString& text) { QGuiApplication::clipboard()->setText(text); },
-               [this](const QString& domain) { m_statusBar.notifyMountEnded(domain); }}),
+               [this](const QStringList& domains) { m_statusBar.notifyMountsEnded(domains); }}),
       m_statusBar(m_views, versionText), m_settings(m_views, m_statusBar, versionText),
       m_alerts(m_views, m_state), m_updates(updateFeed, QCoreApplication::applicationVersion(), m_network) {
     connect(&m_statusBar, &StatusBarController::settingsRequested, this,
             [this] { m_settings.show(m_state); });
-    connect(&m_statusBar, &StatusBarController::quitRequested, this, &HarvellonMountApp::quit);
+    connect(&m_statusBar, &StatusBarController::quitRequested, this, [this] {
+        m_statusBar.close();
+        m_state.askToQuit([this] { quit(); });
+    });
     connect(&m_statusBar, &StatusBarController::updatesRequested, this, [this] {
         activateApplication();
         m_updates.checkForUpdates();

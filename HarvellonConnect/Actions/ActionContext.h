@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Actions/DirectoryWait.h"
 #include "Directory/Project.h"
 #include "System/HostSystem.h"
 
@@ -23,6 +24,9 @@ struct ActionContext {
     VSCodeLauncher& editor;
     /// Where a domain is mounted.
     std::function<std::optional<QString>(const QString& domain)> mountPoint;
+    AskMount ask;
+    /// The project's document folder is a link that its mount cannot follow.
+    std::function<void(const Project& project)> offerLinks;
     std::function<QCoro::Task<>(Project project)> connect;
     std::function<QCoro::Task<>(QString domain)> disconnect;
     /// Puts a text on the desktop's clipboard.

@@ -31,7 +31,7 @@ QCoro::Task<> openInVSCode(ActionContext& context, Project project, bool /*alter
         co_return;
     const QString domain = project.domain;
     const QString root = *mountPoint;
-    const std::optional<QString> target = co_await documentTarget(context.report, project, root, 3s);
+    const std::optional<QString> target = co_await documentTarget(context, project, root, 3s);
     if (!target) {
         context.report.log(QStringLiteral("Projektordner fuer %1 konnte nicht geoeffnet werden.").arg(domain),
                            ActivityLogLevel::warning);
@@ -42,16 +42,25 @@ QCoro::Task<> openInVSCode(ActionContext& context, Project project, bool /*alter
     context.report.log(QStringLiteral("Oeffne %1 in VS Code...").arg(domain), ActivityLogLevel::info);
 }
 
-QCoro::Task<std::optional<QString>> documentTarget(Reporter& report, Project project, QString mountPoint,
-                                                   std::chrono::seconds budget) {
+QCoro::Task<std::optional<QString>> documentTarget(const ActionContext& context, Project project,
+                                                   QString mountPoint, std::chrono::seconds budget) {
+    const QString domain = project.domain;
     const QString subfolder = project.documentFolder();
     const QString folder = mountPoint + QLatin1Char('/') + subfolder;
-    if (co_await waitForDirectory(folder, budget))
+    if (co_await isBrokenLink(context.ask, domain, folder, budget)) {
+        context.report.log(
+            QStringLiteral(
+                "Der Ordner %1 von %2 ist eine symbolische Verknüpfung, die nur der Server auflösen kann.")
+                .arg(subfolder, domain),
+            ActivityLogLevel::warning);
+        context.offerLinks(project);
+    } else if (co_await waitForDirectory(context.ask, domain, folder, budget)) {
         co_return folder;
-    if (!co_await waitForDirectory(mountPoint, 1s))
+    }
+    if (!co_await waitForDirectory(context.ask, domain, mountPoint, 1s))
         co_return std::nullopt;
-    report.log(QStringLiteral("Unterordner %1 nicht gefunden – oeffne Projektwurzel fuer %2.")
-                   .arg(subfolder, project.domain),
-               ActivityLogLevel::warning);
+    context.report.log(QStringLiteral("Unterordner %1 nicht gefunden – oeffne Projektwurzel fuer %2.")
+                           .arg(subfolder, domain),
+                       ActivityLogLevel::warning);
     co_return mountPoint;
 }

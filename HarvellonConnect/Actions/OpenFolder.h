@@ -8,8 +8,6 @@
 #include <chrono>
 #include <optional>
 
-class Reporter;
-
 /// Opens the root of the mounted tree in the file manager. Logs a warning when the project is not mounted.
 QCoro::Task<> openInFinder(ActionContext& context, Project project, bool alternative);
 
@@ -18,6 +16,7 @@ QCoro::Task<> openInFinder(ActionContext& context, Project project, bool alterna
 QCoro::Task<> openInVSCode(ActionContext& context, Project project, bool alternative);
 
 /// Waits for the project's document folder below `mountPoint`, for `budget`, then for the mount point itself,
-/// for a second. Yields what can be opened; nothing when neither can be listed. `report` outlives the wait.
-QCoro::Task<std::optional<QString>> documentTarget(Reporter& report, Project project, QString mountPoint,
-                                                   std::chrono::seconds budget);
+/// for a second. Yields what can be opened; nothing when neither can be listed. A document folder that is a
+/// link which cannot be followed is handed to `offerLinks`. `context` outlives the wait.
+QCoro::Task<std::optional<QString>> documentTarget(const ActionContext& context, Project project,
+                                                   QString mountPoint, std::chrono::seconds budget);

@@ -24,8 +24,9 @@ bool always(const RowFacts& /*facts*/) {
     return true;
 }
 
+/// Whoever has mounted a project may go on with it, whoever is signed in now.
 bool toCoders(const RowFacts& facts) {
-    return facts.coder;
+    return facts.coder || facts.kept;
 }
 
 bool toDatabaseUsers(const RowFacts& facts) {
@@ -33,11 +34,11 @@ bool toDatabaseUsers(const RowFacts& facts) {
 }
 
 bool beforeConnecting(const RowFacts& facts) {
-    return facts.coder && !facts.connected;
+    return toCoders(facts) && !facts.connected;
 }
 
 bool whileConnected(const RowFacts& facts) {
-    return facts.coder && facts.connected;
+    return toCoders(facts) && facts.connected;
 }
 
 QCoro::Task<> connectProject(ActionContext& context, Project project, bool /*alternative*/) {
@@ -58,6 +59,7 @@ QList<ProjectAction> makeTable() {
         {.target = HoverTarget::connect,
          .symbol = text("bolt.horizontal.circle"),
          .help = text("Verbinden und mounten"),
+         .helpWhenLost = text("Neu verbinden"),
          .shortcut = QKeySequence(Qt::Key_Return),
          .tint = tintConnect,
          .slot = {.column = 0, .group = 0},
@@ -134,10 +136,11 @@ QString keyText(const QKeySequence& keys) {
     return shown;
 }
 
-RowFacts RowFacts::of(const std::optional<UserProfile>& user, bool connected) {
+RowFacts RowFacts::of(const std::optional<UserProfile>& user, bool connected, bool kept) {
     return {.coder = user && user->coder.value_or(false),
             .databaseUser = user && user->allowDatabaseConnect.value_or(false),
-            .connected = connected};
+            .connected = connected,
+            .kept = kept};
 }
 
 int ProjectAction::slotPosition() const {

@@ -19,8 +19,9 @@ struct RowFacts {
     bool coder = false;        ///< works on servers
     bool databaseUser = false; ///< may open databases, too
     bool connected = false;    ///< the project is mounted
+    bool kept = false; ///< the user's list does not hold the project, but it is mounted or was until now
 
-    static RowFacts of(const std::optional<UserProfile>& user, bool connected);
+    static RowFacts of(const std::optional<UserProfile>& user, bool connected, bool kept = false);
 };
 
 /// The colour of an action's icon.
@@ -44,6 +45,8 @@ struct ProjectAction {
     HoverTarget target = HoverTarget::connect;
     QString symbol{}; ///< name of its icon
     QString help{};
+    QString
+        helpWhenLost{}; ///< instead of `help` where the mount has ended by itself; empty for no difference
     QKeySequence shortcut{};
     Tint tint{};
     Slot slot{};

@@ -1,7 +1,6 @@
 #include "Mounting/MountAttempt.h"
 
 #include "Mounting/Keys/KnownHosts.h"
-#include "Mounting/MountOptions.h"
 #include "Mounting/MountQuestions.h"
 #include "Mounting/MounterError.h"
 #include "Mounting/SSHFSProcess.h"
@@ -20,10 +19,11 @@ constexpr std::chrono::milliseconds cancelStep{80};
 constexpr std::chrono::seconds staleLimit{2};
 } // namespace
 
-MountAttempt::MountAttempt(HostSystem host, Shell& shell, Project project, MountLimits limits,
+MountAttempt::MountAttempt(HostSystem host, Shell& shell, Project project, Links links, MountLimits limits,
                            std::shared_ptr<StartQueue> startQueue)
-    : m_host(std::move(host)), m_shell(shell), m_project(std::move(project)), m_mountLimit(limits.mount),
-      m_startQueue(std::move(startQueue)), m_process(std::make_shared<SSHFSProcess>()),
+    : m_host(std::move(host)), m_shell(shell), m_project(std::move(project)), m_links(links),
+      m_mountLimit(limits.mount), m_startQueue(std::move(startQueue)),
+      m_process(std::make_shared<SSHFSProcess>()),
       m_questions(std::make_shared<MountQuestions>(mountPoint())), m_clearLimits(limits.unmount) {
     m_finished.start();
 }
@@ -94,7 +94,8 @@ QCoro::Task<> MountAttempt::start(std::shared_ptr<MountAttempt> attempt) {
     attempt->m_coversFiles = attempt->m_folder->holdsFiles();
     prepareKnownHosts(attempt->m_host);
     qCInfo(lcSSHFSMounter, "mount: spawning sshfs for %s", qUtf8Printable(attempt->m_project.domain));
-    attempt->m_process->start(*sshfs, sshfsArguments(attempt->m_host, attempt->m_project, mountPoint));
+    attempt->m_process->start(
+        *sshfs, sshfsArguments(attempt->m_host, attempt->m_project, mountPoint, attempt->m_links));
 }
 
 QCoro::Task<> MountAttempt::waitUntilMounted(std::shared_ptr<MountAttempt> attempt) {

@@ -2,6 +2,7 @@
 
 #include "Directory/Project.h"
 #include "Mounting/MountLimits.h"
+#include "Mounting/MountOptions.h"
 #include "Mounting/MountPointFolder.h"
 #include "Mounting/MountSession.h"
 #include "Mounting/MounterError.h"
@@ -49,7 +50,7 @@ class StartQueue {
 class MountAttempt {
   public:
     /// `shell` must outlive this.
-    MountAttempt(HostSystem host, Shell& shell, Project project, MountLimits limits,
+    MountAttempt(HostSystem host, Shell& shell, Project project, Links links, MountLimits limits,
                  std::shared_ptr<StartQueue> startQueue);
     ~MountAttempt();
     Q_DISABLE_COPY_MOVE(MountAttempt)
@@ -83,6 +84,7 @@ class MountAttempt {
     const HostSystem m_host;
     Shell& m_shell;
     const Project m_project;
+    const Links m_links;
     const std::chrono::milliseconds m_mountLimit;
     const std::shared_ptr<StartQueue> m_startQueue;
     const std::shared_ptr<SSHFSProcess> m_process;

@@ -54,10 +54,12 @@ QString optionValue(const QString& value) {
         .replace(QLatin1Char(','), QStringLiteral("\\,"));
 }
 
-QString mountOptions(const HostSystem& host, const Project& project) {
+QString mountOptions(const HostSystem& host, const Project& project, Links links) {
     QStringList options{QStringLiteral("reconnect"), QStringLiteral("ServerAliveInterval=15"),
                         QStringLiteral("ServerAliveCountMax=3")};
     options += host.platformMountOptions;
+    if (links == Links::server)
+        options += QStringLiteral("follow_symlinks");
     options += host.volumeNameOption + QStringLiteral("=HV ") +
                optionValue(withoutControls(project.title().left(longestName)));
     options += QStringLiteral("StrictHostKeyChecking=accept-new");
@@ -65,8 +67,10 @@ QString mountOptions(const HostSystem& host, const Project& project) {
     return options.join(QLatin1Char(','));
 }
 
-QStringList sshfsArguments(const HostSystem& host, const Project& project, const QString& mountPoint) {
+QStringList sshfsArguments(const HostSystem& host, const Project& project, const QString& mountPoint,
+                           Links links) {
     const QString remote =
         project.sshUser() + QLatin1Char('@') + project.domain + QLatin1Char(':') + project.path;
-    return {remote, mountPoint, QStringLiteral("-o"), mountOptions(host, project), QStringLiteral("-f")};
+    return {remote, mountPoint, QStringLiteral("-o"), mountOptions(host, project, links),
+            QStringLiteral("-f")};
 }

@@ -1,7 +1,6 @@
 #include "Mounting/SSHFSMounter.h"
 
 #include "Mounting/LeftoverMounts.h"
-#include "Mounting/MountOptions.h"
 #include "Mounting/MountPointFolder.h"
 #include "Mounting/MountQuestions.h"
 #include "Mounting/MountsInProgress.h"
@@ -84,14 +83,15 @@ void SSHFSMounter::refuseUnlessMountable(const Project& project) const {
         throw refusal(QStringLiteral("%1 wird bereits verbunden.").arg(project.domain));
 }
 
-QCoro::Task<MountSession> SSHFSMounter::mount(Project project) {
+QCoro::Task<MountSession> SSHFSMounter::mount(Project project, Links links) {
     refuseUnlessMountable(project);
     const QString domain = project.domain;
     const std::optional<QFuture<UnmountResult>> unmount = unmountOf(domain);
     if (m_sessions.contains(domain) && !unmount)
         co_return m_sessions.value(domain);
 
-    const auto attempt = std::make_shared<MountAttempt>(m_host, m_shell, project, m_limits, m_startQueue);
+    const auto attempt =
+        std::make_shared<MountAttempt>(m_host, m_shell, project, links, m_limits, m_startQueue);
     const MountInProgress inProgress(m_running, attempt);
     const QPointer<SSHFSMounter> guard(this);
     if (unmount)

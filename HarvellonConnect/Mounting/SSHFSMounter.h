@@ -2,6 +2,7 @@
 
 #include "Directory/Project.h"
 #include "Mounting/MountLimits.h"
+#include "Mounting/MountOptions.h"
 #include "Mounting/MountSession.h"
 #include "Mounting/MounterError.h"
 #include "System/HostSystem.h"
@@ -67,7 +68,7 @@ class SSHFSMounter : public QObject {
     /// seconds plus the clean-up; simultaneous mounts start one after the other. Yields the existing session
     /// of a mounted domain, and refuses a domain whose mount is in progress. Throws MounterError after
     /// everything that was begun has been cleared.
-    QCoro::Task<MountSession> mount(Project project);
+    QCoro::Task<MountSession> mount(Project project, Links links = Links::local);
 
     /// Unmounts `domain`, gently first and then by force, or cancels its mount in progress. Does nothing when
     /// there is neither. While the server answers or bytes are moving, files in use are not cut off. A second

@@ -3,6 +3,7 @@
 #include "Actions/BrowserSearch.h"
 #include "Actions/Openers.h"
 #include "Mounting/Keys/LegacyKey.h"
+#include "Mounting/ServerState.h"
 #include "System/Async.h"
 #include "System/Preferences.h"
 
@@ -26,15 +27,20 @@ AppState::AppState(AppServices services, DesktopCommands desktop, QObject* paren
                 m_report,
                 m_editor,
                 [this](const QString& domain) { return m_sshfsMounter.mountPoint(domain); },
+                [this](const QString& domain, const std::function<bool()>& question) {
+                    return m_sshfsMounter.ask(domain, question);
+                },
+                [this](const Project& project) { m_connections.offerLinks(project); },
                 [this](const Project& project) { return m_connections.connect(project); },
                 [this](const QString& domain) { return m_connections.disconnect(domain, false); },
                 m_desktop.copyText},
       m_guidance(m_context), m_visibleProjects([this](const QString& domain) { return rowState(domain); }),
       m_loading(m_report, m_oauth, m_api, m_visibleProjects, [this] { return prepareLoad(); }),
       m_accounts(m_oauth, m_api, services.preferences, m_report, m_loading),
-      m_connections(m_host, services.shell, m_report, m_sshfsMounter, m_editor,
+      m_connections(m_context, m_sshfsMounter, m_preferences,
                     [this](const Guidance& guidance) { m_guidance.show(guidance); }),
-      m_actions(m_context), m_globalHotkeyEnabled(m_preferences.boolean(globalHotkeyKey).value_or(true)) {
+      m_care(m_connections, m_sshfsMounter, m_preferences, m_report), m_actions(m_context),
+      m_globalHotkeyEnabled(m_preferences.boolean(globalHotkeyKey).value_or(true)) {
     publishParts();
     m_accounts.loadAccountsRegistry();
     removeLegacyKeyPair(m_host.homeFolder);
@@ -48,7 +54,7 @@ AppState::AppState(AppServices services, DesktopCommands desktop, QObject* paren
 AppState::~AppState() = default;
 
 AppState::Parts AppState::parts() {
-    return {m_oauth, m_sshfsMounter, m_loading, m_accounts, m_connections, m_actions, m_report};
+    return {m_oauth, m_sshfsMounter, m_loading, m_accounts, m_connections, m_care, m_actions, m_report};
 }
 
 void AppState::publishParts() {
@@ -69,8 +75,14 @@ void AppState::publishParts() {
             &ProjectListModel::refreshRow);
     connect(&m_connections, &Connections::connectionChanged, &m_visibleProjects,
             &ProjectListModel::refreshRow);
-    connect(&m_connections, &Connections::mountEnded, this,
-            [this](const QString& domain) { m_desktop.tellMountEnded(domain); });
+    connect(&m_connections, &Connections::connectionChanged, this, &AppState::showKeptProjects);
+    connect(&m_loading, &ProjectLoading::projectsChanged, this, &AppState::showKeptProjects);
+    connect(&m_loading, &ProjectLoading::userProfileChanged, this, &AppState::showKeptProjects);
+    connect(&m_connections, &Connections::mountsEnded, this,
+            [this](const QStringList& domains) { m_desktop.tellMountsEnded(domains); });
+    connect(&m_networkMonitor, &NetworkMonitor::changed, this, &AppState::networkChanged);
+    connect(&m_sleepMonitor, &SleepMonitor::aboutToSleep, this, &AppState::detachForSleep);
+    connect(&m_sleepMonitor, &SleepMonitor::wokeUp, &m_care, &ConnectionCare::wakeUp);
 }
 
 void AppState::wireHotkey() {
@@ -84,14 +96,38 @@ void AppState::wireHotkey() {
 
 RowState AppState::rowState(const QString& domain) const {
     const bool connected = connectedDomains().contains(domain);
-    return {connected, m_connections.connectingSince(domain),
-            ProjectActions::offers(RowFacts::of(userProfile(), connected))};
+    const RowFacts facts = RowFacts::of(userProfile(), connected, m_visibleProjects.isKept(domain));
+    return {connected, m_connections.connectingSince(domain), ProjectActions::offers(facts),
+            m_connections.isLost(domain)};
+}
+
+void AppState::showKeptProjects() {
+    const bool coder = RowFacts::of(userProfile(), false).coder;
+    QList<Project> kept = m_connections.keptProjects();
+    // A list whose user may not disconnect does not keep a mount in reach either.
+    kept.removeIf([&](const Project& project) { return coder && m_loading.project(project.domain); });
+    m_visibleProjects.setKept(kept);
+}
+
+void AppState::networkChanged() {
+    constexpr std::chrono::minutes betweenLoads{1};
+    m_care.networkChanged();
+    if (connectionStatus() != ConnectionStatus::Case::failure || !m_oauth.accessToken() ||
+        !m_nextLoad.hasExpired())
+        return;
+    m_nextLoad.setRemainingTime(betweenLoads);
+    m_loading.refresh();
+}
+
+QCoro::Task<> AppState::detachForSleep() {
+    co_await m_care.prepareForSleep();
+    m_sleepMonitor.allowSleep();
 }
 
 QCoro::Task<> AppState::startUp() {
     // The icon comes first: loading what speaks TLS takes as long as showing it.
     co_await Async::sleep(std::chrono::milliseconds(50));
-    m_connections.clearLeftBehind(); // beside the first load
+    m_care.startUp(); // beside the first load
     co_await m_accounts.dropDuplicates();
     if (accounts().isEmpty())
         co_await m_accounts.migrateLegacyLoginIfNeeded();
@@ -103,7 +139,47 @@ QCoro::Task<> AppState::prepareLoad() {
     return m_accounts.takeTokens();
 }
 
+QCoro::Task<QStringList> AppState::writtenDomains() {
+    const QList<MountSession> mounts = m_sshfsMounter.sessions().values();
+    const QList<MountSession> kept = m_sshfsMounter.keptUntilClosed();
+    QCoro::Task<QStringList> ofMounts = ::writtenDomains(mounts);
+    QStringList domains = co_await transferringDomains(kept, std::chrono::milliseconds(400));
+    domains += co_await ofMounts;
+    domains.removeDuplicates();
+    co_return domains;
+}
+
+QCoro::Task<> AppState::askToQuit(std::function<void()> quit) {
+    const int question = ++m_quitQuestions;
+    const QStringList written = co_await writtenDomains();
+    if (question != m_quitQuestions)
+        co_return; // asked again meanwhile
+    if (written.isEmpty()) {
+        quit();
+        co_return;
+    }
+    m_guidance.answer(-1); // this question is the urgent one
+    m_guidance.show(quitGuidance(
+        written, [this, quit] { quitWhenWritten(quit); }, quit));
+}
+
+QCoro::Task<> AppState::quitWhenWritten(std::function<void()> quit) {
+    constexpr std::chrono::seconds betweenLooks{1};
+    const int question = ++m_quitQuestions;
+    for (;;) {
+        const QStringList written = co_await writtenDomains();
+        if (question != m_quitQuestions)
+            co_return;
+        if (written.isEmpty())
+            break;
+        co_await Async::sleep(betweenLooks);
+    }
+    quit();
+}
+
 QCoro::Task<> AppState::shutDown() {
+    m_care.end();
+    m_sshfsMounter.close(); // also while tokens are still being stored
     QCoro::Task<> storing = m_oauth.finish(storingLimit);
     co_await m_connections.disconnectAll();
     co_await storing;
@@ -131,7 +207,7 @@ void AppState::removeAccount(const QString& accountID) {
 }
 
 void AppState::perform(int target, const QString& domain, bool alternative) {
-    const std::optional<Project> project = m_loading.project(domain);
+    const std::optional<Project> project = m_visibleProjects.project(domain);
     if (project && (rowState(domain).offers & 1 << target) != 0)
         m_actions.perform(static_cast<HoverTarget>(target), *project, alternative);
 }
@@ -175,6 +251,11 @@ void AppState::setStartsAtLogin(bool starts) {
         m_report.log(QStringLiteral("Der Start beim Anmelden konnte nicht geändert werden."),
                      ActivityLogLevel::warning);
     Q_EMIT startsAtLoginChanged(); // the switch follows the desktop, which may have refused
+}
+
+void AppState::setReconnectsAtStart(bool reconnects) {
+    m_care.setReconnectsAtStart(reconnects);
+    Q_EMIT reconnectsAtStartChanged();
 }
 
 void AppState::applyHotkeySetting() {

@@ -1,19 +1,24 @@
 #pragma once
 
 #include "Actions/ProjectActions.h"
+#include "Actions/VSCodeLauncher.h"
 #include "Directory/ProjectAPI.h"
 #include "Mounting/SSHFSMounter.h"
 #include "SignIn/OAuthManager.h"
 #include "State/Accounts.h"
 #include "State/ActivityReport.h"
+#include "State/ConnectionCare.h"
 #include "State/Connections.h"
 #include "State/GuidanceQuestion.h"
 #include "State/ProjectLoading.h"
 #include "System/HostSystem.h"
 #include "System/Native/HotkeyManager.h"
 #include "System/Native/LoginItem.h"
+#include "System/Native/NetworkMonitor.h"
+#include "System/Native/SleepMonitor.h"
 #include "System/Network/ServerAddress.h"
 
+#include <QDeadlineTimer>
 #include <QtQmlIntegration>
 
 class Preferences;
@@ -22,8 +27,8 @@ class Preferences;
 struct DesktopCommands {
     std::function<void()> togglePanel;
     std::function<void(const QString& text)> copyText;
-    /// A mount ended by itself.
-    std::function<void(const QString& domain)> tellMountEnded;
+    /// Mounts ended by themselves, shortly one after the other.
+    std::function<void(const QStringList& domains)> tellMountsEnded;
 };
 
 /// What the state is built from; all references outlive it.
@@ -58,6 +63,8 @@ class AppState : public QObject {
     Q_PROPERTY(QVariantMap guidance READ guidance NOTIFY guidanceChanged)
     Q_PROPERTY(QString hotkeyProblem READ hotkeyProblem NOTIFY hotkeyProblemChanged)
     Q_PROPERTY(bool startsAtLogin READ startsAtLogin WRITE setStartsAtLogin NOTIFY startsAtLoginChanged)
+    Q_PROPERTY(bool reconnectsAtStart READ reconnectsAtStart WRITE setReconnectsAtStart NOTIFY
+                   reconnectsAtStartChanged)
     Q_PROPERTY(bool globalHotkeyEnabled READ globalHotkeyEnabled WRITE setGlobalHotkeyEnabled NOTIFY
                    globalHotkeyEnabledChanged)
 
@@ -73,6 +80,7 @@ class AppState : public QObject {
         ProjectLoading& loading;
         Accounts& accounts;
         Connections& connections;
+        ConnectionCare& care;
         ProjectActions& actions;
         ActivityReport& report;
     };
@@ -96,6 +104,11 @@ class AppState : public QObject {
     void setSearchText(const QString& text);
     void setGlobalHotkeyEnabled(bool enabled);
     void setStartsAtLogin(bool starts);
+    void setReconnectsAtStart(bool reconnects);
+
+    /// Calls `quit` when nothing is being written to a mount. Otherwise asks the user, who may have it called
+    /// when all is written, at once, or not at all.
+    QCoro::Task<> askToQuit(std::function<void()> quit);
 
     /// Takes every mount down, and waits for tokens that are being renewed or stored; done within five
     /// seconds. Nothing is mounted afterwards.
@@ -147,6 +160,8 @@ class AppState : public QObject {
     /// Asks the desktop, which keeps it.
     [[nodiscard]] bool startsAtLogin() const { return m_loginItem.isEnabled(); }
 
+    [[nodiscard]] bool reconnectsAtStart() const { return m_care.reconnectsAtStart(); }
+
     /// The alert that is open: "title", "text" and "buttons" (list of texts); empty when there is none.
     [[nodiscard]] QVariantMap guidance() const { return m_guidance.map(); }
 
@@ -160,6 +175,7 @@ class AppState : public QObject {
     void isAuthenticatingChanged();
     void globalHotkeyEnabledChanged();
     void startsAtLoginChanged();
+    void reconnectsAtStartChanged();
     void hotkeyProblemChanged();
     void guidanceChanged();
 
@@ -171,6 +187,11 @@ class AppState : public QObject {
     QCoro::Task<> fillSearch();
     void applyHotkeySetting();
     [[nodiscard]] RowState rowState(const QString& domain) const;
+    void showKeptProjects();
+    void networkChanged();
+    QCoro::Task<> detachForSleep();
+    QCoro::Task<QStringList> writtenDomains();
+    QCoro::Task<> quitWhenWritten(std::function<void()> quit);
 
     const HostSystem m_host;
     Preferences& m_preferences;
@@ -189,7 +210,12 @@ class AppState : public QObject {
     ProjectLoading m_loading;
     Accounts m_accounts;
     Connections m_connections;
+    ConnectionCare m_care;
     ProjectActions m_actions;
+    SleepMonitor m_sleepMonitor;
+    NetworkMonitor m_networkMonitor;
+    QDeadlineTimer m_nextLoad; ///< a load that failed is not tried again by itself before
+    int m_quitQuestions = 0;
     bool m_globalHotkeyEnabled = true;
     QString m_hotkeyProblem;
 };

@@ -1,9 +1,11 @@
 #include "State/Connections.h"
 
 #include "Actions/OpenFolder.h"
+#include "Actions/VSCodeLauncher.h"
 #include "Mounting/SSHFSMounter.h"
 #include "Mounting/Setup/SSHFSGuidance.h"
 #include "Mounting/Setup/SSHFSReadiness.h"
+#include "System/Preferences.h"
 
 #include <QPointer>
 
@@ -12,13 +14,21 @@
 
 using namespace std::chrono_literals;
 
-Connections::Connections(const HostSystem& host, Shell& shell, Reporter& report, SSHFSMounter& mounter,
-                         VSCodeLauncher& editor, ShowGuidance showGuidance)
-    : m_host(host), m_shell(shell), m_report(report), m_mounter(mounter), m_editor(editor),
+namespace {
+const QString followLinksKey = QStringLiteral("FollowSymlinks"); // the domains, a line each
+constexpr std::chrono::seconds endsTogether{1};
+} // namespace
+
+Connections::Connections(const ActionContext& context, SSHFSMounter& mounter, Preferences& preferences,
+                         ShowGuidance showGuidance)
+    : m_context(context), m_report(context.report), m_mounter(mounter), m_preferences(preferences),
       m_showGuidance(std::move(showGuidance)) {
     m_mounter.onUnexpectedTermination = [this](const QString& domain, qint32 exitCode) {
         endedByItself(domain, exitCode);
     };
+    m_tellEnded.setSingleShot(true);
+    m_tellEnded.setInterval(endsTogether);
+    m_tellEnded.callOnTimeout(this, [this] { Q_EMIT mountsEnded(std::exchange(m_untold, {})); });
 }
 
 std::optional<QDateTime> Connections::connectingSince(const QString& domain) const {
@@ -42,6 +52,7 @@ QCoro::Task<> Connections::connect(Project project) {
     Q_EMIT connectingChanged(domain);
     if (!mounted)
         co_return;
+    setLost(project, false);
     publishSessions();
     const MountSession session = m_mounter.sessions().value(domain);
     if (session.mountPoint.isEmpty())
@@ -52,29 +63,54 @@ QCoro::Task<> Connections::connect(Project project) {
                           .arg(session.mountPoint));
 
     const QString root = session.mountPoint;
-    const std::optional<QString> target = co_await documentTarget(m_report, project, root, 4s);
+    const std::optional<QString> target = co_await documentTarget(m_context, project, root, 4s);
     if (!target)
         co_return;
     const QString folder = *target;
-    co_await m_editor.open(domain, folder);
+    co_await m_context.editor.open(domain, folder);
+}
+
+QCoro::Task<Connections::Reconnected> Connections::reconnect(Project project) {
+    const QString domain = project.domain;
+    if (m_mounter.mountPoint(domain))
+        co_return Reconnected::yes;
+    if (m_connecting.contains(domain))
+        co_return Reconnected::notYet;
+    m_connecting.insert(domain, QDateTime::currentDateTime());
+    Q_EMIT connectingChanged(domain);
+    Reconnected outcome = Reconnected::yes;
+    try {
+        const MountSession session = co_await m_mounter.mount(project, linksOf(domain));
+        m_report.log(QStringLiteral("Wieder verbunden: ") + session.mountPoint, ActivityLogLevel::success);
+    } catch (const MounterError& error) {
+        const bool mayHelp = error.error() == MounterError::Case::mountFailed ||
+                             error.error() == MounterError::Case::mountTimeout;
+        outcome = mayHelp ? Reconnected::notYet : Reconnected::refused;
+    }
+    m_connecting.remove(domain);
+    Q_EMIT connectingChanged(domain);
+    if (outcome == Reconnected::yes)
+        setLost(project, false);
+    publishSessions();
+    co_return outcome;
 }
 
 QCoro::Task<Ending> Connections::mount(Project project) {
-    const SSHFSReadiness readiness = co_await diagnoseSSHFS(m_host, m_shell);
+    const SSHFSReadiness readiness = co_await diagnoseSSHFS(m_context.host, m_context.shell);
     switch (readiness.state) {
     case SSHFSReadiness::State::notInstalled:
-        m_showGuidance(setupGuidance(m_host));
+        m_showGuidance(setupGuidance(m_context.host));
         throw EndedEarly(
             QStringLiteral("sshfs nicht installiert. FUSE-T und sshfs müssen einmalig eingerichtet werden."),
             QStringLiteral("sshfs ist nicht installiert."));
     case SSHFSReadiness::State::notStarting:
-        m_showGuidance(repairGuidance(m_host));
+        m_showGuidance(repairGuidance(m_context.host));
         throw EndedEarly(QStringLiteral("sshfs ist installiert, startet aber nicht: ") + readiness.detail,
                          QStringLiteral("sshfs-Installation defekt."));
     case SSHFSReadiness::State::ready:
         break;
     }
-    const MountSession session = co_await m_mounter.mount(project);
+    const MountSession session = co_await m_mounter.mount(project, linksOf(project.domain));
     co_return Ending{QStringLiteral("Gemountet: ") + session.mountPoint, ActivityLogLevel::success};
 }
 
@@ -91,6 +127,8 @@ QCoro::Task<> Connections::disconnect(QString domain, bool force) {
     const bool unmounted = co_await m_report.run(texts, work);
     if (!unmounted)
         co_return;
+    if (isLost(domain))
+        setLost(m_lost.value(domain), false);
     publishSessions();
     warnAbout(result, domain);
 }
@@ -155,11 +193,58 @@ QCoro::Task<> Connections::disconnectAll() {
 void Connections::endedByItself(const QString& domain, qint32 exitCode) {
     m_report.log(QStringLiteral("Mount %1 unerwartet beendet (Exit %2).").arg(domain).arg(exitCode),
                  ActivityLogLevel::error);
+    if (const auto mounted = m_mounted.constFind(domain); mounted != m_mounted.constEnd())
+        setLost(*mounted, true);
     publishSessions();
-    Q_EMIT mountEnded(domain);
+    m_untold.append(domain);
+    m_tellEnded.start();
+}
+
+void Connections::markLost(const Project& project) {
+    setLost(project, true);
+}
+
+void Connections::setLost(const Project& project, bool lost) {
+    if (lost)
+        m_lost.insert(project.domain, project);
+    else if (m_lost.remove(project.domain) == 0)
+        return;
+    Q_EMIT connectionChanged(project.domain, m_connectedDomains.contains(project.domain));
+}
+
+QList<Project> Connections::keptProjects() const {
+    QHash<QString, Project> kept = m_lost;
+    kept.insert(m_mounted);
+    return kept.values();
+}
+
+Links Connections::linksOf(const QString& domain) const {
+    const QStringList domains =
+        m_preferences.text(followLinksKey).value_or(QString()).split(QLatin1Char('\n'));
+    return domains.contains(domain) ? Links::server : Links::local;
+}
+
+QCoro::Task<> Connections::offerLinks(Project project) {
+    const bool possible = co_await canFollowLinks(m_context.host, m_context.shell);
+    if (possible && linksOf(project.domain) == Links::local)
+        m_showGuidance(linkGuidance(project, [this, project] { followLinks(project); }));
+}
+
+void Connections::followLinks(const Project& project) {
+    const QString domains = m_preferences.text(followLinksKey).value_or(QString());
+    m_preferences.set(followLinksKey, domains + project.domain + QLatin1Char('\n'));
+    followLinksAnew(project);
+}
+
+QCoro::Task<> Connections::followLinksAnew(Project project) {
+    co_await disconnect(project.domain, false);
+    co_await connect(project);
 }
 
 void Connections::publishSessions() {
+    m_mounted.clear();
+    for (const MountSession& session : m_mounter.sessions())
+        m_mounted.insert(session.domain, session.project);
     const QSet<QString> before = std::exchange(m_connectedDomains, m_mounter.connectedDomains());
     for (const QString& domain : before - m_connectedDomains)
         Q_EMIT connectionChanged(domain, false);

@@ -37,6 +37,9 @@ void GuidanceQuestion::answer(int button) {
     case GuidanceButton::Action::openTerminal:
         openTerminal(m_context);
         break;
+    case GuidanceButton::Action::call:
+        pressed.call();
+        break;
     case GuidanceButton::Action::none:
         break;
     }

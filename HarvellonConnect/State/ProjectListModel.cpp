@@ -4,8 +4,42 @@
 
 void ProjectListModel::setProjects(const ProjectList& list) {
     m_projects = list.projects;
-    m_keys = list.searchKeys;
+    m_projectKeys = list.searchKeys;
+    combine();
+}
+
+void ProjectListModel::setKept(const QList<Project>& projects) {
+    const ProjectList kept = ProjectList::of(projects);
+    if (kept.projects == m_kept.projects)
+        return;
+    m_kept = kept;
+    combine();
+}
+
+void ProjectListModel::combine() {
+    m_rows = m_kept;
+    if (m_kept.projects.isEmpty()) {
+        m_rows = {m_projects, m_projectKeys};
+    } else {
+        for (qsizetype i = 0; i < m_projects.size(); ++i) {
+            if (isKept(m_projects.at(i).domain))
+                continue;
+            m_rows.projects.append(m_projects.at(i));
+            m_rows.searchKeys.append(m_projectKeys.at(i));
+        }
+    }
     filter();
+}
+
+bool ProjectListModel::isKept(const QString& domain) const {
+    return std::any_of(m_kept.projects.begin(), m_kept.projects.end(),
+                       [&domain](const Project& project) { return project.domain == domain; });
+}
+
+std::optional<Project> ProjectListModel::project(const QString& domain) const {
+    const auto found = std::find_if(m_rows.projects.begin(), m_rows.projects.end(),
+                                    [&domain](const Project& project) { return project.domain == domain; });
+    return found == m_rows.projects.end() ? std::nullopt : std::optional(*found);
 }
 
 void ProjectListModel::setSearchText(const QString& text) {
@@ -18,11 +52,14 @@ void ProjectListModel::setSearchText(const QString& text) {
 void ProjectListModel::filter() {
     const QStringList words = searchKey(m_searchText).split(QLatin1Char(' '), Qt::SkipEmptyParts);
     QList<int> visible;
-    for (int i = 0; i < m_keys.size(); ++i) {
-        const QString& key = m_keys.at(i);
+    m_visibleKept = 0;
+    for (int i = 0; i < m_rows.searchKeys.size(); ++i) {
+        const QString& key = m_rows.searchKeys.at(i);
         if (std::all_of(words.begin(), words.end(),
                         [&key](const QString& word) { return key.contains(word); }))
             visible.append(i);
+        if (i + 1 == m_kept.projects.size())
+            m_visibleKept = static_cast<int>(visible.size());
     }
     // Rows that remain are filled anew instead of replaced: making a row costs more than filling it.
     const int before = count();
@@ -50,7 +87,7 @@ void ProjectListModel::refreshOffers() {
 
 int ProjectListModel::rowOf(const QString& domain) const {
     for (int row = 0; row < count(); ++row) {
-        if (m_projects.at(m_visible.at(row)).domain == domain)
+        if (m_rows.projects.at(m_visible.at(row)).domain == domain)
             return row;
     }
     return -1;
@@ -68,7 +105,7 @@ int ProjectListModel::rowCount(const QModelIndex& parent) const {
 QVariant ProjectListModel::data(const QModelIndex& index, int role) const {
     if (!checkIndex(index, CheckIndexOption::IndexIsValid))
         return {};
-    const Project& project = m_projects.at(m_visible.at(index.row()));
+    const Project& project = m_rows.projects.at(m_visible.at(index.row()));
     switch (role) {
     case titleRole:
         return project.title();
@@ -82,12 +119,18 @@ QVariant ProjectListModel::data(const QModelIndex& index, int role) const {
         return m_lookUp(project.domain).connectingSince.value_or(QDateTime());
     case offersRole:
         return m_lookUp(project.domain).offers;
+    case lostRole:
+        return m_lookUp(project.domain).lost;
+    case keptRole:
+        return index.row() < m_visibleKept;
     default:
         return {};
     }
 }
 
 QHash<int, QByteArray> ProjectListModel::roleNames() const {
-    return {{titleRole, "title"},           {domainRole, "domain"}, {connectedRole, "connected"},
-            {connectingRole, "connecting"}, {offersRole, "offers"}, {connectingSinceRole, "connectingSince"}};
+    return {{titleRole, "title"},         {domainRole, "domain"},
+            {connectedRole, "connected"}, {connectingRole, "connecting"},
+            {offersRole, "offers"},       {connectingSinceRole, "connectingSince"},
+            {lostRole, "lost"},           {keptRole, "kept"}};
 }

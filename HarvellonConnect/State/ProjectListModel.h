@@ -16,6 +16,7 @@ struct RowState {
     bool connected = false;
     std::optional<QDateTime> connectingSince; ///< of a mount that is under way
     int offers = 0;                           ///< the actions that the row offers, by ProjectActions::offers
+    bool lost = false;                        ///< the mount has ended by itself
 };
 
 /// The list of projects, the search in it, and the rows that match. Main thread.
@@ -24,6 +25,7 @@ class ProjectListModel : public QAbstractListModel {
     QML_ELEMENT
     QML_UNCREATABLE("Belongs to AppState")
     Q_PROPERTY(int count READ count NOTIFY countChanged)
+    Q_PROPERTY(int keptCount READ keptCount NOTIFY countChanged)
 
   public:
     enum Role {
@@ -33,6 +35,8 @@ class ProjectListModel : public QAbstractListModel {
         connectingRole,           ///< "connecting": bool, a mount is under way
         connectingSinceRole,      ///< "connectingSince": date-time; invalid when not connecting
         offersRole,               ///< "offers": int, a bit for each action that the row offers
+        lostRole,                 ///< "lost": bool, the mount has ended by itself
+        keptRole,                 ///< "kept": bool, mounted, but not in the list of projects
     };
 
     using LookUp = std::function<RowState(const QString& domain)>;
@@ -43,6 +47,18 @@ class ProjectListModel : public QAbstractListModel {
     [[nodiscard]] const QList<Project>& projects() const { return m_projects; }
 
     void setProjects(const ProjectList& list);
+
+    /// Projects that have a row above the others, whatever the list holds: what is mounted must stay in
+    /// reach.
+    void setKept(const QList<Project>& projects);
+
+    [[nodiscard]] bool isKept(const QString& domain) const;
+
+    /// The project of a row, kept or listed.
+    [[nodiscard]] std::optional<Project> project(const QString& domain) const;
+
+    /// How many visible rows are kept ones.
+    [[nodiscard]] int keptCount() const { return m_visibleKept; }
 
     [[nodiscard]] const QString& searchText() const { return m_searchText; }
 
@@ -65,11 +81,15 @@ class ProjectListModel : public QAbstractListModel {
     void countChanged();
 
   private:
+    void combine();
     void filter();
 
     LookUp m_lookUp;
     QList<Project> m_projects;
-    QStringList m_keys; ///< the search key of each project
+    QStringList m_projectKeys; ///< the search key of each project
+    ProjectList m_kept;
+    ProjectList m_rows; ///< kept ones first, then the others
     QList<int> m_visible;
+    int m_visibleKept = 0;
     QString m_searchText;
 };

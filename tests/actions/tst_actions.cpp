@@ -13,6 +13,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
+#include <QtConcurrentRun>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -85,15 +86,28 @@ class TestActions : public QObject {
         QTimer::singleShot(700, this, [&] { QDir().mkdir(folder); });
         QElapsedTimer timer;
         timer.start();
-        QVERIFY(await(waitForDirectory(folder, 2s)));
+        const AskMount ask = [](const QString&, const std::function<bool()>& question) {
+            return std::optional(QtConcurrent::run(question));
+        };
+        const QString domain = u"example.org"_s;
+        QVERIFY(await(waitForDirectory(ask, domain, folder, 2s)));
         QVERIFY(timer.elapsed() >= 700);
-        QVERIFY(!await(waitForDirectory(folder, 0s)));
+        QVERIFY(!await(waitForDirectory(ask, domain, folder, 0s)));
         timer.restart();
-        QVERIFY(!await(waitForDirectory(folder + u"/none"_s, 1s)));
+        QVERIFY(!await(waitForDirectory(ask, domain, folder + u"/none"_s, 1s)));
         QVERIFY(timer.elapsed() >= 1000);
         QFile file(parent.filePath(u"file"_s));
         QVERIFY(file.open(QIODevice::WriteOnly));
-        QVERIFY(!await(waitForDirectory(file.fileName(), 1s)));
+        QVERIFY(!await(waitForDirectory(ask, domain, file.fileName(), 1s)));
+        const AskMount unmounted = [](const QString&, const std::function<bool()>&) {
+            return std::optional<QFuture<bool>>();
+        };
+        QVERIFY(!await(waitForDirectory(unmounted, domain, folder, 2s)));
+
+        QVERIFY(QFile::link(u"../elsewhere"_s, parent.filePath(u"link"_s)));
+        QVERIFY(await(isBrokenLink(ask, domain, parent.filePath(u"link"_s), 1s)));
+        QVERIFY(!await(isBrokenLink(ask, domain, folder, 1s)));
+        QVERIFY(!await(isBrokenLink(ask, domain, folder + u"/none"_s, 1s)));
     }
 
     void dotenv_data() {

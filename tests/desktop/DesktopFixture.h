@@ -39,7 +39,7 @@ class DesktopFixture {
         DesktopCommands commands;
         commands.togglePanel = [this] { statusBar->toggle(); };
         commands.copyText = [this](const QString& text) { copied = text; };
-        commands.tellMountEnded = [](const QString&) {};
+        commands.tellMountsEnded = [](const QStringList&) {};
         state = std::make_unique<AppState>(
             AppServices{host, ServerAddress::checked(server), shell, *keychain, *preferences, network},
             commands);

@@ -58,7 +58,7 @@ class TestNotifications : public QObject {
         QVERIFY(service.isThere);
         desktop.signIn("erika");
         const QString domain = desktop.state->projects().at(4).domain;
-        desktop.statusBar->notifyMountEnded(domain);
+        desktop.statusBar->notifyMountsEnded({domain});
         QTRY_COMPARE(service.bodies.size(), 1);
         QCOMPARE(service.actions, (QStringList{u"default"_s, u"Öffnen"_s}));
         desktop.statusBar->notify(u"Titel"_s, u"1 < 2 & 3"_s);

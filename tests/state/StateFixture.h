@@ -50,7 +50,7 @@ class StateFixture : public QObject {
         DesktopCommands desktop;
         desktop.togglePanel = [] {};
         desktop.copyText = [this](const QString& text) { m_copied = text; };
-        desktop.tellMountEnded = [this](const QString& domain) { m_ended.append(domain); };
+        desktop.tellMountsEnded = [this](const QStringList& domains) { m_ended += domains; };
         m_state = std::make_unique<AppState>(AppServices{host, ServerAddress::checked(m_platform->server()),
                                                          *m_shell, *m_keychain, *m_preferences, *m_network},
                                              desktop);

@@ -7,6 +7,8 @@ Column {
 
     required property listNotice notice
 
+    signal retryRequested
+
     Accessible.description: notice.text
     Accessible.name: notice.title
     Accessible.role: Accessible.StaticText
@@ -37,5 +39,21 @@ Column {
         text: view.notice.text
         width: view.width
         wrapMode: Text.Wrap
+    }
+
+    Item {
+        height: 8
+        visible: retry.visible
+        width: 1
+    }
+
+    TextButton {
+        id: retry
+
+        anchors.horizontalCenter: parent.horizontalCenter
+        text: "Erneut versuchen"
+        visible: view.notice.retry
+
+        onClicked: view.retryRequested()
     }
 }

@@ -15,7 +15,8 @@ ListNotice listNotice(const PanelFacts& facts) {
                 QStringLiteral("Die Anmeldung geht im Browser weiter.")};
     if (!facts.signedIn && facts.hasAccount)
         return {QStringLiteral("arrow.clockwise"), QStringLiteral("Projekte nicht geladen"),
-                QStringLiteral("Aktualisieren versucht es erneut. Hilft das nicht, melde dich neu an.")};
+                QStringLiteral("Aktualisieren versucht es erneut. Hilft das nicht, melde dich neu an."),
+                true};
     if (!facts.signedIn)
         return {QStringLiteral("person.crop.circle"), QStringLiteral("Noch keine Projekte"),
                 QStringLiteral("Nach der Anmeldung erscheinen hier alle Projekte des Accounts.")};
@@ -42,9 +43,12 @@ void PanelContent::setState(AppState* state) {
 }
 
 void PanelContent::update() {
-    m_facts = {m_state->signedIn(),     m_state->isAuthenticating(),
-               m_state->isLoading(),    m_state->activeAccountID().has_value(),
-               m_state->projectCount(), m_state->visibleProjects()->count(),
+    m_facts = {m_state->signedIn(),
+               m_state->isAuthenticating(),
+               m_state->isLoading(),
+               m_state->activeAccountID().has_value(),
+               m_state->projectCount(),
+               m_state->visibleProjects()->count() - m_state->visibleProjects()->keptCount(),
                m_state->searchText()};
     Q_EMIT changed();
 }

@@ -13,11 +13,13 @@ struct ListNotice {
     Q_PROPERTY(QString symbol MEMBER symbol CONSTANT)
     Q_PROPERTY(QString title MEMBER title CONSTANT)
     Q_PROPERTY(QString text MEMBER text CONSTANT)
+    Q_PROPERTY(bool retry MEMBER retry CONSTANT)
 
   public:
     QString symbol;
     QString title;
     QString text;
+    bool retry = false; ///< offers to load the list again
 
     bool operator==(const ListNotice&) const = default;
 };
@@ -29,7 +31,7 @@ struct PanelFacts {
     bool loading = false;
     bool hasAccount = false; ///< a login is stored, even if its profile is not loaded yet
     int projects = 0;
-    int visible = 0;
+    int visible = 0; ///< rows of the list, without the kept ones above it
     QString searchText;
 };
 

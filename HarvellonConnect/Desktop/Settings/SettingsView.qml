@@ -56,7 +56,7 @@ FocusScope {
     }
 
     AccountsSection {
-        height: 132 + view.extra
+        height: 112 + view.extra
         state: view.state
         width: view.cardWidth
         x: Theme.settingsMargin
@@ -66,21 +66,21 @@ FocusScope {
     SectionLabel {
         text: "Tastatur und Start"
         x: Theme.settingsMargin
-        y: 214 + view.extra
+        y: 190 + view.extra
     }
 
     StartSection {
-        height: 92
+        height: 126
         state: view.state
         width: view.cardWidth
         x: Theme.settingsMargin
-        y: 234 + view.extra
+        y: 210 + view.extra
     }
 
     SectionLabel {
         text: "Über"
         x: Theme.settingsMargin
-        y: 338 + view.extra
+        y: 346 + view.extra
     }
 
     AboutSection {
@@ -88,6 +88,6 @@ FocusScope {
         versionText: view.versionText
         width: view.cardWidth
         x: Theme.settingsMargin
-        y: 358 + view.extra
+        y: 366 + view.extra
     }
 }

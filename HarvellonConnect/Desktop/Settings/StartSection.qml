@@ -32,4 +32,14 @@ Card {
 
         onToggled: wanted => card.state.startsAtLogin = wanted
     }
+
+    SwitchRow {
+        height: 38
+        on: card.state.reconnectsAtStart
+        text: "Beim Start wieder verbinden"
+        width: parent.width
+        y: 84
+
+        onToggled: wanted => card.state.reconnectsAtStart = wanted
+    }
 }

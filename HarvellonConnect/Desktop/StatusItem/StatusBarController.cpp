@@ -190,13 +190,16 @@ void StatusBarController::showProject(const QString& domain) {
     Q_EMIT m_panelController.projectChosen(domain);
 }
 
-void StatusBarController::notifyMountEnded(const QString& domain) {
-    QString title = domain;
-    for (const Project& project : m_state->projects()) {
-        if (project.domain == domain)
-            title = project.title();
+void StatusBarController::notifyMountsEnded(const QStringList& domains) {
+    if (domains.size() > 1) {
+        m_notifications.show(QStringLiteral("%1 Verbindungen unerwartet beendet").arg(domains.size()),
+                             domains.join(QLatin1Char('\n')), domains.first());
+        return;
     }
-    m_notifications.show(title, QStringLiteral("Die Verbindung zu %1 wurde unerwartet beendet.").arg(domain),
+    const QString domain = domains.value(0);
+    const std::optional<Project> project = m_state->visibleProjects()->project(domain);
+    m_notifications.show(project ? project->title() : domain,
+                         QStringLiteral("Die Verbindung zu %1 wurde unerwartet beendet.").arg(domain),
                          domain);
 }
 

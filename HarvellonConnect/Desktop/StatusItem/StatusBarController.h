@@ -40,9 +40,9 @@ class StatusBarController : public QObject {
 
     /// Opens the panel with the row of a project selected.
     void showProject(const QString& domain);
-    /// Shows a notification that a mount ended unexpectedly; a click on it opens the panel at the project's
-    /// row.
-    void notifyMountEnded(const QString& domain);
+    /// Shows one notification that mounts ended unexpectedly; a click on it opens the panel at the first
+    /// one's row.
+    void notifyMountsEnded(const QStringList& domains);
     /// Shows a notification; a click on it opens the panel.
     void notify(const QString& title, const QString& text);
 

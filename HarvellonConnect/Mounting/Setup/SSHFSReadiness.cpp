@@ -45,3 +45,18 @@ QCoro::Task<SSHFSReadiness> diagnoseSSHFS(HostSystem host, Shell& shell) {
         co_return SSHFSReadiness{SSHFSReadiness::State::notStarting, error.description()};
     }
 }
+
+QCoro::Task<bool> canFollowLinks(HostSystem host, Shell& shell) {
+    const std::optional<QString> path = sshfsPath(host);
+    if (!path)
+        co_return false;
+    const QStringList arguments{QStringLiteral("--help")};
+    const QString executable = *path;
+    try {
+        const ShellResult result = co_await shell.run(executable, arguments, probeLimit);
+        const QString help = result.stdout + result.stderr;
+        co_return help.contains(QStringLiteral("follow_symlinks"));
+    } catch (const ShellError&) {
+        co_return false;
+    }
+}

@@ -23,5 +23,8 @@ std::optional<QString> sshfsPath(const HostSystem& host);
 /// The state that the output of `sshfs --version` (standard output, then standard error) shows.
 SSHFSReadiness classifyProbe(const QString& probe);
 
+/// Whether the installed sshfs can let the server follow symbolic links. Never throws. Main thread.
+QCoro::Task<bool> canFollowLinks(HostSystem host, Shell& shell);
+
 /// Finds sshfs and starts it once with `--version`. Never throws. Main thread.
 QCoro::Task<SSHFSReadiness> diagnoseSSHFS(HostSystem host, Shell& shell);

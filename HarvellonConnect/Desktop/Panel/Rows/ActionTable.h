@@ -14,6 +14,7 @@ struct ShownAction {
     Q_PROPERTY(int target READ target CONSTANT)
     Q_PROPERTY(QString symbol READ symbol CONSTANT)
     Q_PROPERTY(QString help READ help CONSTANT)
+    Q_PROPERTY(QString helpWhenLost READ helpWhenLost CONSTANT)
     Q_PROPERTY(QString keys READ keys CONSTANT)
     Q_PROPERTY(QColor tintLight READ tintLight CONSTANT)
     Q_PROPERTY(QColor tintDark READ tintDark CONSTANT)
@@ -30,6 +31,8 @@ struct ShownAction {
     [[nodiscard]] QString symbol() const { return action->symbol; }
 
     [[nodiscard]] QString help() const { return action->help; }
+
+    [[nodiscard]] QString helpWhenLost() const { return action->helpWhenLost; }
 
     [[nodiscard]] QString keys() const { return keyText(action->shortcut); }
 

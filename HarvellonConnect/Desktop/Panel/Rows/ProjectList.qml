@@ -13,6 +13,9 @@ Card {
     required property PanelKeys keys
     required property PanelSpeech speech
 
+    /// Of the rows that stand above the list.
+    readonly property int keptHeight: state.visibleProjects.keptCount * Theme.rowHeight
+
     Accessible.name: "Projekte"
     Accessible.role: Accessible.List
 
@@ -92,13 +95,17 @@ Card {
     Loader {
         active: card.content.firstLoad
         anchors.fill: list
+        anchors.topMargin: card.keptHeight
 
         source: "GhostRows.qml"
     }
 
     ListNoticeView {
         anchors.centerIn: parent
+        anchors.verticalCenterOffset: card.keptHeight / 2
         notice: card.content.notice
         width: parent.width - 80
+
+        onRetryRequested: card.state.refresh()
     }
 }

@@ -13,6 +13,8 @@ Item {
     required property bool connecting
     required property date connectingSince
     required property int offers
+    required property bool lost
+    required property bool kept
     required property int index
 
     property bool current: false
@@ -23,10 +25,10 @@ Item {
 
     readonly property real railStart: rail.x + ActionTable.firstSlot(offers)
     // Reserve room for three digits of seconds, so that the name does not move while the number grows.
-    readonly property real markStart: connecting ? railStart - 12 - 128 : connected ? mark.x : railStart
+    readonly property real markStart: connecting ? railStart - 12 - 128 : connected || lost ? mark.x : railStart
     readonly property bool lit: pointer.hovered || current
 
-    Accessible.description: connected ? "Gemountet" : connecting ? "Verbinde ..." : "Nicht verbunden"
+    Accessible.description: connected ? (kept ? "Noch verbunden" : "Gemountet") : connecting ? "Verbinde ..." : lost ? "Unterbrochen" : "Nicht verbunden"
     Accessible.name: title === domain ? title : title + ", " + domain
     Accessible.role: Accessible.ListItem
     Accessible.selectable: true
@@ -76,9 +78,9 @@ Item {
     RowMarkLoader {
         id: mark
 
-        active: row.connected || row.connecting
+        active: row.connected || row.connecting || row.lost
         since: row.connectingSince
-        sourceComponent: row.connected ? mountMark : connectingMark
+        sourceComponent: row.connected ? mountMark : row.connecting ? connectingMark : lostMark
         x: row.railStart - 12 - width
         y: 10
     }
@@ -86,7 +88,15 @@ Item {
     Component {
         id: mountMark
 
-        MountMark {}
+        MountMark {
+            text: row.kept ? "noch verbunden" : "Gemountet"
+        }
+    }
+
+    Component {
+        id: lostMark
+
+        LostMark {}
     }
 
     Component {
@@ -102,6 +112,7 @@ Item {
         current: row.tabStop
         domain: row.domain
         height: row.height
+        lost: row.lost
         offers: row.offers
         state: row.state
         x: row.width - 6 - width

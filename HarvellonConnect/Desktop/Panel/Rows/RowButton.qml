@@ -8,6 +8,7 @@ BareIconButton {
     required property shownAction action
     required property ButtonRail rail
     required property bool connecting
+    required property bool lost
 
     readonly property color iconTint: Theme.dark ? action.tintDark : action.tintLight
 
@@ -17,7 +18,7 @@ BareIconButton {
     Accessible.onPressAction: button.clicked(false)
     activeFocusOnTab: rail.current
     enabled: !(action.restsWhileConnecting && connecting)
-    help: action.help
+    help: lost && action.helpWhenLost !== "" ? action.helpWhenLost : action.help
     hoverTint: action.dangerous ? Theme.danger : iconTint
     isHovered: rail.hoveredButton === action.target
     keys: action.keys

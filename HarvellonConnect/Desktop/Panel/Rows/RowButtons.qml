@@ -9,6 +9,7 @@ ButtonRail {
     /// A bit for each action: 1 << target.
     required property int offers
     required property bool connecting
+    required property bool lost
 
     width: ActionTable.railWidth
 
@@ -20,6 +21,7 @@ ButtonRail {
 
             action: modelData
             connecting: rail.connecting
+            lost: rail.lost
             rail: rail
             visible: rail ? (rail.offers & 1 << action.target) !== 0 : false // no rail while the row is destroyed
         }
