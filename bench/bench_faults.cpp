@@ -3,7 +3,7 @@
 #include "bench/LoopWatch.h"
 #include "bench/Measured.h"
 
-#include "System/Native/MountTable.h"
+#include "System/Tables/MountTable.h"
 #include "desktop/DesktopFixture.h"
 #include "support/Leftovers.h"
 

@@ -1,6 +1,6 @@
 #include "Mounting/LeftoverMounts.h"
 
-#include "System/Native/MountTable.h"
+#include "System/Tables/MountTable.h"
 
 namespace {
 /// The mount table tells our mounts by the name that the mount options give them (see mountOptions), or,

@@ -8,7 +8,7 @@
 #include "Mounting/Unmounting.h"
 #include "System/Async.h"
 #include "System/Logging.h"
-#include "System/Native/MountTable.h"
+#include "System/Tables/MountTable.h"
 
 #include <QDeadlineTimer>
 

@@ -1,7 +1,7 @@
 #include "Mounting/MountPointFolder.h"
 
 #include "Mounting/MounterError.h"
-#include "System/Native/MountTable.h"
+#include "System/Tables/MountTable.h"
 
 #include <QDir>
 #include <QFile>

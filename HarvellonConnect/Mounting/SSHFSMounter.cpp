@@ -9,7 +9,7 @@
 #include "Mounting/Unmounting.h"
 #include "System/Async.h"
 #include "System/Logging.h"
-#include "System/Native/MountTable.h"
+#include "System/Tables/MountTable.h"
 
 #include <QCoroFuture>
 #include <QDeadlineTimer>
@@ -29,12 +29,9 @@ QCoro::Task<bool> allFinishWithin(QList<QFuture<void>> futures, std::chrono::mil
     co_return true;
 }
 
-MounterError refusal(const QString& reason) {
-    return MounterError(MounterError::Case::mountFailed, reason);
-}
-
 MounterError closedRefusal() {
-    return refusal(QStringLiteral("Alle Verbindungen werden gerade getrennt."));
+    return MounterError(MounterError::Case::mountFailed,
+                        QStringLiteral("Alle Verbindungen werden gerade getrennt."));
 }
 
 /// Waits for an unmount, however it goes.
@@ -80,7 +77,8 @@ void SSHFSMounter::refuseUnlessMountable(const Project& project) const {
     if (m_closed)
         throw closedRefusal();
     if (m_running->attempts.contains(project.domain))
-        throw refusal(QStringLiteral("%1 wird bereits verbunden.").arg(project.domain));
+        throw MounterError(MounterError::Case::mountFailed,
+                           QStringLiteral("%1 wird bereits verbunden.").arg(project.domain));
 }
 
 QCoro::Task<MountSession> SSHFSMounter::mount(Project project, Links links) {
@@ -114,10 +112,6 @@ void SSHFSMounter::addSession(const MountSession& session) {
 void SSHFSMounter::watchEnd(const MountSession& session) {
     connect(session.process.get(), &SSHFSProcess::ended, this,
             [this, domain = session.domain](qint32 exitCode) { handleUnexpectedEnd(domain, exitCode); });
-}
-
-QCoro::Task<UnmountResult> SSHFSMounter::unmount(QString domain) {
-    return unmountWithin(domain, m_limits.unmount);
 }
 
 QCoro::Task<UnmountResult> SSHFSMounter::unmountWithin(QString domain, UnmountLimits limits) {
@@ -218,7 +212,6 @@ std::optional<QFuture<bool>> SSHFSMounter::ask(const QString& domain,
 }
 
 QCoro::Task<QList<Project>> SSHFSMounter::detachIdle() {
-    const QPointer<SSHFSMounter> guard(this);
     QList<Project> detached;
     std::vector<std::pair<Project, QCoro::Task<bool>>> detaching;
     for (const MountSession& session : m_sessions.values()) {
@@ -269,10 +262,10 @@ QCoro::Task<> SSHFSMounter::unmountAll() {
     for (const auto& attempt : std::as_const(m_running->attempts))
         ends.append(attempt->finished());
     const bool inTime = co_await allFinishWithin(ends, m_limits.killAfter);
-    if (!inTime && guard) {
-        killAll();
-        co_await allFinishWithin(ends, afterKill);
-    }
+    if (inTime || !guard)
+        co_return;
+    killAll();
+    co_await allFinishWithin(ends, afterKill);
 }
 
 QCoro::Task<> SSHFSMounter::unmountQuietly(QString domain, UnmountLimits limits) {

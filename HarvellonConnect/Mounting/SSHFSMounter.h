@@ -74,7 +74,7 @@ class SSHFSMounter : public QObject {
     /// there is neither. While the server answers or bytes are moving, files in use are not cut off. A second
     /// caller gets the outcome of the unmount in progress. Throws MounterError::unmountFailed when every
     /// command failed; the session is removed even then.
-    QCoro::Task<UnmountResult> unmount(QString domain);
+    QCoro::Task<UnmountResult> unmount(QString domain) { return unmountWithin(domain, m_limits.unmount); }
 
     /// Asks the file system of a mounted domain on a worker thread; see MountQuestions. Nothing when the
     /// domain is not mounted.

@@ -3,8 +3,8 @@
 #include "Mounting/MountQuestions.h"
 #include "Mounting/SSHFSProcess.h"
 #include "System/Async.h"
-#include "System/Native/OpenFiles.h"
-#include "System/Native/ProcessGroup.h"
+#include "System/Tables/OpenFiles.h"
+#include "System/Tables/ProcessGroup.h"
 
 #include <QDeadlineTimer>
 #include <QFileInfo>

@@ -3,7 +3,7 @@
 #include "Mounting/SSHFSProcess.h"
 #include "Mounting/ServerState.h"
 #include "System/Async.h"
-#include "System/Native/MountTable.h"
+#include "System/Tables/MountTable.h"
 
 namespace {
 /// Nothing when the command succeeded, else what it printed.

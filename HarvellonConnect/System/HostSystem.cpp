@@ -48,8 +48,8 @@ HostSystem HostSystem::linuxDesktop(const QString& homeFolder, const QString& os
         homeFolder + QStringLiteral("/.config/autostart/com.harvellon.HarvellonConnect.desktop");
     host.temporaryFolder = QDir::tempPath();
     host.sshfsCandidates = sshfsPaths;
-    // sshfs remembers sizes for 20 seconds; with the kernel remembering none, opening a file asks anew. Otherwise a
-    // file that has grown on the server meanwhile is read only up to its former size.
+    // sshfs remembers sizes for 20 seconds; with the kernel remembering none, opening a file asks anew.
+    // Otherwise a file that has grown on the server meanwhile is read only up to its former size.
     host.platformMountOptions = {QStringLiteral("attr_timeout=0")};
     host.volumeNameOption = QStringLiteral("fsname");
     const QString fusermount = QStringLiteral("/usr/bin/fusermount3");

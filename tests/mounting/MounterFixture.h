@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Mounting/SSHFSMounter.h"
-#include "System/Native/MountTable.h"
+#include "System/Tables/MountTable.h"
 #include "sandbox/Sandbox.h"
 #include "sandbox/ssh/ProjectTrees.h"
 #include "sandbox/ssh/SlowLine.h"

@@ -221,20 +221,6 @@ class TestLongDay : public MounterFixture {
             ::kill(pid, SIGKILL);
         QTRY_COMPARE(ended, 1); // the mount that stayed is still watched
     }
-
-    void sleepWaitsForNoSilentServer() {
-        useLine();
-        QCOMPARE(mountFailure(project(0)), u"none"_s);
-        m_line->freezeConnections();
-        std::thread reader([path = mountPoint(0)] { QFile::exists(path + u"/web/unbekannt"_s); });
-        QTRY_COMPARE(blockedThreads(), 1);
-        QElapsedTimer timer;
-        timer.start();
-        await(m_mounter->detachIdle());
-        QVERIFY2(timer.elapsed() < 2000, qPrintable(QString::number(timer.elapsed())));
-        await(m_mounter->unmountAll());
-        reader.join();
-    }
 };
 
 QTEST_GUILESS_MAIN(TestLongDay)

@@ -84,7 +84,7 @@ class StateFixture : public QObject {
         qFatal("no such project");
     }
 
-  private Q_SLOTS:
+  protected Q_SLOTS:
 
     void initTestCase() {
         m_searchPath = qgetenv("PATH");

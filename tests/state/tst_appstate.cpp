@@ -1,6 +1,6 @@
 #include "StateFixture.h"
 
-#include "System/Native/MountTable.h"
+#include "System/Tables/MountTable.h"
 
 #include <QFile>
 

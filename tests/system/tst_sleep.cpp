@@ -104,41 +104,6 @@ class TestSleep : public QObject {
         QVERIFY2(timer.elapsed() > limit.count() / 2, qPrintable(QString::number(timer.elapsed())));
     }
 
-    void theLimitOfOneSleepDoesNotReachTheNext() {
-        constexpr auto limit = 400ms;
-        const Program program(limit);
-        QTRY_VERIFY(m_manager->lockIsHeld());
-        m_manager->sleep();
-        QTRY_COMPARE(program.sleeps.size(), 1);
-        m_manager->wake(); // called off
-        QTRY_COMPARE(program.wakes.size(), 1);
-        QTest::qWait(2 * limit.count());
-        QVERIFY(m_manager->lockIsHeld());
-        QCOMPARE(m_manager->requests.size(), 1);
-    }
-
-    void repeatedAnnouncementsAreOne() {
-        Program program;
-        QTRY_VERIFY(m_manager->lockIsHeld());
-        m_manager->wake(); // alone: the program did not hear of the sleep
-        QTRY_COMPARE(program.wakes.size(), 1);
-        m_manager->sleep();
-        m_manager->sleep();
-        QTRY_COMPARE(program.sleeps.size(), 1);
-        QTest::qWait(quiet);
-        QVERIFY(m_manager->lockIsHeld());
-        program.monitor.allowSleep();
-        m_manager->sleep();
-        QTRY_VERIFY(!m_manager->lockIsHeld());
-        m_manager->wake();
-        m_manager->wake();
-        QTRY_COMPARE(program.wakes.size(), 3);
-        QTRY_VERIFY(m_manager->lockIsHeld());
-        QTest::qWait(quiet);
-        QCOMPARE(m_manager->requests.size(), 2);
-        QCOMPARE(program.sleeps.size(), 1);
-    }
-
     void sleepThatOvertakesTheLock_data() {
         QTest::addColumn<QByteArray>("then");
         QTest::addColumn<int>("locks");
@@ -173,31 +138,6 @@ class TestSleep : public QObject {
         QTRY_COMPARE(program.wakes.size(), 1);
     }
 
-    void aRefusedLockIsAskedForAfterWaking() {
-        m_manager->sleep();
-        Program program;
-        QTRY_COMPARE(m_manager->requests.size(), 1);
-        QTest::qWait(quiet);
-        QVERIFY(!m_manager->lockIsHeld());
-        m_manager->wake();
-        QTRY_VERIFY(m_manager->lockIsHeld());
-        QCOMPARE(program.wakes.size(), 1);
-        m_manager->sleep();
-        QTRY_COMPARE(program.sleeps.size(), 1);
-    }
-
-    void aLoginManagerMayStartLater() {
-        m_manager->stop();
-        Program program;
-        QTest::qWait(quiet);
-        QVERIFY(m_manager->start(m_bus.address()));
-        QTRY_VERIFY(m_manager->lockIsHeld());
-        QCOMPARE(m_manager->requests.size(), 1);
-        m_manager->sleep();
-        QTRY_COMPARE(program.sleeps.size(), 1);
-        QCOMPARE(program.wakes.size(), 0);
-    }
-
     void aRestartedLoginManagerIsFollowed() {
         Program program;
         QTRY_VERIFY(m_manager->lockIsHeld());
@@ -230,21 +170,6 @@ class TestSleep : public QObject {
         QTRY_COMPARE(program.sleeps.size(), 1);
     }
 
-    void childrenDoNotInheritTheLock() {
-        Program program;
-        QTRY_VERIFY(m_manager->lockIsHeld());
-        QProcess child;
-        child.start(u"/bin/sleep"_s, {u"60"_s});
-        QVERIFY(child.waitForStarted());
-        m_manager->sleep();
-        QTRY_COMPARE(program.sleeps.size(), 1);
-        program.monitor.allowSleep();
-        QTRY_VERIFY(!m_manager->lockIsHeld());
-        QCOMPARE(child.state(), QProcess::Running);
-        child.kill();
-        child.waitForFinished();
-    }
-
     void theEndOfTheProgramReleasesTheLock() {
         auto program = std::make_unique<Program>();
         QTRY_VERIFY(m_manager->lockIsHeld());
@@ -273,19 +198,6 @@ class TestSleep : public QObject {
         QCOMPARE(program.sleeps.size(), 500);
         QCOMPARE(program.wakes.size(), 500);
         QTRY_VERIFY(openDescriptors() <= before); // fewer: an earlier test closes in the background
-    }
-
-    void withoutABusNothingIsTold() {
-        Program early;
-        QTRY_VERIFY(m_manager->lockIsHeld());
-        m_bus.stop();
-        Program late;
-        QTest::qWait(quiet);
-        for (Program* program : {&early, &late}) {
-            program->monitor.allowSleep();
-            QCOMPARE(program->sleeps.size(), 0);
-            QCOMPARE(program->wakes.size(), 0);
-        }
     }
 };
 

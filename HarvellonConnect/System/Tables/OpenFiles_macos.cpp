@@ -1,4 +1,4 @@
-#include "System/Native/OpenFiles.h"
+#include "System/Tables/OpenFiles.h"
 
 #include <QFile>
 

@@ -1,4 +1,4 @@
-#include "System/Native/MountTable.h"
+#include "System/Tables/MountTable.h"
 
 #include <QFile>
 

@@ -1,4 +1,4 @@
-#include "System/Native/ProcessGroup.h"
+#include "System/Tables/ProcessGroup.h"
 
 #include <QByteArray>
 #include <QFile>

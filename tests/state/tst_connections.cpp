@@ -1,0 +1,284 @@
+#include "StateFixture.h"
+
+#include "Mounting/ServerState.h"
+#include "System/Tables/MountTable.h"
+#include "sandbox/ssh/ProjectTrees.h"
+#include "sandbox/ssh/SlowLine.h"
+#include "support/Leftovers.h"
+#include "support/OwnNetwork.h"
+#include "support/PrivateBus.h"
+#include "support/StandInLoginManager.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+
+#include <csignal>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+bool hasOwnNetwork = false; ///< the tests may change the network, because nobody else uses it
+
+int bit(HoverTarget target) {
+    return 1 << static_cast<int>(target);
+}
+} // namespace
+
+/// Connections over the day: lists that fail, other accounts, mounts that end, sleep, networks, restarts.
+class TestConnections : public StateFixture {
+    Q_OBJECT
+
+    PrivateBus m_bus;
+    StandInLoginManager m_loginManager;
+
+    [[nodiscard]] QVariant shown(const QString& domain, int role) const {
+        const ProjectListModel& rows = *m_state->visibleProjects();
+        return rows.index(rows.rowOf(domain)).data(role);
+    }
+
+    [[nodiscard]] QString mountPoint(int index) const {
+        return m_home->path() + u"/Harvellon/"_s + m_platform->people().at(0).projects.at(index).domain;
+    }
+
+    void connectTo(int index) {
+        await(m_state->parts().connections.connect(project(index)));
+        QVERIFY(m_state->connectedDomains().contains(project(index).domain));
+    }
+
+    static void killSshfs(const QString& folder) {
+        for (const pid_t pid : processesWith(folder))
+            ::kill(pid, SIGKILL);
+    }
+
+    void loseTheList() {
+        Fault broken;
+        broken.status = 500;
+        m_platform->setFault(Endpoint::directory, broken);
+        await(m_state->parts().loading.refresh());
+        QVERIFY(m_state->projects().isEmpty());
+        m_platform->setFault(Endpoint::directory, {});
+    }
+
+  private Q_SLOTS:
+
+    void init() {
+        m_bus.start();
+        qputenv("DBUS_SYSTEM_BUS_ADDRESS", m_bus.address().toUtf8());
+        QVERIFY(m_loginManager.start(m_bus.address()));
+        StateFixture::init();
+        signIn("erika");
+        QCOMPARE(m_state->projects().size(), 12);
+    }
+
+    void cleanup() {
+        StateFixture::cleanup();
+        m_loginManager.stop();
+    }
+
+    void whatIsMountedStaysInReach() {
+        const Project mounted = project(0);
+        connectTo(0);
+        QCOMPARE(m_state->visibleProjects()->keptCount(), 0);
+        loseTheList();
+        QCOMPARE(m_state->visibleProjects()->count(), 1);
+        QCOMPARE(shown(mounted.domain, ProjectListModel::keptRole).toBool(), true);
+        const int offers = shown(mounted.domain, ProjectListModel::offersRole).toInt();
+        for (const HoverTarget target :
+             {HoverTarget::disconnect, HoverTarget::vscode, HoverTarget::finder, HoverTarget::ssh})
+            QVERIFY(offers & bit(target));
+        m_state->setSearchText(u"gibt es nicht"_s);
+        QCOMPARE(m_state->visibleProjects()->count(), 0);
+        m_state->setSearchText({});
+        m_state->perform(static_cast<int>(HoverTarget::disconnect), mounted.domain, false);
+        QTRY_COMPARE(m_state->visibleProjects()->count(), 0);
+        QVERIFY(!MountTable::lists(mountPoint(0)));
+
+        await(m_state->parts().loading.refresh());
+        connectTo(0);
+        await(m_state->parts().accounts.removeAccount(*m_state->activeAccountID()));
+        QCOMPARE(m_state->visibleProjects()->keptCount(), 1);
+        signIn("erika"); // the list holds it again
+        QCOMPARE(m_state->visibleProjects()->keptCount(), 0);
+        QCOMPARE(m_state->visibleProjects()->count(), 12);
+    }
+
+    void endedMountsAreShownUntilTheyAreDealtWith() {
+        for (const int index : {0, 1})
+            connectTo(index);
+        const QStringList domains{project(0).domain, project(1).domain};
+        m_ended.clear();
+        for (const int index : {0, 1})
+            killSshfs(mountPoint(index));
+        QTRY_COMPARE(m_state->connectedDomains().size(), 0);
+        for (const QString& domain : domains) {
+            QVERIFY(shown(domain, ProjectListModel::lostRole).toBool());
+            QVERIFY(shown(domain, ProjectListModel::offersRole).toInt() & bit(HoverTarget::connect));
+        }
+        QVERIFY(m_ended.isEmpty()); // told together, after a moment
+        QTRY_COMPARE(m_ended.size(), 2);
+        loseTheList();
+        QCOMPARE(m_state->visibleProjects()->count(), 2);
+        await(m_state->parts().loading.refresh());
+        connectTo(0);
+        QVERIFY(!shown(domains.at(0), ProjectListModel::lostRole).toBool());
+        await(m_state->parts().connections.disconnect(domains.at(1), false));
+        QVERIFY(!shown(domains.at(1), ProjectListModel::lostRole).toBool());
+    }
+
+    void mountsComeBackAtTheStart_data() {
+        QTest::addColumn<bool>("wanted");
+        QTest::addColumn<bool>("crash");
+        QTest::newRow("after a crash") << true << true;
+        QTest::newRow("after the end") << true << false;
+        QTest::newRow("not wanted") << false << false;
+    }
+
+    void mountsComeBackAtTheStart() {
+        QFETCH(const bool, wanted);
+        QFETCH(const bool, crash);
+        QVERIFY(!m_state->reconnectsAtStart());
+        m_state->setReconnectsAtStart(wanted);
+        for (const int index : {0, 1})
+            connectTo(index);
+        await(m_state->parts().connections.disconnect(project(1).domain, false));
+        if (!crash)
+            await(m_state->shutDown());
+        m_shell->opened.clear();
+        start();
+        QCOMPARE(m_state->reconnectsAtStart(), wanted);
+        if (wanted)
+            QTRY_COMPARE(m_state->connectedDomains(), QSet<QString>{project(0).domain});
+        else
+            QTest::qWait(700);
+        QCOMPARE(MountTable::lists(mountPoint(0)), wanted);
+        QVERIFY(!MountTable::lists(mountPoint(1)));
+        QVERIFY(m_shell->opened.filter(u"code"_s).isEmpty());
+    }
+
+    void sleepTakesIdleMountsAndWakingBringsThemBack() {
+        for (const int index : {0, 1, 2})
+            connectTo(index);
+        QTRY_VERIFY(m_loginManager.lockIsHeld());
+        QFile inUse(mountPoint(1) + u"/neu.txt"_s);
+        QVERIFY(inUse.open(QIODevice::WriteOnly));
+        m_shell->opened.clear();
+        QElapsedTimer timer;
+        timer.start();
+        m_loginManager.sleep();
+        QTRY_VERIFY(!m_loginManager.lockIsHeld());
+        QVERIFY2(timer.elapsed() < 2000, qPrintable(QString::number(timer.elapsed())));
+        QCOMPARE(m_state->connectedDomains().size(), 3); // published at fixed moments only
+        for (const int index : {0, 2})
+            QVERIFY(!MountTable::lists(mountPoint(index)));
+        QVERIFY(MountTable::lists(mountPoint(1)));
+        inUse.close();
+
+        m_platform->ssh().stop(); // the network is not back yet
+        m_loginManager.wake();
+        QTest::qWait(600);
+        m_platform->ssh().start();
+        timer.restart();
+        QTRY_VERIFY(MountTable::lists(mountPoint(0)) && MountTable::lists(mountPoint(2)));
+        QVERIFY2(timer.elapsed() < 5000, qPrintable(QString::number(timer.elapsed())));
+        QTRY_COMPARE(m_state->parts().sshfsMounter.connectedDomains().size(), 3);
+        QVERIFY(m_shell->opened.filter(u"code"_s).isEmpty());
+        QTRY_VERIFY(m_loginManager.lockIsHeld()); // for the next sleep
+    }
+
+    void anotherNetworkRenewsConnectionsAndTheList() {
+        if (!hasOwnNetwork)
+            QSKIP("this user may not change a network");
+        sandbox::SlowLine line(m_platform->ssh().port());
+        m_platform->ssh().letClientsUse(line.port());
+        connectTo(0);
+        m_platform->ssh().letClientsUse(m_platform->ssh().port());
+        line.freezeConnections();
+        loseTheList();
+        QElapsedTimer timer;
+        timer.start();
+        QVERIFY(OwnNetwork::ipBatch({u"link add v0 type veth peer name v1"_s,
+                                     u"address add 192.0.2.1/24 dev v0"_s, u"link set v0 up"_s,
+                                     u"link set v1 up"_s}));
+        QTRY_COMPARE(m_state->projects().size(), 12);
+        const std::optional<QFuture<bool>> listed = m_state->parts().sshfsMounter.ask(
+            project(0).domain, [folder = mountPoint(0)] { return !QDir(folder).isEmpty(); });
+        QTRY_VERIFY(listed->isFinished());
+        QVERIFY(listed->result());
+        QVERIFY2(timer.elapsed() < 3000 + 500, qPrintable(QString::number(timer.elapsed())));
+        QTRY_COMPARE(messages().filter(u"wurde neu aufgebaut"_s).size(), 1);
+
+        loseTheList(); // at most once a minute by itself
+        QVERIFY(OwnNetwork::ip(u"link delete v0"_s));
+        QTest::qWait(1000);
+        QVERIFY(m_state->projects().isEmpty());
+    }
+
+    void quittingAsksWhileSomethingIsBeingWritten() {
+        int quits = 0;
+        const auto quit = [&quits] { ++quits; };
+        await(m_state->askToQuit(quit));
+        QCOMPARE(quits, 1);
+        sandbox::SlowLine line(m_platform->ssh().port());
+        line.setQuality({std::chrono::milliseconds(20), 500'000});
+        m_platform->ssh().letClientsUse(line.port());
+        connectTo(0);
+        m_platform->ssh().letClientsUse(m_platform->ssh().port());
+        QProcess writer;
+        writer.start(u"/usr/bin/dd"_s, {u"if=/dev/zero"_s, u"of="_s + mountPoint(0) + u"/upload"_s,
+                                        u"bs=64k"_s, u"count=40"_s});
+        QTRY_VERIFY(QFileInfo(project(0).path + u"/upload"_s).size() > 0);
+        await(m_state->askToQuit(quit));
+        QCOMPARE(quits, 1);
+        QCOMPARE(m_state->guidance().value(u"title"_s).toString(), u"Auf 1 Projekt wird noch geschrieben"_s);
+        m_state->answerGuidance(2);
+        QTest::qWait(100);
+        QCOMPARE(quits, 1);
+        await(m_state->askToQuit(quit));
+        m_state->answerGuidance(1);
+        QCOMPARE(quits, 2);
+        await(m_state->askToQuit(quit));
+        m_state->answerGuidance(0);
+        QCOMPARE(quits, 2);
+        QTRY_VERIFY_WITH_TIMEOUT(quits == 3, 20'000);
+        QCOMPARE(QFileInfo(project(0).path + u"/upload"_s).size(), 40 * 64 * 1024);
+        QTRY_COMPARE(writer.state(), QProcess::NotRunning);
+        QCOMPARE(writer.exitCode(), 0);
+        await(m_state->shutDown());
+    }
+
+    void linksThatTheServerCanFollowAreOffered() {
+        const Project linked = project(0);
+        QCOMPARE(linked.documentFolder(), u"web"_s);
+        const QString release = linked.path + u"/../releases/42"_s;
+        QVERIFY(QDir().mkpath(release));
+        QVERIFY(QDir().rename(linked.path + u"/web"_s, linked.path + u"/web.alt"_s));
+        QVERIFY(QFile::link(u"../releases/42"_s, linked.path + u"/web"_s));
+        connectTo(0);
+        QTRY_VERIFY(!m_state->guidance().isEmpty());
+        QCOMPARE(m_state->guidance().value(u"title"_s).toString(),
+                 u"Der Ordner „web“ ist eine Verknüpfung"_s);
+        QVERIFY(!QFileInfo(mountPoint(0) + u"/web"_s).isDir());
+        m_state->answerGuidance(0);
+        QTRY_VERIFY(m_state->connectedDomains().isEmpty());
+        QTRY_COMPARE(m_state->connectedDomains().size(), 1);
+        QVERIFY(QFileInfo(mountPoint(0) + u"/web"_s).isDir());
+        QVERIFY(m_state->guidance().isEmpty());
+        await(m_state->shutDown());
+        start(); // remembered
+        connectTo(0);
+        QVERIFY(QFileInfo(mountPoint(0) + u"/web"_s).isDir());
+        QVERIFY(QFile::remove(linked.path + u"/web"_s));
+        QVERIFY(QDir().rename(linked.path + u"/web.alt"_s, linked.path + u"/web"_s));
+    }
+};
+
+int main(int argc, char* argv[]) {
+    // A user who is not root would get other rights in a network of his own.
+    hasOwnNetwork = ::geteuid() == 0 && OwnNetwork::enterOwnNetwork() && OwnNetwork::ip(u"link set lo up"_s);
+    QCoreApplication application(argc, argv);
+    TestConnections test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_connections.moc"
