@@ -80,7 +80,10 @@ void ConnectionCare::setReconnectsAtStart(bool reconnects) {
 void ConnectionCare::remember() {
     if (m_ended)
         return;
-    const QByteArray projects = m_reconnectsAtStart ? encoded(m_connections.keptProjects()) : QByteArray();
+    QHash<QString, Project> wanted = m_comingBack;
+    for (const Project& project : m_connections.keptProjects() + m_detached)
+        wanted.insert(project.domain, project);
+    const QByteArray projects = m_reconnectsAtStart ? encoded(wanted.values()) : QByteArray();
     if (projects != m_preferences.data(projectsKey).value_or(QByteArray()))
         m_report.remember(projectsKey, projects);
 }
@@ -91,6 +94,7 @@ QCoro::Task<> ConnectionCare::prepareForSleep() {
     if (!guard)
         co_return;
     m_detached += detached;
+    m_connections.publishSessions();
     for (const Project& project : detached)
         m_report.log(QStringLiteral("%1 vor dem Ruhezustand getrennt.").arg(project.domain),
                      ActivityLogLevel::info);
@@ -128,7 +132,7 @@ QCoro::Task<> ConnectionCare::bringBack(Project project) {
     const QString domain = project.domain;
     if (m_comingBack.contains(domain))
         co_return;
-    m_comingBack.insert(domain);
+    m_comingBack.insert(domain, project);
     const QPointer<ConnectionCare> guard(this);
     auto outcome = Connections::Reconnected::notYet;
     std::chrono::milliseconds pause = firstPause;
@@ -138,6 +142,7 @@ QCoro::Task<> ConnectionCare::bringBack(Project project) {
             co_return;
         if (outcome != Connections::Reconnected::notYet)
             break;
+        m_connections.markLost(project); // until it is back; a click on the row tries at once
         co_await qCoro(this, &ConnectionCare::tryAgain, pause);
         if (!guard || m_ended)
             co_return;

@@ -3,9 +3,9 @@
 #include "Directory/Project.h"
 
 #include <QCoroTask>
+#include <QHash>
 #include <QList>
 #include <QObject>
-#include <QSet>
 #include <QString>
 
 class ActivityReport;
@@ -65,7 +65,7 @@ class ConnectionCare : public QObject {
     ActivityReport& m_report;
     bool m_reconnectsAtStart = false;
     QList<Project> m_detached; ///< before the system fell asleep
-    QSet<QString> m_comingBack;
+    QHash<QString, Project> m_comingBack;
     bool m_asking = false;
     bool m_askAgain = false;
     bool m_ended = false;

@@ -49,6 +49,8 @@ class Connections : public QObject {
     QCoro::Task<Reconnected> reconnect(Project project);
     /// Shows the project's row as one whose mount has ended by itself, until it is connected or disconnected.
     void markLost(const Project& project);
+    /// Publishes what is mounted now, after the mounter was used directly.
+    void publishSessions();
     /// Offers to let the server follow the project's symbolic links; the answer is remembered.
     QCoro::Task<> offerLinks(Project project);
     /// Takes the mount of `domain` down. `force` changes the log line alone. Never fails.
@@ -85,7 +87,6 @@ class Connections : public QObject {
     void warnAbout(UnmountResult result, const QString& domain);
     QCoro::Task<> clearLeftBehind(QString domain);
     void endedByItself(const QString& domain, qint32 exitCode);
-    void publishSessions();
 
     const ActionContext& m_context;
     Reporter& m_report;

@@ -168,7 +168,7 @@ class TestConnections : public StateFixture {
         m_loginManager.sleep();
         QTRY_VERIFY(!m_loginManager.lockIsHeld());
         QVERIFY2(timer.elapsed() < 2000, qPrintable(QString::number(timer.elapsed())));
-        QCOMPARE(m_state->connectedDomains().size(), 3); // published at fixed moments only
+        QCOMPARE(m_state->connectedDomains(), QSet<QString>{project(1).domain});
         for (const int index : {0, 2})
             QVERIFY(!MountTable::lists(mountPoint(index)));
         QVERIFY(MountTable::lists(mountPoint(1)));
@@ -176,12 +176,13 @@ class TestConnections : public StateFixture {
 
         m_platform->ssh().stop(); // the network is not back yet
         m_loginManager.wake();
-        QTest::qWait(600);
+        QTRY_VERIFY(shown(project(0).domain, ProjectListModel::lostRole).toBool());
         m_platform->ssh().start();
         timer.restart();
         QTRY_VERIFY(MountTable::lists(mountPoint(0)) && MountTable::lists(mountPoint(2)));
         QVERIFY2(timer.elapsed() < 5000, qPrintable(QString::number(timer.elapsed())));
-        QTRY_COMPARE(m_state->parts().sshfsMounter.connectedDomains().size(), 3);
+        QTRY_COMPARE(m_state->connectedDomains().size(), 3);
+        QVERIFY(!shown(project(0).domain, ProjectListModel::lostRole).toBool());
         QVERIFY(m_shell->opened.filter(u"code"_s).isEmpty());
         QTRY_VERIFY(m_loginManager.lockIsHeld()); // for the next sleep
     }
@@ -220,7 +221,7 @@ class TestConnections : public StateFixture {
         await(m_state->askToQuit(quit));
         QCOMPARE(quits, 1);
         sandbox::SlowLine line(m_platform->ssh().port());
-        line.setQuality({std::chrono::milliseconds(20), 500'000});
+        line.setQuality({std::chrono::milliseconds(20), 1'000'000});
         m_platform->ssh().letClientsUse(line.port());
         connectTo(0);
         m_platform->ssh().letClientsUse(m_platform->ssh().port());

@@ -4,11 +4,13 @@ import Harvellon.Desktop
 Pill {
     id: mark
 
+    readonly property RowMarkLoader loader: parent as RowMarkLoader
+
     Accessible.name: text
     Accessible.role: Accessible.StaticText
     color: Theme.okBg
     ink: Theme.okInk
-    text: "Gemountet"
+    text: loader?.kept ? "noch verbunden" : "Gemountet"
 
     sign: SymbolIcon {
         color: mark.ink

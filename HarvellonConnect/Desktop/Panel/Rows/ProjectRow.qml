@@ -79,6 +79,7 @@ Item {
         id: mark
 
         active: row.connected || row.connecting || row.lost
+        kept: row.kept
         since: row.connectingSince
         sourceComponent: row.connected ? mountMark : row.connecting ? connectingMark : lostMark
         x: row.railStart - 12 - width
@@ -88,9 +89,7 @@ Item {
     Component {
         id: mountMark
 
-        MountMark {
-            text: row.kept ? "noch verbunden" : "Gemountet"
-        }
+        MountMark {}
     }
 
     Component {
