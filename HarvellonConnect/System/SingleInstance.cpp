@@ -28,15 +28,17 @@ SingleInstance::SingleInstance(const QString& folder, QObject* parent)
 }
 
 bool SingleInstance::claim() {
-    if (m_lock.tryLock()) {
-        QLocalServer::removeServer(m_name); // of a process that was killed
-        m_server.listen(m_name);
-        return true;
+    const bool locked = m_lock.tryLock();
+    if (!locked) {
+        QLocalSocket socket;
+        socket.connectToServer(m_name);
+        const bool answered = socket.waitForConnected(answerLimit);
+        // Where no lock file can be written (full disk, read-only home), the socket alone tells of another
+        // one: two programs would take each other's mounts down and use each other's refresh token up.
+        if (answered || m_lock.error() == QLockFile::LockFailedError)
+            return false;
     }
-    if (m_lock.error() != QLockFile::LockFailedError)
-        return true; // without a lock file (read-only home) run all the same
-    QLocalSocket socket;
-    socket.connectToServer(m_name);
-    socket.waitForConnected(answerLimit);
-    return false;
+    QLocalServer::removeServer(m_name); // of a process that was killed
+    m_server.listen(m_name);
+    return true;
 }
