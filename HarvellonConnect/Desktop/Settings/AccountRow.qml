@@ -8,6 +8,7 @@ T.ItemDelegate {
     id: row
 
     required property AppState state
+    property bool removable: true
     required property string accountID
     required property string displayName
     required property string email
@@ -72,6 +73,8 @@ T.ItemDelegate {
         text: "Account entfernen"
         y: 6
 
-        onClicked: row.state.removeAccount(row.accountID)
+        onClicked: if (row.removable) {
+            row.state.removeAccount(row.accountID);
+        }
     }
 }

@@ -17,6 +17,8 @@ Card {
     ListView {
         id: list
 
+        property int before: 0
+
         Accessible.name: "Accounts"
         Accessible.role: Accessible.List
         boundsBehavior: Flickable.StopAtBounds
@@ -34,8 +36,23 @@ Card {
             rightPadding: 3
         }
         delegate: AccountRow {
+            removable: !settled.running
             state: card.state
             width: list.width
+        }
+
+        // The row below moves under the pointer; the second click of a double click must not remove it as well.
+        onCountChanged: {
+            if (count < before) {
+                settled.restart();
+            }
+            before = count;
+        }
+
+        Timer {
+            id: settled
+
+            interval: Application.styleHints.mouseDoubleClickInterval
         }
     }
 

@@ -52,35 +52,35 @@ FocusScope {
     SectionLabel {
         text: "Accounts"
         x: Theme.settingsMargin
-        y: 50
+        y: 44
     }
 
     AccountsSection {
-        height: 112 + view.extra
+        height: 132 + view.extra
         state: view.state
         width: view.cardWidth
         x: Theme.settingsMargin
-        y: 70
+        y: 62
     }
 
     SectionLabel {
         text: "Tastatur und Start"
         x: Theme.settingsMargin
-        y: 190 + view.extra
+        y: 202 + view.extra
     }
 
     StartSection {
-        height: 126
+        height: 122
         state: view.state
         width: view.cardWidth
         x: Theme.settingsMargin
-        y: 210 + view.extra
+        y: 220 + view.extra
     }
 
     SectionLabel {
         text: "Über"
         x: Theme.settingsMargin
-        y: 346 + view.extra
+        y: 350 + view.extra
     }
 
     AboutSection {
@@ -88,6 +88,6 @@ FocusScope {
         versionText: view.versionText
         width: view.cardWidth
         x: Theme.settingsMargin
-        y: 366 + view.extra
+        y: 368 + view.extra
     }
 }

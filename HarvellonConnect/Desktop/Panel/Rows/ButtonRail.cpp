@@ -1,5 +1,8 @@
 #include "Desktop/Panel/Rows/ButtonRail.h"
 
+#include <QGuiApplication>
+#include <QStyleHints>
+
 void ButtonRail::pointer(int target, bool inside) {
     const auto button = static_cast<HoverTarget>(target);
     // Qt may deliver the next button's enter event before this button's leave event.
@@ -10,6 +13,16 @@ void ButtonRail::pointer(int target, bool inside) {
         return;
     m_hovered = hovered;
     Q_EMIT hoveredButtonChanged();
+}
+
+void ButtonRail::click(int target, bool shift) {
+    const auto clicked = static_cast<HoverTarget>(target);
+    if (clicked == HoverTarget::connect && m_sinceDisconnect.isValid() &&
+        m_sinceDisconnect.elapsed() < QGuiApplication::styleHints()->mouseDoubleClickInterval())
+        return;
+    if (clicked == HoverTarget::disconnect)
+        m_sinceDisconnect.start();
+    perform(target, shift);
 }
 
 void ButtonRail::perform(int target, bool shift) {

@@ -3,6 +3,7 @@
 #include "Actions/ProjectActions.h"
 #include "State/AppState.h"
 
+#include <QElapsedTimer>
 #include <QQuickItem>
 #include <QString>
 #include <QtQmlIntegration>
@@ -28,6 +29,9 @@ class ButtonRail : public QQuickItem {
     [[nodiscard]] int hoveredNumber() const { return m_hovered ? static_cast<int>(*m_hovered) : -1; }
 
     Q_INVOKABLE void pointer(int target, bool inside);
+    /// A click of the pointer. A click on connect right after one on disconnect is ignored: it is the second
+    /// one of a double click on "Trennen", whose button the connect button has replaced.
+    Q_INVOKABLE void click(int target, bool shift);
     Q_INVOKABLE void perform(int target, bool shift);
 
   Q_SIGNALS:
@@ -41,4 +45,5 @@ class ButtonRail : public QQuickItem {
     QString m_domain;
     bool m_current = false;
     std::optional<HoverTarget> m_hovered;
+    QElapsedTimer m_sinceDisconnect;
 };

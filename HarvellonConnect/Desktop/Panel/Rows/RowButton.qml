@@ -15,7 +15,7 @@ BareIconButton {
     Accessible.description: enabled ? keys : "Verbindung wird aufgebaut"
     Accessible.name: help
     Accessible.role: Accessible.Button
-    Accessible.onPressAction: button.clicked(false)
+    Accessible.onPressAction: rail.perform(action.target, false)
     activeFocusOnTab: rail.current
     enabled: !(action.restsWhileConnecting && connecting)
     help: lost && action.helpWhenLost !== "" ? action.helpWhenLost : action.help
@@ -32,6 +32,6 @@ BareIconButton {
     x: action.slot
     y: (Theme.rowHeight - Theme.buttonSide) / 2
 
-    onClicked: shift => rail.perform(action.target, shift)
+    onClicked: shift => rail.click(action.target, shift)
     onHoveredChanged: rail.pointer(action.target, hovered)
 }
