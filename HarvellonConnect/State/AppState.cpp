@@ -7,11 +7,23 @@
 #include "System/Async.h"
 #include "System/Preferences.h"
 
+#include <QHostAddress>
+#include <QNetworkInterface>
 #include <QUrl>
+
+#include <algorithm>
 
 namespace {
 const QString globalHotkeyKey = QStringLiteral("GlobalHotkeyEnabled");
 constexpr std::chrono::seconds storingLimit{4};
+
+/// Whether this machine has an address beside those that lead to itself.
+bool hasNetwork() {
+    const QList<QHostAddress> addresses = QNetworkInterface::allAddresses();
+    return std::any_of(addresses.begin(), addresses.end(), [](const QHostAddress& address) {
+        return !address.isLoopback() && !address.isLinkLocal();
+    });
+}
 } // namespace
 
 AppState::AppState(AppServices services, DesktopCommands desktop, QObject* parent)
@@ -111,6 +123,9 @@ void AppState::showKeptProjects() {
 
 void AppState::networkChanged() {
     constexpr std::chrono::minutes betweenLoads{1};
+    // Without any network a connection may still survive until it is back; nothing could replace it now.
+    if (!hasNetwork())
+        return;
     m_care.networkChanged();
     if (connectionStatus() != ConnectionStatus::Case::failure || !m_oauth.accessToken() ||
         !m_nextLoad.hasExpired())

@@ -121,7 +121,7 @@ class TestLongDay : public MounterFixture {
         QElapsedTimer timer;
         timer.start();
         QCOMPARE(await(m_mounter->unmount(hosted(0).domain)), UnmountResult::cutOff);
-        QVERIFY2(timer.elapsed() < 5000, qPrintable(QString::number(timer.elapsed())));
+        QVERIFY2(timer.elapsed() < 10'000, qPrintable(QString::number(timer.elapsed())));
         QVERIFY(!writer.succeeds());
         verifyNothingLeft();
     }
@@ -192,7 +192,8 @@ class TestLongDay : public MounterFixture {
                  (QSet<QString>{hosted(0).domain, hosted(1).domain}));
         for (const int index : {0, 1})
             QVERIFY(!QDir(mountPoint(index)).isEmpty());
-        QVERIFY2(timer.elapsed() < 3000, qPrintable(QString::number(timer.elapsed())));
+        QVERIFY2(timer.elapsed() < 6000,
+                 qPrintable(QString::number(timer.elapsed()))); // keep-alive takes 45 s
         for (const MountSession& session : before)
             QCOMPARE(m_mounter->sessions().value(session.domain).process, session.process);
         QCOMPARE(await(renewSilentConnections(before.values(), 300ms)), QStringList()); // they answer now
@@ -210,7 +211,7 @@ class TestLongDay : public MounterFixture {
         QStringList detached;
         for (const Project& project : await(m_mounter->detachIdle()))
             detached.append(project.domain);
-        QVERIFY2(timer.elapsed() < 2000, qPrintable(QString::number(timer.elapsed())));
+        QVERIFY2(timer.elapsed() < 4000, qPrintable(QString::number(timer.elapsed())));
         detached.sort();
         QStringList expected{hosted(0).domain, hosted(2).domain};
         expected.sort();
