@@ -25,7 +25,7 @@ HarvellonMountApp::HarvellonMountApp(const HostSystem& host, const ServerAddress
             [this] { m_settings.show(m_state); });
     connect(&m_statusBar, &StatusBarController::quitRequested, this, [this] {
         m_statusBar.close();
-        m_state.askToQuit([this] { quit(); });
+        m_state.parts().care.askToQuit([this] { quit(); });
     });
     connect(&m_statusBar, &StatusBarController::updatesRequested, this, [this] {
         activateApplication();

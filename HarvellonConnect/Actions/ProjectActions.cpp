@@ -41,6 +41,10 @@ bool whileConnected(const RowFacts& facts) {
     return toCoders(facts) && facts.connected;
 }
 
+bool toBeEnded(const RowFacts& facts) {
+    return toCoders(facts) && (facts.connected || facts.lost);
+}
+
 QCoro::Task<> connectProject(ActionContext& context, Project project, bool /*alternative*/) {
     return context.connect(project);
 }
@@ -69,10 +73,12 @@ QList<ProjectAction> makeTable() {
         {.target = HoverTarget::disconnect,
          .symbol = text("xmark.circle"),
          .help = text("Trennen"),
+         .helpWhenLost = text("Nicht wieder verbinden"),
          .shortcut = QKeySequence(Qt::CTRL | Qt::Key_T),
          .tint = tintDisconnect,
          .slot = {.column = 0, .group = 0},
-         .offered = whileConnected,
+         .slotWhenLost = Slot{.column = 1, .group = 1},
+         .offered = toBeEnded,
          .function = disconnectProject,
          .dangerous = true},
         {.target = HoverTarget::vscode,
@@ -136,15 +142,15 @@ QString keyText(const QKeySequence& keys) {
     return shown;
 }
 
-RowFacts RowFacts::of(const std::optional<UserProfile>& user, bool connected, bool kept) {
+RowFacts RowFacts::of(const std::optional<UserProfile>& user, bool connected) {
     return {.coder = user && user->coder.value_or(false),
             .databaseUser = user && user->allowDatabaseConnect.value_or(false),
-            .connected = connected,
-            .kept = kept};
+            .connected = connected};
 }
 
-int ProjectAction::slotPosition() const {
-    return slot.column * (ProjectActions::buttonColumnWidth + columnGap) + slot.group * groupGap;
+int ProjectAction::slotPosition(bool lost) const {
+    const Slot place = lost ? slotWhenLost.value_or(slot) : slot;
+    return place.column * (ProjectActions::buttonColumnWidth + columnGap) + place.group * groupGap;
 }
 
 const QList<ProjectAction>& ProjectActions::table() {

@@ -20,8 +20,9 @@ struct RowFacts {
     bool databaseUser = false; ///< may open databases, too
     bool connected = false;    ///< the project is mounted
     bool kept = false; ///< the user's list does not hold the project, but it is mounted or was until now
+    bool lost = false; ///< the mount has ended by itself
 
-    static RowFacts of(const std::optional<UserProfile>& user, bool connected, bool kept = false);
+    static RowFacts of(const std::optional<UserProfile>& user, bool connected);
 };
 
 /// The colour of an action's icon.
@@ -50,6 +51,7 @@ struct ProjectAction {
     QKeySequence shortcut{};
     Tint tint{};
     Slot slot{};
+    std::optional<Slot> slotWhenLost{}; ///< instead of `slot`, as helpWhenLost
     bool (*offered)(const RowFacts& facts) = nullptr;
     Function function = nullptr;
     bool dangerous = false;            ///< the icon turns red under the pointer
@@ -59,7 +61,7 @@ struct ProjectAction {
     [[nodiscard]] int targetNumber() const { return static_cast<int>(target); }
 
     /// In points from the left end of the buttons.
-    [[nodiscard]] int slotPosition() const;
+    [[nodiscard]] int slotPosition(bool lost = false) const;
 };
 
 /// The one table of what can be done with a project, and the one way to do it. Main thread.

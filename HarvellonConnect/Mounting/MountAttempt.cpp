@@ -44,6 +44,7 @@ QCoro::Task<MountSession> MountAttempt::run(std::shared_ptr<MountAttempt> attemp
                             attempt->m_clearLimits);
     if (attempt->m_folder) {
         attempt->m_folder.reset();
+        // As it was found: a folder that was sealed stays so, because an editor may have its tree open.
         MountPointFolder::release(mountPoint, folderMode);
     }
     throw *failure;

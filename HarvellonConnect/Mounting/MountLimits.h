@@ -5,9 +5,10 @@
 /// How long each step of unmounting may take.
 struct UnmountLimits {
     std::chrono::milliseconds command; ///< for one unmount command
-    std::chrono::milliseconds silence; ///< a server that sends nothing for this long is cut off
+    std::chrono::milliseconds silence; ///< a server that sends nothing for this long counts as silent
     std::chrono::milliseconds grace;   ///< for sshfs to end after it was asked to
     bool keepUntilClosed;              ///< whether sshfs lives on until files in use are closed
+    std::chrono::milliseconds writers; ///< for writing to end before a command that would cut it off
 };
 
 /// The time limits of the mounter. The defaults are those of the program.
@@ -18,13 +19,14 @@ struct MountLimits {
     /// once would freeze the panel.
     std::chrono::milliseconds startInterval{80};
     /// A gentle unmount first writes cached data, which takes a moment; with a silent server it never ends.
-    UnmountLimits unmount{std::chrono::seconds(3), std::chrono::seconds(3), std::chrono::seconds(1), true};
+    UnmountLimits unmount{std::chrono::seconds(3), std::chrono::seconds(3), std::chrono::seconds(1), true,
+                          std::chrono::seconds(30)};
     /// For the end of the program, which may take five seconds in all.
     UnmountLimits quit{std::chrono::milliseconds(700), std::chrono::seconds(1),
-                       std::chrono::milliseconds(300), false};
+                       std::chrono::milliseconds(300), false, std::chrono::milliseconds(0)};
     /// For the moment before the system sleeps, which waits two seconds.
-    UnmountLimits sleep{std::chrono::milliseconds(600), std::chrono::milliseconds(600),
-                        std::chrono::milliseconds(300), false};
+    UnmountLimits sleep{std::chrono::milliseconds(400), std::chrono::milliseconds(400),
+                        std::chrono::milliseconds(200), false, std::chrono::milliseconds(0)};
     /// From the beginning of `unmountAll` until every sshfs that is left is killed.
     std::chrono::milliseconds killAfter{3'000};
 };

@@ -3,14 +3,14 @@
 #include "Mounting/MounterError.h"
 #include "System/Tables/MountTable.h"
 
-#include <QDir>
 #include <QFile>
-#include <QStringList>
 
 #include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
 #include <filesystem>
+#include <set>
+#include <string>
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
@@ -41,24 +41,24 @@ MountPointFolder::~MountPointFolder() {
 }
 
 bool MountPointFolder::holdsFiles(const QString& path) {
-    const QStringList addedByFileManagers{QStringLiteral(".DS_Store"), QStringLiteral(".directory"),
-                                          QStringLiteral(".localized")};
-    const QStringList entries =
-        QDir(path).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
-    return std::any_of(entries.begin(), entries.end(), [&addedByFileManagers](const QString& entry) {
-        return !addedByFileManagers.contains(entry);
+    const std::set<std::string> addedByFileManagers{".DS_Store", ".directory", ".localized"};
+    std::error_code error;
+    // Only names are read: in a sealed folder nothing else can be asked of a file.
+    std::filesystem::directory_iterator entries(QFile::encodeName(path).toStdString(), error);
+    return std::any_of(begin(entries), end(entries), [&addedByFileManagers](const auto& entry) {
+        return !addedByFileManagers.contains(entry.path().filename().string());
     });
 }
 
 void MountPointFolder::seal() {
     if (m_descriptor < 0)
         return;
-    ::fchmod(m_descriptor, S_IRUSR | S_IXUSR);
+    ::fchmod(m_descriptor, S_IRUSR);
     ::close(m_descriptor);
     m_descriptor = -1;
 }
 
 void MountPointFolder::release(const QString& path, mode_t mode) {
     if (!MountTable::lists(path) && holdsFiles(path))
-        ::chmod(QFile::encodeName(path).constData(), mode | S_IRWXU);
+        ::chmod(QFile::encodeName(path).constData(), mode);
 }

@@ -6,7 +6,8 @@
 #include <sys/types.h>
 
 /// The local folder that a tree is mounted on. When sshfs ends, an editor that still has the tree open would
-/// save into this local folder, so the folder is writable only while a mount is being made. Main thread.
+/// save into this local folder, so it is sealed except while a mount is being made: nothing can be saved into
+/// it, and no file below it can be reached. Main thread.
 class MountPointFolder {
   public:
     /// Makes the folder and its missing parents, or uses the one that exists, and makes it writable until
@@ -22,11 +23,12 @@ class MountPointFolder {
     /// The permissions that the folder had before.
     [[nodiscard]] mode_t formerMode() const { return m_formerMode; }
 
-    /// Makes the local folder read-only, whether or not a tree is mounted on it by now.
+    /// Seals the local folder, whether or not a tree is mounted on it by now.
     void seal();
 
-    /// Gives the folder at `path` its permissions back when it holds files of the user, who could not move
-    /// them otherwise. Does nothing while something is mounted there, or when the folder is empty.
+    /// Gives the folder at `path` permissions back when it holds files of the user, who could not reach them
+    /// otherwise. Does nothing while something is mounted there, or when the folder is empty. Only for a
+    /// folder in which no program works any more.
     static void release(const QString& path, mode_t mode);
 
   private:

@@ -28,5 +28,6 @@ enum class UnmountResult {
     ended,     ///< nothing is left of the mount
     filesOpen, ///< files in use stay usable, and sshfs ends when the last one is closed
     writing,   ///< the same, and data is being written
-    cutOff     ///< a program was writing, but the server was silent
+    stalled,   ///< the same, but the server is silent; ssh gives it up after 45 seconds
+    cutOff     ///< a program was writing, and had to be cut off
 };

@@ -14,20 +14,11 @@
 #include <QCoroFuture>
 #include <QDeadlineTimer>
 
+#include <sys/stat.h>
+
 namespace {
 constexpr std::chrono::milliseconds afterKill{1500}; // unmounts that were blocked by a killed sshfs end soon
 static_assert(MountLimits{}.killAfter + afterKill < std::chrono::seconds(5)); // as the header promises
-
-QCoro::Task<bool> allFinishWithin(QList<QFuture<void>> futures, std::chrono::milliseconds limit) {
-    const QDeadlineTimer deadline(limit);
-    for (const QFuture<void>& future : futures) {
-        const std::chrono::milliseconds left(deadline.remainingTime());
-        const bool finished = co_await Async::finishesWithin(future, left);
-        if (!finished)
-            co_return false;
-    }
-    co_return true;
-}
 
 MounterError closedRefusal() {
     return MounterError(MounterError::Case::mountFailed,
@@ -57,10 +48,6 @@ SSHFSMounter::~SSHFSMounter() {
 bool SSHFSMounter::isIdle() const {
     return m_sessions.isEmpty() && m_running->attempts.isEmpty() && m_running->unmounts.isEmpty() &&
            m_keptUntilClosed.isEmpty();
-}
-
-bool SSHFSMounter::isMounting(const QString& domain) const {
-    return m_running->attempts.contains(domain);
 }
 
 QSet<QString> SSHFSMounter::connectedDomains() const {
@@ -96,6 +83,8 @@ QCoro::Task<MountSession> SSHFSMounter::mount(Project project, Links links) {
         co_await endOf(*unmount);
     if (guard && guard->m_closed)
         throw closedRefusal();
+    if (guard && guard->m_sessions.contains(domain))
+        co_return guard->m_sessions.value(domain); // it was in use, and stayed
     const MountSession session = co_await MountAttempt::run(attempt);
     if (guard)
         guard->addSession(session);
@@ -103,6 +92,8 @@ QCoro::Task<MountSession> SSHFSMounter::mount(Project project, Links links) {
 }
 
 void SSHFSMounter::addSession(const MountSession& session) {
+    if ((session.folderMode & S_IWUSR) != 0) // otherwise sealed by an earlier mount
+        m_folderModes.insert(session.domain, session.folderMode);
     m_sessions.insert(session.domain, session);
     watchEnd(session);
     qCInfo(lcSSHFSMounter, "mount: success %s at %s", qUtf8Printable(session.domain),
@@ -121,9 +112,12 @@ QCoro::Task<UnmountResult> SSHFSMounter::unmountWithin(QString domain, UnmountLi
         co_await finished;
         co_return UnmountResult::ended;
     }
-    if (const std::optional<QFuture<UnmountResult>> unmount = unmountOf(domain)) {
+    const QPointer<SSHFSMounter> guard(this);
+    while (const std::optional<QFuture<UnmountResult>> unmount = unmountOf(domain)) {
         QFuture<UnmountResult> unmounted = *unmount;
-        co_return co_await unmounted;
+        const UnmountResult result = co_await unmounted;
+        if (!guard || !m_sessions.contains(domain)) // otherwise it was left mounted because it is in use
+            co_return result;
     }
     if (!m_sessions.contains(domain)) {
         qCInfo(lcSSHFSMounter, "unmount: no session for %s", qUtf8Printable(domain));
@@ -141,32 +135,22 @@ QCoro::Task<UnmountResult> SSHFSMounter::takeDown(MountSession session, UnmountL
     Shell& shell = m_shell;
     disconnect(session.process.get(), &SSHFSProcess::ended, this, nullptr); // its end is expected from now on
     const UnmountOutcome outcome = co_await unmountByCommands(host, shell, session, limits);
-    const bool mayKeep = outcome.inUse && limits.keepUntilClosed;
-    inProgress.result = co_await endProcess(guard, host, shell, session, limits, mayKeep);
-    if (outcome.cutOff)
-        inProgress.result = UnmountResult::cutOff;
-    MountPointFolder::release(session.mountPoint, session.folderMode);
-    if (guard)
+    const std::function<bool()> keep = [guard, session, limits] {
+        const bool mayKeep = guard && !guard->m_closed && limits.keepUntilClosed;
+        if (mayKeep)
+            guard->keepUntilClosed(session);
+        return mayKeep;
+    };
+    inProgress.result = co_await endAfterUnmount(host, shell, session, outcome, limits, keep);
+    if (guard) {
         guard->m_sessions.remove(session.domain);
+        if (inProgress.result == UnmountResult::ended)
+            MountPointFolder::release(session.mountPoint,
+                                      guard->m_folderModes.value(session.domain, S_IRWXU));
+    }
     if (outcome.complaint)
         inProgress.fail(MounterError(MounterError::Case::unmountFailed, *outcome.complaint));
     co_return inProgress.result;
-}
-
-QCoro::Task<UnmountResult> SSHFSMounter::endProcess(QPointer<SSHFSMounter> mounter, HostSystem host,
-                                                    Shell& shell, MountSession session, UnmountLimits limits,
-                                                    bool mayKeep) {
-    if (mayKeep) {
-        const QList<MountSession> mounts{session};
-        const QStringList transferring = co_await transferringDomains(mounts, limits.grace);
-        const bool inUse = session.process->isRunning();
-        if (inUse && mounter && !mounter->m_closed) {
-            mounter->keepUntilClosed(session); // ending it now would cut off a file being written
-            co_return !transferring.isEmpty() ? UnmountResult::writing : UnmountResult::filesOpen;
-        }
-    }
-    co_await clearLeftovers(host, shell, session.process, session.mountPoint, limits);
-    co_return UnmountResult::ended;
 }
 
 void SSHFSMounter::keepUntilClosed(const MountSession& session) {
@@ -187,6 +171,11 @@ std::optional<QFuture<UnmountResult>> SSHFSMounter::unmountOf(const QString& dom
     return unmount == m_running->unmounts.constEnd() ? std::nullopt : std::optional(*unmount);
 }
 
+bool SSHFSMounter::isOccupied(const QString& domain) const {
+    return !m_sessions.contains(domain) && !m_running->unmounts.contains(domain) &&
+           MountTable::lists(m_host.mountRoot() + QLatin1Char('/') + domain);
+}
+
 QStringList SSHFSMounter::leftBehind() const {
     QStringList domains = ownMountsBelow(m_host.mountRoot());
     domains.removeIf([this](const QString& domain) {
@@ -199,10 +188,7 @@ QStringList SSHFSMounter::leftBehind() const {
 QCoro::Task<bool> SSHFSMounter::clearLeftBehind(QString domain) {
     const UnmountInProgress inProgress(m_running, domain); // a mount that is asked for meanwhile waits
     const QString mountPoint = m_host.mountRoot() + QLatin1Char('/') + domain;
-    const bool unmounted = co_await unmountGently(m_host, m_shell, mountPoint, m_limits.unmount.command);
-    if (unmounted)
-        MountPointFolder::release(mountPoint, 0); // nobody knows the permissions from before
-    co_return unmounted;
+    co_return co_await unmountGently(m_host, m_shell, mountPoint, m_limits.unmount.command);
 }
 
 std::optional<QFuture<bool>> SSHFSMounter::ask(const QString& domain,
@@ -229,43 +215,54 @@ QCoro::Task<QList<Project>> SSHFSMounter::detachIdle() {
 QCoro::Task<bool> SSHFSMounter::detach(MountSession session) {
     const UnmountInProgress inProgress(m_running, session.domain);
     const QPointer<SSHFSMounter> guard(this);
-    const HostSystem host = m_host;
-    Shell& shell = m_shell;
     const UnmountLimits limits = m_limits.sleep;
     disconnect(session.process.get(), &SSHFSProcess::ended, this, nullptr);
-    const bool unmounted = co_await unmountGently(host, shell, session.mountPoint, limits.command);
-    if (unmounted)
+    co_await unmountGently(m_host, m_shell, session.mountPoint, limits.command);
+    // A command that was too slow may have unmounted all the same.
+    if (!MountTable::lists(session.mountPoint))
         co_await SSHFSProcess::stop(session.process, limits.grace);
-    if (!guard)
-        co_return unmounted;
-    if (!session.process->isRunning()) {
+    const bool ended = !session.process->isRunning();
+    if (guard && ended)
         m_sessions.remove(session.domain);
-        co_return true;
-    }
-    watchEnd(session);
-    co_return false;
+    else if (guard)
+        watchEnd(session);
+    co_return ended;
 }
 
 QCoro::Task<> SSHFSMounter::unmountAll() {
     const QPointer<SSHFSMounter> guard(this);
+    const QDeadlineTimer deadline(m_limits.killAfter);
     m_closed = true;
-    const QStringList domains = m_running->attempts.keys() + m_sessions.keys();
-    for (const QString& domain : domains)
+    for (const MountSession& session : std::as_const(m_keptUntilClosed))
+        session.process->terminate();
+    QList<QFuture<void>> ends;
+    // More than once: a mount that was in use before a sleep may have stayed after the first wait.
+    while (!(ends = endsOfAll()).isEmpty()) {
+        const std::chrono::milliseconds left(deadline.remainingTime());
+        const bool inTime = co_await Async::allFinishWithin(ends, left);
+        if (!guard)
+            co_return;
+        if (!inTime) {
+            killAll();
+            co_await Async::allFinishWithin(ends, afterKill);
+            co_return;
+        }
+    }
+}
+
+QList<QFuture<void>> SSHFSMounter::endsOfAll() {
+    for (const QString& domain : m_running->attempts.keys() + m_sessions.keys())
         unmountQuietly(domain, m_limits.quit);
     QList<QFuture<void>> ends;
     for (const auto& unmount : std::as_const(m_running->unmounts))
         ends.append(QFuture<void>(unmount));
-    for (const MountSession& session : std::as_const(m_keptUntilClosed)) {
-        session.process->terminate();
-        ends.append(session.process->end());
-    }
     for (const auto& attempt : std::as_const(m_running->attempts))
         ends.append(attempt->finished());
-    const bool inTime = co_await allFinishWithin(ends, m_limits.killAfter);
-    if (inTime || !guard)
-        co_return;
-    killAll();
-    co_await allFinishWithin(ends, afterKill);
+    for (const MountSession& session : std::as_const(m_keptUntilClosed)) {
+        if (session.process->isRunning())
+            ends.append(session.process->end());
+    }
+    return ends;
 }
 
 QCoro::Task<> SSHFSMounter::unmountQuietly(QString domain, UnmountLimits limits) {

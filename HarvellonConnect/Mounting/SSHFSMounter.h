@@ -58,9 +58,6 @@ class SSHFSMounter : public QObject {
     /// Whether nothing is mounted, in progress or kept until files are closed.
     [[nodiscard]] bool isIdle() const;
 
-    /// Whether a mount of `domain` is in progress.
-    [[nodiscard]] bool isMounting(const QString& domain) const;
-
     /// Called when an sshfs has ended without `unmount`, after its session was removed.
     std::function<void(QString domain, qint32 exitCode)> onUnexpectedTermination;
 
@@ -85,6 +82,10 @@ class SSHFSMounter : public QObject {
     /// unmounted. Takes at most about one and a half seconds. Never throws.
     QCoro::Task<QList<Project>> detachIdle();
 
+    /// Whether something is mounted where `domain` would be, and not by this mounter. `mount` would force it
+    /// off.
+    [[nodiscard]] bool isOccupied(const QString& domain) const;
+
     /// The domains that an earlier, killed run of the program has left mounted. Mounts that somebody else has
     /// made in the same folder are not among them.
     [[nodiscard]] QStringList leftBehind() const;
@@ -105,15 +106,13 @@ class SSHFSMounter : public QObject {
     QCoro::Task<UnmountResult> unmountWithin(QString domain, UnmountLimits limits);
     QCoro::Task<> unmountQuietly(QString domain, UnmountLimits limits);
     QCoro::Task<UnmountResult> takeDown(MountSession session, UnmountLimits limits);
-    static QCoro::Task<UnmountResult> endProcess(QPointer<SSHFSMounter> mounter, HostSystem host,
-                                                 Shell& shell, MountSession session, UnmountLimits limits,
-                                                 bool mayKeep);
     QCoro::Task<bool> detach(MountSession session);
     void watchEnd(const MountSession& session);
     void keepUntilClosed(const MountSession& session);
     void handleUnexpectedEnd(const QString& domain, qint32 exitCode);
     QCoro::Task<> clearDeadMount(MountSession session);
     [[nodiscard]] std::optional<QFuture<UnmountResult>> unmountOf(const QString& domain) const;
+    QList<QFuture<void>> endsOfAll();
     void killAll();
 
     const HostSystem m_host;
@@ -122,7 +121,8 @@ class SSHFSMounter : public QObject {
     const std::shared_ptr<StartQueue> m_startQueue; ///< shared with attempts, which may outlive the mounter
     QHash<QString, MountSession> m_sessions;
     const std::shared_ptr<MountsInProgress>
-        m_running; ///< shared with coroutines that may outlive the mounter
+        m_running;                        ///< shared with coroutines that may outlive the mounter
+    QHash<QString, mode_t> m_folderModes; ///< of the folders before they were first mounted on
     QList<MountSession> m_keptUntilClosed;
     bool m_closed = false; ///< the program is ending
 };

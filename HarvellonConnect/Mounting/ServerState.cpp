@@ -11,15 +11,14 @@
 
 #include <algorithm>
 #include <csignal>
-#include <utility>
-#include <vector>
 
 namespace {
 constexpr std::chrono::milliseconds step{250};
-constexpr std::chrono::seconds slowLimit{5};
 constexpr std::chrono::milliseconds sampleTime{400};
-constexpr quint64 transferBytes = 8 * 1024; // a question and its answer move less than 1 KiB
-constexpr quint64 uploadBytes = 1024;       // the question itself is shorter
+constexpr int mostSamples = 7;
+constexpr quint64 requestBytes =
+    400; // the smallest write and its answer; a keep-alive message moves about 150
+constexpr quint64 uploadBytes = 1024; // a question is shorter
 
 using TrafficList = QList<std::optional<ProcessGroup::Traffic>>;
 
@@ -43,10 +42,10 @@ bool isUploading(const std::optional<ProcessGroup::Traffic>& before,
     return before && after && before->unsent >= uploadBytes && after->unsent >= uploadBytes;
 }
 
-/// Whether more than keep-alive messages and single questions went over the line. True where nobody knows.
+/// Whether more than a keep-alive message went over the line. True where nobody knows.
 bool hasMoved(const std::optional<ProcessGroup::Traffic>& before,
               const std::optional<ProcessGroup::Traffic>& after) {
-    return !before || !after || after->bytes - std::min(before->bytes, after->bytes) >= transferBytes;
+    return !before || !after || after->bytes - std::min(before->bytes, after->bytes) >= requestBytes;
 }
 
 bool anyWrittenBelow(const QString& folder) {
@@ -60,12 +59,12 @@ QCoro::Task<ServerState> serverState(MountSession session, std::chrono::millisec
     const QFuture<bool> answer = session.questions->serverAnswers();
     const QList<MountSession> mounts{session};
     QDeadlineTimer quiet(silence);
-    const QDeadlineTimer whole(slowLimit);
+    const QDeadlineTimer whole(2 * silence);
     TrafficList moved = co_await trafficOf(mounts);
     for (;;) {
         const bool answered = co_await Async::finishesWithin(answer, std::min(step, silence));
         if (answered)
-            co_return answer.result() ? ServerState::answering : ServerState::silent;
+            co_return answer.result() ? ServerState::answering : ServerState::lost;
         const TrafficList now = co_await trafficOf(mounts);
         if (now != moved) {
             if (whole.hasExpired())
@@ -87,69 +86,61 @@ QCoro::Task<bool> holdsUnsavedData(MountSession mount) {
     co_return *holds;
 }
 
-QCoro::Task<QStringList> transferringDomains(QList<MountSession> mounts, std::chrono::milliseconds time) {
-    QStringList domains;
-    if (mounts.isEmpty())
-        co_return domains;
+QCoro::Task<bool> isTransferring(MountSession mount, std::chrono::milliseconds time) {
+    const QList<MountSession> mounts{mount};
     const TrafficList before = co_await trafficOf(mounts);
     co_await Async::sleep(time);
     const TrafficList after = co_await trafficOf(mounts);
-    for (qsizetype i = 0; i < mounts.size(); ++i) {
-        if (isUploading(before.at(i), after.at(i)) || hasMoved(before.at(i), after.at(i)))
-            domains.append(mounts.at(i).domain);
-    }
-    co_return domains;
+    co_return before.first() &&
+        (isUploading(before.first(), after.first()) || hasMoved(before.first(), after.first()));
 }
 
-QCoro::Task<QStringList> writtenDomains(QList<MountSession> mounts) {
-    QStringList domains;
-    if (mounts.isEmpty())
-        co_return domains;
+QCoro::Task<QStringList> writtenDomains(QList<MountSession> mounts, QList<MountSession> detached) {
     const std::function<QList<bool>()> work = [mounts] {
         QList<bool> open;
         for (const MountSession& mount : mounts)
             open.append(anyWrittenBelow(mount.mountPoint));
         return open;
     };
-    const TrafficList before = co_await trafficOf(mounts);
-    const std::optional<QList<bool>> open = co_await Async::onWorker(work);
-    co_await Async::sleep(sampleTime);
-    const TrafficList after = co_await trafficOf(mounts);
-    for (qsizetype i = 0; i < mounts.size(); ++i) {
-        // A file that is being closed is not open any more, while sshfs still sends up to 8 MiB of it.
-        if (isUploading(before.at(i), after.at(i)) || (open->at(i) && hasMoved(before.at(i), after.at(i))))
-            domains.append(mounts.at(i).domain);
+    const QList<MountSession> all = mounts + detached;
+    QStringList domains;
+    if (all.isEmpty())
+        co_return domains;
+    const TrafficList before = co_await trafficOf(all);
+    const std::optional<QList<bool>> found = co_await Async::onWorker(work);
+    const QList<bool> open = *found + QList<bool>(detached.size(), true);
+    for (int sample = 0; sample < mostSamples && domains.isEmpty(); ++sample) {
+        co_await Async::sleep(sampleTime);
+        const TrafficList after = co_await trafficOf(all);
+        for (qsizetype i = 0; i < all.size(); ++i) {
+            // A file that is being closed is not open any more, while sshfs still sends up to 8 MiB of it.
+            if (isUploading(before.at(i), after.at(i)) || (open.at(i) && hasMoved(before.at(i), after.at(i))))
+                domains.append(all.at(i).domain);
+        }
+        if (!open.contains(true))
+            break;
     }
+    domains.removeDuplicates();
     co_return domains;
 }
 
-namespace {
-/// Whether the connection was silent and has been ended.
-QCoro::Task<bool> renewSilentConnection(MountSession session, std::chrono::milliseconds silence) {
-    const ServerState state = co_await serverState(session, silence);
-    if (state != ServerState::silent || !session.process->isRunning())
+QCoro::Task<bool> renewSilentConnection(MountSession mount, SilenceLimits limits) {
+    ServerState state = co_await serverState(mount, limits.idle);
+    const bool unsaved = co_await holdsUnsavedData(mount);
+    if (state == ServerState::silent && unsaved) {
+        const QList<MountSession> mounts{mount};
+        const TrafficList traffic = co_await trafficOf(mounts);
+        if (!traffic.first())
+            co_return false;
+        state = co_await serverState(mount, limits.writing);
+    }
+    if (state != ServerState::silent || !mount.process->isRunning())
         co_return false;
-    const std::function<QList<qint64>()> work = [group = session.process->group()] {
+    const std::function<QList<qint64>()> work = [group = mount.process->group()] {
         return ProcessGroup::members(group);
     };
     const std::optional<QList<qint64>> connections = co_await Async::onWorker(work);
     for (const qint64 process : *connections)
         ::kill(static_cast<pid_t>(process), SIGKILL);
     co_return !connections->isEmpty();
-}
-
-} // namespace
-
-QCoro::Task<QStringList> renewSilentConnections(QList<MountSession> mounts,
-                                                std::chrono::milliseconds silence) {
-    std::vector<std::pair<QString, QCoro::Task<bool>>> renewing;
-    for (const MountSession& mount : mounts)
-        renewing.emplace_back(mount.domain, renewSilentConnection(mount, silence));
-    QStringList renewed;
-    for (auto& [domain, task] : renewing) {
-        const bool ended = co_await task;
-        if (ended)
-            renewed.append(domain);
-    }
-    co_return renewed;
 }

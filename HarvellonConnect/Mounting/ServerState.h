@@ -7,8 +7,6 @@
 #include <QStringList>
 
 #include <chrono>
-#include <memory>
-#include <optional>
 
 // What a mount's server is doing, told apart by the bytes that its connection moves. None of these throws.
 // Main thread.
@@ -16,11 +14,12 @@
 enum class ServerState {
     answering, ///< it has answered a question
     slow,      ///< no answer yet, but bytes are moving
-    silent     ///< no answer, and nothing has moved for a while
+    silent,    ///< no answer, and nothing has moved for a while
+    lost       ///< sshfs has no connection and says so at once; it tries again at each access
 };
 
 /// Asks the server of a mount. `silence`: without answer and traffic for this long the server counts as
-/// silent. Takes at most that time when it is silent, and about five seconds when it is slow. macOS does not
+/// silent. Takes at least that time when it is silent, and twice as long when it is slow. macOS does not
 /// count the traffic, so a slow server counts as silent there.
 QCoro::Task<ServerState> serverState(MountSession session, std::chrono::milliseconds silence);
 
@@ -28,17 +27,26 @@ QCoro::Task<ServerState> serverState(MountSession session, std::chrono::millisec
 /// or the connection has not delivered all it was given.
 QCoro::Task<bool> holdsUnsavedData(MountSession mount);
 
-/// The domains of those mounts that send data now, or receive it, with nothing between keep-alive messages
-/// and single questions counted. Watches them for `time`; takes none when there are no mounts. Where the
-/// system does not tell the traffic, every mount counts.
-QCoro::Task<QStringList> transferringDomains(QList<MountSession> mounts, std::chrono::milliseconds time);
+/// Whether more than keep-alive messages goes over the mount's connection within `time`. False where the
+/// system does not tell.
+QCoro::Task<bool> isTransferring(MountSession mount, std::chrono::milliseconds time);
 
-/// The domains of those mounts to which a program is writing. Takes about half a second when there are
-/// mounts.
-QCoro::Task<QStringList> writtenDomains(QList<MountSession> mounts);
+/// The domains of those mounts to which a program is writing: with a file open for writing, or with data that
+/// the server has not confirmed. `detached`: mounts out of sight, whose open files nobody can see; any
+/// traffic counts there. Takes no time when there are no mounts, half a second when something is clearly
+/// being sent or nothing is open, and up to three seconds in between, because a program may pause between two
+/// writes. Where the system does not tell the traffic, an open file counts.
+QCoro::Task<QStringList> writtenDomains(QList<MountSession> mounts, QList<MountSession> detached);
 
-/// Asks all servers at once, and ends the connection of each mount whose server stays silent for `silence`:
-/// sshfs makes a new one at the next access. Blocked accesses are free at once, and files that were open get
-/// an error. Yields the domains of these mounts.
-QCoro::Task<QStringList> renewSilentConnections(QList<MountSession> mounts,
-                                                std::chrono::milliseconds silence);
+/// How long a server may be silent before its connection is replaced.
+struct SilenceLimits {
+    std::chrono::milliseconds idle;    ///< when nothing would be lost
+    std::chrono::milliseconds writing; ///< when data is under way: after a short loss of the network it is
+                                       ///< sent again, at intervals that grow to many seconds
+};
+
+/// Asks the server of a mount, and ends the connection when the server stays silent: sshfs makes a new one at
+/// the next access. Blocked accesses are free at once, and files that were open get an error. Yields whether
+/// the connection was ended. Where the system does not tell the traffic, a mount with unsaved data is left to
+/// ssh.
+QCoro::Task<bool> renewSilentConnection(MountSession mount, SilenceLimits limits);

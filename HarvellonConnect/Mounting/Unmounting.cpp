@@ -5,7 +5,11 @@
 #include "System/Async.h"
 #include "System/Tables/MountTable.h"
 
+#include <QDeadlineTimer>
+
 namespace {
+constexpr std::chrono::milliseconds writerStep{500};
+
 /// Nothing when the command succeeded, else what it printed.
 QCoro::Task<std::optional<QString>> complaintOf(Shell& shell, ExternalCommand command, QString mountPoint,
                                                 std::chrono::milliseconds limit) {
@@ -17,25 +21,47 @@ QCoro::Task<std::optional<QString>> complaintOf(Shell& shell, ExternalCommand co
         co_return error.description();
     }
 }
+
+/// Asked just before the mount is detached, because afterwards nobody can ask any more.
+QCoro::Task<> lookBeforeDetaching(UnmountOutcome& outcome, MountSession session,
+                                  std::chrono::milliseconds silence) {
+    if (!MountTable::lists(session.mountPoint)) { // somebody else has detached it already
+        outcome.inUse = session.process->isRunning();
+        co_return;
+    }
+    const ServerState server = co_await serverState(session, silence);
+    const bool unsaved = co_await holdsUnsavedData(session);
+    outcome.silent = server == ServerState::silent || server == ServerState::lost;
+    outcome.inUse = !outcome.silent || unsaved;
+}
+
+/// Yields whether something is still being written.
+QCoro::Task<bool> waitForWriters(MountSession session, std::chrono::milliseconds limit) {
+    const QDeadlineTimer deadline(limit);
+    for (;;) {
+        const bool unsaved = co_await holdsUnsavedData(session);
+        if (!unsaved || deadline.hasExpired())
+            co_return unsaved;
+        co_await Async::sleep(writerStep);
+    }
+}
 } // namespace
 
 QCoro::Task<UnmountOutcome> unmountByCommands(HostSystem host, Shell& shell, MountSession session,
                                               UnmountLimits limits) {
     UnmountOutcome outcome;
     for (const ExternalCommand& command : host.unmountCommands) {
-        // Asked just before the mount is detached, because afterwards nobody can ask any more.
-        if (outcome.complaint && command == host.forcedUnmount && host.forcedUnmountDetaches) {
-            const ServerState server = co_await serverState(session, limits.silence);
-            outcome.inUse = server != ServerState::silent;
-            if (!outcome.inUse) {
-                outcome.cutOff = co_await holdsUnsavedData(session);
-            }
+        if (outcome.complaint && command == host.forcedUnmount) {
+            if (host.forcedUnmountDetaches)
+                co_await lookBeforeDetaching(outcome, session, limits.silence);
+            else
+                outcome.cutOff = co_await waitForWriters(session, limits.writers);
         }
         outcome.complaint = co_await complaintOf(shell, command, session.mountPoint, limits.command);
         if (!outcome.complaint)
-            co_return outcome;
+            break;
     }
-    co_return UnmountOutcome{outcome.complaint};
+    co_return outcome;
 }
 
 QCoro::Task<bool> unmountGently(HostSystem host, Shell& shell, QString mountPoint,
@@ -62,7 +88,25 @@ QCoro::Task<> forceUnmount(HostSystem host, Shell& shell, QString mountPoint,
 
 QCoro::Task<> clearLeftovers(HostSystem host, Shell& shell, std::shared_ptr<SSHFSProcess> process,
                              QString mountPoint, UnmountLimits limits) {
+    if (process->group() == 0)
+        co_return; // what is mounted there belongs to somebody else
     co_await SSHFSProcess::stop(process, limits.grace);
     if (MountTable::lists(mountPoint))
         co_await forceUnmount(host, shell, mountPoint, limits.command);
+}
+
+QCoro::Task<UnmountResult> endAfterUnmount(HostSystem host, Shell& shell, MountSession session,
+                                           UnmountOutcome outcome, UnmountLimits limits,
+                                           std::function<bool()> keep) {
+    const bool detached = !outcome.complaint || !MountTable::lists(session.mountPoint);
+    if (outcome.inUse && detached) {
+        const bool transferring = co_await isTransferring(session, limits.grace);
+        const bool kept = session.process->isRunning() && keep();
+        if (kept && outcome.silent)
+            co_return UnmountResult::stalled;
+        if (kept)
+            co_return transferring ? UnmountResult::writing : UnmountResult::filesOpen;
+    }
+    co_await clearLeftovers(host, shell, session.process, session.mountPoint, limits);
+    co_return outcome.cutOff ? UnmountResult::cutOff : UnmountResult::ended;
 }

@@ -9,6 +9,7 @@
 #include <QString>
 
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -18,14 +19,16 @@
 struct UnmountOutcome {
     /// What the last command printed, when none succeeded.
     std::optional<QString> complaint;
-    /// The mount was only detached: files are open, and the server is not silent.
+    /// The gentle commands failed, and ending sshfs would cut off programs that the server still serves, or
+    /// data that is under way.
     bool inUse = false;
-    /// A program was writing, and the server was silent.
-    bool cutOff = false;
+    bool silent = false; ///< the server was, when it was asked
+    bool cutOff = false; ///< the forced command has cut off a program that was writing
 };
 
-/// Tries the unmount commands in order until one succeeds. Before a detaching one it asks the server whether
-/// open files can still be served.
+/// Tries the unmount commands in order until one succeeds. Before a forced command that detaches, it asks the
+/// server whether open files can still be served; before one that cuts programs off, it waits for writing to
+/// end.
 QCoro::Task<UnmountOutcome> unmountByCommands(HostSystem host, Shell& shell, MountSession session,
                                               UnmountLimits limits);
 
@@ -38,6 +41,13 @@ QCoro::Task<> forceUnmount(HostSystem host, Shell& shell, QString mountPoint,
                            std::chrono::milliseconds limit);
 
 /// Ends sshfs, with SIGKILL if necessary, which frees every process that waits for its answer. Then forces
-/// off the mount when it is still listed.
+/// off the mount when it is still listed. Does nothing for an sshfs that was never started.
 QCoro::Task<> clearLeftovers(HostSystem host, Shell& shell, std::shared_ptr<SSHFSProcess> process,
                              QString mountPoint, UnmountLimits limits);
+
+/// Ends sshfs after the unmount commands, as `clearLeftovers` does; or, while files of a detached mount are
+/// in use, hands it to `keep`, which says whether it takes over. Ending it then would cut off a file being
+/// written.
+QCoro::Task<UnmountResult> endAfterUnmount(HostSystem host, Shell& shell, MountSession session,
+                                           UnmountOutcome outcome, UnmountLimits limits,
+                                           std::function<bool()> keep);

@@ -3,27 +3,14 @@
 #include "Actions/BrowserSearch.h"
 #include "Actions/Openers.h"
 #include "Mounting/Keys/LegacyKey.h"
-#include "Mounting/ServerState.h"
 #include "System/Async.h"
 #include "System/Preferences.h"
 
-#include <QHostAddress>
-#include <QNetworkInterface>
 #include <QUrl>
-
-#include <algorithm>
 
 namespace {
 const QString globalHotkeyKey = QStringLiteral("GlobalHotkeyEnabled");
 constexpr std::chrono::seconds storingLimit{4};
-
-/// Whether this machine has an address beside those that lead to itself.
-bool hasNetwork() {
-    const QList<QHostAddress> addresses = QNetworkInterface::allAddresses();
-    return std::any_of(addresses.begin(), addresses.end(), [](const QHostAddress& address) {
-        return !address.isLoopback() && !address.isLinkLocal();
-    });
-}
 } // namespace
 
 AppState::AppState(AppServices services, DesktopCommands desktop, QObject* parent)
@@ -51,7 +38,7 @@ AppState::AppState(AppServices services, DesktopCommands desktop, QObject* paren
       m_accounts(m_oauth, m_api, services.preferences, m_report, m_loading),
       m_connections(m_context, m_sshfsMounter, m_preferences,
                     [this](const Guidance& guidance) { m_guidance.show(guidance); }),
-      m_care(m_connections, m_sshfsMounter, m_preferences, m_report), m_actions(m_context),
+      m_care(m_connections, m_sshfsMounter, m_preferences, m_report, m_guidance), m_actions(m_context),
       m_globalHotkeyEnabled(m_preferences.boolean(globalHotkeyKey).value_or(true)) {
     publishParts();
     m_accounts.loadAccountsRegistry();
@@ -108,9 +95,10 @@ void AppState::wireHotkey() {
 
 RowState AppState::rowState(const QString& domain) const {
     const bool connected = connectedDomains().contains(domain);
-    const RowFacts facts = RowFacts::of(userProfile(), connected, m_visibleProjects.isKept(domain));
-    return {connected, m_connections.connectingSince(domain), ProjectActions::offers(facts),
-            m_connections.isLost(domain)};
+    RowFacts facts = RowFacts::of(userProfile(), connected);
+    facts.kept = m_visibleProjects.isKept(domain);
+    facts.lost = m_connections.isLost(domain);
+    return {connected, m_connections.connectingSince(domain), ProjectActions::offers(facts), facts.lost};
 }
 
 void AppState::showKeptProjects() {
@@ -124,7 +112,7 @@ void AppState::showKeptProjects() {
 void AppState::networkChanged() {
     constexpr std::chrono::minutes betweenLoads{1};
     // Without any network a connection may still survive until it is back; nothing could replace it now.
-    if (!hasNetwork())
+    if (!NetworkMonitor::hasNetwork())
         return;
     m_care.networkChanged();
     if (connectionStatus() != ConnectionStatus::Case::failure || !m_oauth.accessToken() ||
@@ -152,44 +140,6 @@ QCoro::Task<> AppState::startUp() {
 QCoro::Task<> AppState::prepareLoad() {
     m_preferences.retry(); // the disk may have room again
     return m_accounts.takeTokens();
-}
-
-QCoro::Task<QStringList> AppState::writtenDomains() {
-    const QList<MountSession> mounts = m_sshfsMounter.sessions().values();
-    const QList<MountSession> kept = m_sshfsMounter.keptUntilClosed();
-    QCoro::Task<QStringList> ofMounts = ::writtenDomains(mounts);
-    QStringList domains = co_await transferringDomains(kept, std::chrono::milliseconds(400));
-    domains += co_await ofMounts;
-    domains.removeDuplicates();
-    co_return domains;
-}
-
-QCoro::Task<> AppState::askToQuit(std::function<void()> quit) {
-    const int question = ++m_quitQuestions;
-    const QStringList written = co_await writtenDomains();
-    if (question != m_quitQuestions)
-        co_return; // asked again meanwhile
-    if (written.isEmpty()) {
-        quit();
-        co_return;
-    }
-    m_guidance.answer(-1); // this question is the urgent one
-    m_guidance.show(quitGuidance(
-        written, [this, quit] { quitWhenWritten(quit); }, quit));
-}
-
-QCoro::Task<> AppState::quitWhenWritten(std::function<void()> quit) {
-    constexpr std::chrono::seconds betweenLooks{1};
-    const int question = ++m_quitQuestions;
-    for (;;) {
-        const QStringList written = co_await writtenDomains();
-        if (question != m_quitQuestions)
-            co_return;
-        if (written.isEmpty())
-            break;
-        co_await Async::sleep(betweenLooks);
-    }
-    quit();
 }
 
 QCoro::Task<> AppState::shutDown() {

@@ -106,10 +106,6 @@ class AppState : public QObject {
     void setStartsAtLogin(bool starts);
     void setReconnectsAtStart(bool reconnects);
 
-    /// Calls `quit` when nothing is being written to a mount. Otherwise asks the user, who may have it called
-    /// when all is written, at once, or not at all.
-    QCoro::Task<> askToQuit(std::function<void()> quit);
-
     /// Takes every mount down, and waits for tokens that are being renewed or stored; done within five
     /// seconds. Nothing is mounted afterwards.
     QCoro::Task<> shutDown();
@@ -190,8 +186,6 @@ class AppState : public QObject {
     void showKeptProjects();
     void networkChanged();
     QCoro::Task<> detachForSleep();
-    QCoro::Task<QStringList> writtenDomains();
-    QCoro::Task<> quitWhenWritten(std::function<void()> quit);
 
     const HostSystem m_host;
     Preferences& m_preferences;
@@ -215,7 +209,6 @@ class AppState : public QObject {
     SleepMonitor m_sleepMonitor;
     NetworkMonitor m_networkMonitor;
     QDeadlineTimer m_nextLoad; ///< a load that failed is not tried again by itself before
-    int m_quitQuestions = 0;
     bool m_globalHotkeyEnabled = true;
     QString m_hotkeyProblem;
 };

@@ -4,6 +4,8 @@
 #include "Mounting/ServerState.h"
 #include "State/ActivityReport.h"
 #include "State/Connections.h"
+#include "State/GuidanceQuestion.h"
+#include "System/Async.h"
 #include "System/Preferences.h"
 
 #include <QCoroSignal>
@@ -17,10 +19,10 @@
 namespace {
 const QString reconnectKey = QStringLiteral("ReconnectAtStart");
 const QString projectsKey = QStringLiteral("ConnectedProjects");
-constexpr std::chrono::seconds silence{2};
+constexpr SilenceLimits silence{std::chrono::seconds(2), std::chrono::seconds(20)};
 constexpr std::chrono::milliseconds firstPause{500};
 constexpr std::chrono::milliseconds longestPause{30'000};
-constexpr int mostAttempts = 12; // about four minutes
+constexpr int mostPauses = 12; // about four minutes
 
 QByteArray encoded(const QList<Project>& projects) {
     QJsonArray array;
@@ -53,20 +55,31 @@ QList<Project> decoded(const QByteArray& json) {
 } // namespace
 
 ConnectionCare::ConnectionCare(Connections& connections, SSHFSMounter& mounter, Preferences& preferences,
-                               ActivityReport& report)
+                               ActivityReport& report, GuidanceQuestion& question)
     : m_connections(connections), m_mounter(mounter), m_preferences(preferences), m_report(report),
-      m_reconnectsAtStart(preferences.boolean(reconnectKey).value_or(false)) {
-    connect(&m_connections, &Connections::connectionChanged, this, &ConnectionCare::remember);
+      m_question(question), m_reconnectsAtStart(preferences.boolean(reconnectKey).value_or(false)) {
+    connect(&m_connections, &Connections::connectionChanged, this, &ConnectionCare::connectionChanged);
+}
+
+void ConnectionCare::connectionChanged(const QString& domain, bool connected) {
+    if (connected || !m_connections.isLost(domain)) // the user has connected it, or does not want it any more
+        m_comingBack.remove(domain);
+    remember();
 }
 
 QCoro::Task<> ConnectionCare::startUp() {
     const QPointer<ConnectionCare> guard(this);
     const QList<Project> former = decoded(m_preferences.data(projectsKey).value_or(QByteArray()));
+    if (m_reconnectsAtStart) {
+        for (const Project& project : former) // from now on they are remembered
+            m_comingBack.insert(project.domain, project);
+    }
     co_await m_connections.clearLeftBehind();
-    if (!guard || !m_reconnectsAtStart)
+    if (!guard)
         co_return;
-    for (const Project& project : former)
-        bringBack(project);
+    const QHash<QString, Project> comingBack = m_comingBack;
+    for (const Project& project : comingBack)
+        keepTrying(project);
 }
 
 void ConnectionCare::setReconnectsAtStart(bool reconnects) {
@@ -90,6 +103,7 @@ void ConnectionCare::remember() {
 
 QCoro::Task<> ConnectionCare::prepareForSleep() {
     const QPointer<ConnectionCare> guard(this);
+    m_asleep = true;
     const QList<Project> detached = co_await m_mounter.detachIdle();
     if (!guard)
         co_return;
@@ -98,60 +112,113 @@ QCoro::Task<> ConnectionCare::prepareForSleep() {
     for (const Project& project : detached)
         m_report.log(QStringLiteral("%1 vor dem Ruhezustand getrennt.").arg(project.domain),
                      ActivityLogLevel::info);
+    if (!m_asleep) // the system did not wait, and has woken up already
+        bringBack(std::exchange(m_detached, {}));
 }
 
 void ConnectionCare::wakeUp() {
-    for (const Project& project : std::exchange(m_detached, {}))
-        bringBack(project);
+    m_asleep = false;
+    bringBack(std::exchange(m_detached, {}));
     networkChanged();
 }
 
-QCoro::Task<> ConnectionCare::networkChanged() {
+void ConnectionCare::networkChanged() {
     Q_EMIT tryAgain();
-    m_askAgain = true;
-    if (m_asking)
-        co_return;
-    m_asking = true;
+    const QStringList domains = m_mounter.sessions().keys();
+    for (const QString& domain : domains) {
+        if (m_asking.contains(domain))
+            m_asking.insert(domain, true);
+        else
+            renewIfSilent(domain);
+    }
+}
+
+QCoro::Task<> ConnectionCare::renewIfSilent(QString domain) {
     const QPointer<ConnectionCare> guard(this);
-    while (guard && std::exchange(m_askAgain, false)) {
-        const QList<MountSession> mounts = m_mounter.sessions().values();
-        const QStringList renewed = co_await renewSilentConnections(mounts, silence);
+    do {
+        m_asking.insert(domain, false);
+        const MountSession session = m_mounter.sessions().value(domain);
+        if (!session.process)
+            break;
+        const bool renewed = co_await renewSilentConnection(session, silence);
         if (!guard)
             co_return;
-        for (const QString& domain : renewed)
+        if (renewed)
             m_report.log(
                 QStringLiteral("Die Verbindung zu %1 stand still und wurde neu aufgebaut. Dateien, die "
                                "geöffnet waren, melden einen Fehler.")
                     .arg(domain),
                 ActivityLogLevel::warning);
-    }
-    m_asking = false;
+    } while (m_asking.value(domain));
+    m_asking.remove(domain);
 }
 
-QCoro::Task<> ConnectionCare::bringBack(Project project) {
+void ConnectionCare::bringBack(const QList<Project>& projects) {
+    for (const Project& project : projects) {
+        if (m_comingBack.contains(project.domain))
+            continue; // being tried already
+        m_comingBack.insert(project.domain, project);
+        keepTrying(project);
+    }
+}
+
+QCoro::Task<> ConnectionCare::keepTrying(Project project) {
     const QString domain = project.domain;
-    if (m_comingBack.contains(domain))
-        co_return;
-    m_comingBack.insert(domain, project);
     const QPointer<ConnectionCare> guard(this);
-    auto outcome = Connections::Reconnected::notYet;
     std::chrono::milliseconds pause = firstPause;
-    for (int attempt = 0; attempt < mostAttempts; ++attempt) {
-        outcome = co_await m_connections.reconnect(project);
-        if (!guard || m_ended)
+    for (int pauses = 0; pauses < mostPauses;) {
+        const auto outcome = co_await m_connections.reconnect(project);
+        if (!guard || m_ended || !m_comingBack.contains(domain))
             co_return;
-        if (outcome != Connections::Reconnected::notYet)
+        if (outcome == Connections::Reconnected::refused)
             break;
         m_connections.markLost(project); // until it is back; a click on the row tries at once
-        co_await qCoro(this, &ConnectionCare::tryAgain, pause);
-        if (!guard || m_ended)
+        const auto woken = co_await qCoro(this, &ConnectionCare::tryAgain, pause);
+        if (!guard || m_ended || !m_comingBack.contains(domain))
             co_return;
+        if (woken)
+            continue;
+        ++pauses;
         pause = std::min(2 * pause, longestPause);
     }
     m_comingBack.remove(domain);
-    if (outcome == Connections::Reconnected::yes)
-        co_return;
     m_report.log(QStringLiteral("%1 konnte nicht wieder verbunden werden.").arg(domain),
                  ActivityLogLevel::error);
     m_connections.markLost(project);
+}
+
+QCoro::Task<QStringList> ConnectionCare::writtenDomains() {
+    return ::writtenDomains(m_mounter.sessions().values(), m_mounter.keptUntilClosed());
+}
+
+QCoro::Task<> ConnectionCare::askToQuit(std::function<void()> quit) {
+    const QPointer<ConnectionCare> guard(this);
+    const int question = ++m_quitQuestions;
+    const QStringList written = co_await writtenDomains();
+    if (!guard || question != m_quitQuestions)
+        co_return; // asked again meanwhile
+    if (written.isEmpty()) {
+        quit();
+        co_return;
+    }
+    m_question.answer(-1); // this question is the urgent one
+    const std::function<void()> wait = [this, quit] { quitWhenWritten(quit); };
+    m_question.show(quitGuidance(written, wait, quit));
+}
+
+QCoro::Task<> ConnectionCare::quitWhenWritten(std::function<void()> quit) {
+    constexpr std::chrono::seconds betweenLooks{1};
+    const QPointer<ConnectionCare> guard(this);
+    const int question = ++m_quitQuestions;
+    for (;;) {
+        const QStringList written = co_await writtenDomains();
+        if (!guard || question != m_quitQuestions)
+            co_return;
+        if (written.isEmpty())
+            break;
+        co_await Async::sleep(betweenLooks);
+        if (!guard)
+            co_return;
+    }
+    quit();
 }

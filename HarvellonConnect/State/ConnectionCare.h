@@ -7,8 +7,12 @@
 #include <QList>
 #include <QObject>
 #include <QString>
+#include <QStringList>
+
+#include <functional>
 
 class ActivityReport;
+class GuidanceQuestion;
 class Connections;
 class Preferences;
 class SSHFSMounter;
@@ -17,6 +21,7 @@ class SSHFSMounter;
 ///
 ///     prepareForSleep ──▶ idle mounts detached ──▶ wakeUp ──▶ bringBack
 ///     networkChanged ──▶ each server asked ──silent──▶ connection made anew, in the same mount
+///     askToQuit ──▶ is something being written? ──▶ the user decides
 ///     startUp ──▶ leftovers of a crash cleared ──▶ bringBack, where the user wants it
 ///
 ///     bringBack ──▶ mounted, without an editor
@@ -30,7 +35,7 @@ class ConnectionCare : public QObject {
   public:
     /// All that is referred to outlives this.
     ConnectionCare(Connections& connections, SSHFSMounter& mounter, Preferences& preferences,
-                   ActivityReport& report);
+                   ActivityReport& report, GuidanceQuestion& question);
 
     /// Takes down what an earlier run has left mounted, then mounts again what was mounted when it ended, if
     /// the user wants that. Never fails.
@@ -45,8 +50,12 @@ class ConnectionCare : public QObject {
     QCoro::Task<> prepareForSleep();
     /// Mounts again what `prepareForSleep` has detached, and asks the servers of the rest.
     void wakeUp();
-    /// Gives a new connection to mounts whose server does not answer any more. Never fails.
-    QCoro::Task<> networkChanged();
+    /// Asks all servers, and gives a new connection to mounts whose server does not answer. Returns at once.
+    void networkChanged();
+
+    /// Calls `quit` when nothing is being written to a mount. Otherwise asks the user, who may have it called
+    /// when all is written, at once, or not at all.
+    QCoro::Task<> askToQuit(std::function<void()> quit);
 
     /// The program ends: what is mounted now is what the next start brings back.
     void end() { m_ended = true; }
@@ -56,17 +65,24 @@ class ConnectionCare : public QObject {
     void tryAgain();
 
   private:
-    QCoro::Task<> bringBack(Project project);
+    void bringBack(const QList<Project>& projects);
+    QCoro::Task<> keepTrying(Project project);
+    QCoro::Task<> renewIfSilent(QString domain);
+    QCoro::Task<> quitWhenWritten(std::function<void()> quit);
+    QCoro::Task<QStringList> writtenDomains();
+    void connectionChanged(const QString& domain, bool connected);
     void remember();
 
     Connections& m_connections;
     SSHFSMounter& m_mounter;
     Preferences& m_preferences;
     ActivityReport& m_report;
+    GuidanceQuestion& m_question;
     bool m_reconnectsAtStart = false;
+    bool m_asleep = false;     ///< or about to be
     QList<Project> m_detached; ///< before the system fell asleep
     QHash<QString, Project> m_comingBack;
-    bool m_asking = false;
-    bool m_askAgain = false;
+    QHash<QString, bool> m_asking; ///< domains whose server is being asked, and whether to ask once more
+    int m_quitQuestions = 0;
     bool m_ended = false;
 };

@@ -5,6 +5,7 @@
 #include "Mounting/SSHFSMounter.h"
 #include "Mounting/Setup/SSHFSGuidance.h"
 #include "Mounting/Setup/SSHFSReadiness.h"
+#include "State/GuidanceQuestion.h"
 #include "System/Preferences.h"
 
 #include <QPointer>
@@ -74,6 +75,8 @@ QCoro::Task<Connections::Reconnected> Connections::reconnect(Project project) {
     const QString domain = project.domain;
     if (m_mounter.mountPoint(domain))
         co_return Reconnected::yes;
+    if (m_mounter.isOccupied(domain))
+        co_return Reconnected::refused; // somebody works in it; a click on the row replaces it
     if (m_connecting.contains(domain))
         co_return Reconnected::notYet;
     m_connecting.insert(domain, QDateTime::currentDateTime());
@@ -153,10 +156,16 @@ void Connections::warnAbout(UnmountResult result, const QString& domain) {
                            "dem Server ist oder das Programm endet.")
                 .arg(domain));
         break;
+    case UnmountResult::stalled:
+        m_report.warn(
+            QStringLiteral(
+                "Der Server von %1 antwortet nicht. Was gerade geschrieben wird, kommt nur an, wenn er "
+                "sich bald wieder meldet.")
+                .arg(domain));
+        break;
     case UnmountResult::cutOff:
         m_report.warn(
-            QStringLiteral("Der Server von %1 antwortet nicht. Was gerade geschrieben wurde, ist dort "
-                           "nicht vollständig angekommen.")
+            QStringLiteral("Auf %1 wurde noch geschrieben. Das ist dort nicht vollständig angekommen.")
                 .arg(domain));
         break;
     }
@@ -232,7 +241,9 @@ QCoro::Task<> Connections::offerLinks(Project project) {
 
 void Connections::followLinks(const Project& project) {
     const QString domains = m_preferences.text(followLinksKey).value_or(QString());
-    m_preferences.set(followLinksKey, domains + project.domain + QLatin1Char('\n'));
+    if (!m_preferences.set(followLinksKey, domains + project.domain + QLatin1Char('\n')))
+        m_report.warn(QStringLiteral("Die Einstellungen konnten nicht gespeichert werden: %1")
+                          .arg(m_preferences.file()));
     followLinksAnew(project);
 }
 

@@ -1,7 +1,36 @@
 #include "State/GuidanceQuestion.h"
 
 #include "Actions/Openers.h"
+#include "Directory/Project.h"
 #include "System/Reporter.h"
+
+namespace {
+const GuidanceButton cancel{QStringLiteral("Abbrechen"), GuidanceButton::Action::none, {}, {}};
+} // namespace
+
+Guidance linkGuidance(const Project& project, const std::function<void()>& follow) {
+    return {
+        QStringLiteral("Der Ordner „%1“ ist eine Verknüpfung").arg(project.documentFolder()),
+        QStringLiteral(
+            "Bei %1 führt sie aus dem gemounteten Baum hinaus. Der Server kann sie selbst auflösen: Dann "
+            "ist ihr Ziel hier wie ein gewöhnlicher Ordner zu sehen. Dazu wird das Projekt neu verbunden; "
+            "die Einstellung gilt für dieses Projekt und bleibt gemerkt.")
+            .arg(project.domain),
+        {{QStringLiteral("Auf dem Server auflösen"), GuidanceButton::Action::call, {}, {}, follow}, cancel}};
+}
+
+Guidance quitGuidance(const QStringList& domains, const std::function<void()>& wait,
+                      const std::function<void()>& quit) {
+    const QString title = domains.size() == 1
+                              ? QStringLiteral("Auf 1 Projekt wird noch geschrieben")
+                              : QStringLiteral("Auf %1 Projekten wird noch geschrieben").arg(domains.size());
+    return {title,
+            QStringLiteral("%1\n\nWenn Harvellon Connect jetzt endet, kommt auf dem Server nicht alles an.")
+                .arg(domains.join(QLatin1Char('\n'))),
+            {{QStringLiteral("Warten, dann beenden"), GuidanceButton::Action::call, {}, {}, wait},
+             {QStringLiteral("Trotzdem beenden"), GuidanceButton::Action::call, {}, {}, quit},
+             cancel}};
+}
 
 void GuidanceQuestion::show(const Guidance& guidance) {
     if (m_guidance)

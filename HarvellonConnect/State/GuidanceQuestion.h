@@ -4,11 +4,20 @@
 
 #include <QObject>
 #include <QString>
+#include <QStringList>
 #include <QVariantMap>
 
+#include <functional>
 #include <optional>
 
 struct ActionContext;
+struct Project;
+
+/// For a program that is to end while data is being written to mounts.
+Guidance quitGuidance(const QStringList& domains, const std::function<void()>& wait,
+                      const std::function<void()>& quit);
+/// For a project whose document folder is a link that only the server can follow; `follow` mounts it anew.
+Guidance linkGuidance(const Project& project, const std::function<void()>& follow);
 
 /// The guidance alert that is open, if any, and what its buttons do. Main thread.
 class GuidanceQuestion : public QObject {

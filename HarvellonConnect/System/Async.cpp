@@ -1,6 +1,9 @@
 #include "System/Async.h"
 
 #include <QCoroTimer>
+#include <QDeadlineTimer>
+
+#include <algorithm>
 
 namespace {
 constexpr int mostWorkers = 64; // many mounts may each block one thread
@@ -13,6 +16,17 @@ QThreadPool& Async::workers() {
         return created;
     }();
     return *pool;
+}
+
+QCoro::Task<bool> Async::allFinishWithin(QList<QFuture<void>> futures, std::chrono::milliseconds limit) {
+    const QDeadlineTimer deadline(limit);
+    for (const QFuture<void>& future : futures) {
+        const std::chrono::milliseconds left(std::max<qint64>(deadline.remainingTime(), 1));
+        const bool finished = co_await finishesWithin(future, left);
+        if (!finished)
+            co_return false;
+    }
+    co_return true;
 }
 
 QCoro::Task<> Async::sleep(std::chrono::milliseconds duration) {

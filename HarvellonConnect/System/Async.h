@@ -5,6 +5,7 @@
 #include <QCoroTask>
 #include <QFuture>
 #include <QFutureWatcher>
+#include <QList>
 #include <QThreadPool>
 #include <QtConcurrentRun>
 
@@ -34,6 +35,9 @@ QCoro::Task<bool> finishesWithin(QFuture<T> future, std::chrono::milliseconds li
     const auto finished = co_await qCoro(&watcher, &QFutureWatcherBase::finished, limit);
     co_return finished.has_value();
 }
+
+/// Whether all of them finish before `limit` passes.
+QCoro::Task<bool> allFinishWithin(QList<QFuture<void>> futures, std::chrono::milliseconds limit);
 
 /// Runs `work` on a worker thread and yields its result, or nothing when `limit` passes first. Work that is
 /// late goes on and its result is dropped, so it must own all that it touches.

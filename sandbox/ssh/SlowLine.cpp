@@ -161,6 +161,14 @@ void SlowLine::freezeConnections() {
     wake();
 }
 
+void SlowLine::thawConnections() {
+    {
+        const std::lock_guard lock(m_mutex);
+        m_thaw = true;
+    }
+    wake();
+}
+
 void SlowLine::work() {
     std::vector<std::unique_ptr<Connection>> connections;
     while (!m_stopping) {
@@ -185,8 +193,8 @@ void SlowLine::work() {
             const std::lock_guard lock(m_mutex);
             quality = m_quality;
             for (const auto& connection : connections)
-                connection->frozen = connection->frozen || m_freeze;
-            m_freeze = false;
+                connection->frozen = (connection->frozen || m_freeze) && !m_thaw;
+            m_freeze = m_thaw = false;
         }
         size_t index = 2;
         for (const auto& connection : connections) {

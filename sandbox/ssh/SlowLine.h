@@ -31,6 +31,7 @@ class SlowLine {
 
     /// The connections that exist now stand for ever and carry nothing; later ones work.
     void freezeConnections();
+    void thawConnections();
 
   private:
     struct Connection;
@@ -45,6 +46,7 @@ class SlowLine {
     std::mutex m_mutex;
     Quality m_quality;
     bool m_freeze = false;
+    bool m_thaw = false;
     std::atomic<bool> m_stopping = false;
     std::thread m_thread;
 };

@@ -81,8 +81,8 @@ class MounterFixture : public QObject {
         MountLimits limits;
         using std::chrono::milliseconds;
         limits.startInterval = milliseconds(40);
-        limits.unmount = {milliseconds(600), milliseconds(600), milliseconds(200), true};
-        limits.sleep = {milliseconds(600), milliseconds(600), milliseconds(200), false};
+        limits.unmount = {milliseconds(600), milliseconds(600), milliseconds(200), true, milliseconds(1500)};
+        limits.sleep = {milliseconds(600), milliseconds(600), milliseconds(200), false, milliseconds(0)};
         return limits;
     }
 
@@ -119,7 +119,8 @@ class MounterFixture : public QObject {
     /// Looks at the mode of the folder, because the tests may run as root.
     static bool nobodyCanSaveInto(const QString& folder) {
         constexpr QFile::Permissions saving = QFile::WriteOwner | QFile::WriteGroup | QFile::WriteOther;
-        return QFileInfo::exists(folder) && !(QFile::permissions(folder) & saving);
+        constexpr QFile::Permissions reaching = QFile::ExeOwner | QFile::ExeGroup | QFile::ExeOther;
+        return QFileInfo::exists(folder) && !(QFile::permissions(folder) & (saving | reaching));
     }
 
     void verifyNothingLeft() {

@@ -158,6 +158,14 @@ class TestMounter : public MounterFixture {
         const QFile::Permissions former = QFile::permissions(mountPoint(0));
         QVERIFY(await(m_mounter->mount(project(0))).coversFiles);
         QVERIFY(!file.exists());
+        for (const pid_t pid : processesWith(mountPoint(0)))
+            ::kill(pid, SIGKILL);
+        QTRY_VERIFY(!MountTable::lists(mountPoint(0)));
+        m_platform->ssh().acceptKey(false);
+        QVERIFY(mountFailure(project(0)) != "none"_L1);
+        QVERIFY(nobodyCanSaveInto(mountPoint(0))); // an editor may have the tree open still
+        m_platform->ssh().acceptKey(true);
+        QCOMPARE(mountFailure(project(0)), u"none"_s);
         QCOMPARE(unmountFailure(hosted(0).domain), u"none"_s);
         QCOMPARE(QFile::permissions(mountPoint(0)), former); // else the user could not move the file
         QVERIFY(file.exists());
@@ -207,7 +215,6 @@ class TestMounter : public MounterFixture {
 
     void callsForOneDomainDoNotCollide() {
         auto first = m_mounter->mount(project(0));
-        QVERIFY(m_mounter->isMounting(hosted(0).domain));
         QVERIFY(mountFailure(project(0)).endsWith(u" wird bereits verbunden."_s));
         const MountSession session = await(std::move(first));
         auto unmounting = m_mounter->unmount(session.domain);

@@ -4,6 +4,7 @@
 
 #include <QElapsedTimer>
 #include <QProcess>
+#include <QTimer>
 
 #include <csignal>
 #include <thread>
@@ -50,6 +51,44 @@ class TestUnmounting : public MounterFixture {
                      QList<pid_t>()); // sshfs ends by itself when the file is closed
     }
 
+    void whatSomebodyElseHasDetachedStaysWritable() {
+        QCOMPARE(mountFailure(project(0)), u"none"_s);
+        QFile file(mountPoint(0) + u"/web/fremd.txt"_s);
+        QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
+        QCOMPARE(QProcess::execute(u"fusermount3"_s, {u"-u"_s, u"-z"_s, mountPoint(0)}), 0);
+        QVERIFY(unmountFailure(hosted(0).domain) != "none"_L1); // every command fails
+        QCOMPARE(file.write("alles"), 5);
+        file.close();
+        QCOMPARE(QFile(project(0).path + u"/web/fremd.txt"_s).size(), 5);
+        QTRY_VERIFY(m_mounter->keptUntilClosed().isEmpty());
+    }
+
+    void commandsThatCutOffWaitForWriters_data() {
+        QTest::addColumn<int>("closesAfter");
+        QTest::addColumn<int>("atLeast");
+        QTest::addColumn<UnmountResult>("result");
+        QTest::newRow("closed in time") << 700 << 600 << UnmountResult::ended;
+        QTest::newRow("never closed") << 60'000 << 1500 << UnmountResult::cutOff;
+    }
+
+    void commandsThatCutOffWaitForWriters() {
+        QFETCH(const int, closesAfter);
+        QFETCH(const int, atLeast);
+        QFETCH(const UnmountResult, result);
+        HostSystem host = this->host();
+        host.forcedUnmountDetaches = false; // as on macOS
+        m_mounter = mounter(host);
+        QCOMPARE(mountFailure(project(0)), u"none"_s);
+        QFile file(mountPoint(0) + u"/web/neu.txt"_s);
+        QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
+        QTimer::singleShot(closesAfter, this, [&file] { file.close(); });
+        QElapsedTimer timer;
+        timer.start();
+        QCOMPARE(await(m_mounter->unmount(hosted(0).domain)), result);
+        QVERIFY2(timer.elapsed() >= atLeast, qPrintable(QString::number(timer.elapsed())));
+        file.close();
+    }
+
     void failureOfAllUnmountCommandsIsReported() {
         HostSystem mac = HostSystem::macOS(m_home->path());
         mac.sshfsCandidates = {u"/usr/bin/sshfs"_s};
@@ -93,8 +132,8 @@ class TestUnmounting : public MounterFixture {
 
     void silentServerHoldsUpNeitherUnmountNorEnd() {
         MountLimits limits;
-        limits.unmount = {200ms, 200ms, 100ms, true};
-        limits.quit = {200ms, 200ms, 100ms, false};
+        limits.unmount = {200ms, 200ms, 100ms, true, 0ms};
+        limits.quit = {200ms, 200ms, 100ms, false, 0ms};
         limits.killAfter = 450ms;
         m_mounter = mounter(host(), limits);
         for (int i = 0; i < 3; ++i)

@@ -1,8 +1,10 @@
 #include "StateFixture.h"
 
 #include "System/Tables/MountTable.h"
+#include "sandbox/ssh/SlowLine.h"
 
 #include <QFile>
+#include <QProcess>
 
 using namespace Qt::StringLiterals;
 
@@ -235,6 +237,41 @@ class TestAppState : public StateFixture {
         m_state->setGlobalHotkeyEnabled(false);
         QCOMPARE(messages().filter(unsaved).size(), 1);
         QVERIFY(Preferences(host.preferencesFile).data(u"AccountsRegistry"_s));
+    }
+
+    void quittingAsksWhileSomethingIsBeingWritten() {
+        signIn("erika");
+        int quits = 0;
+        const auto quit = [&quits] { ++quits; };
+        await(m_state->parts().care.askToQuit(quit));
+        QCOMPARE(quits, 1);
+        sandbox::SlowLine line(m_platform->ssh().port());
+        line.setQuality({std::chrono::milliseconds(20), 1'000'000});
+        m_platform->ssh().letClientsUse(line.port());
+        await(m_state->parts().connections.connect(project(0)));
+        const QString mounted = m_home->path() + u"/Harvellon/"_s + project(0).domain;
+        m_platform->ssh().letClientsUse(m_platform->ssh().port());
+        QProcess writer;
+        writer.start(u"/usr/bin/dd"_s,
+                     {u"if=/dev/zero"_s, u"of="_s + mounted + u"/upload"_s, u"bs=64k"_s, u"count=40"_s});
+        QTRY_VERIFY(QFileInfo(project(0).path + u"/upload"_s).size() > 0);
+        await(m_state->parts().care.askToQuit(quit));
+        QCOMPARE(quits, 1);
+        QCOMPARE(m_state->guidance().value(u"title"_s).toString(), u"Auf 1 Projekt wird noch geschrieben"_s);
+        m_state->answerGuidance(2);
+        QTest::qWait(100);
+        QCOMPARE(quits, 1);
+        await(m_state->parts().care.askToQuit(quit));
+        m_state->answerGuidance(1);
+        QCOMPARE(quits, 2);
+        await(m_state->parts().care.askToQuit(quit));
+        m_state->answerGuidance(0);
+        QCOMPARE(quits, 2);
+        QTRY_VERIFY_WITH_TIMEOUT(quits == 3, 20'000);
+        QCOMPARE(QFileInfo(project(0).path + u"/upload"_s).size(), 40 * 64 * 1024);
+        QTRY_COMPARE(writer.state(), QProcess::NotRunning);
+        QCOMPARE(writer.exitCode(), 0);
+        await(m_state->shutDown());
     }
 };
 

@@ -1,6 +1,5 @@
 #include "StateFixture.h"
 
-#include "Mounting/ServerState.h"
 #include "System/Tables/MountTable.h"
 #include "sandbox/ssh/ProjectTrees.h"
 #include "sandbox/ssh/SlowLine.h"
@@ -87,9 +86,6 @@ class TestConnections : public StateFixture {
         for (const HoverTarget target :
              {HoverTarget::disconnect, HoverTarget::vscode, HoverTarget::finder, HoverTarget::ssh})
             QVERIFY(offers & bit(target));
-        m_state->setSearchText(u"gibt es nicht"_s);
-        QCOMPARE(m_state->visibleProjects()->count(), 0);
-        m_state->setSearchText({});
         m_state->perform(static_cast<int>(HoverTarget::disconnect), mounted.domain, false);
         QTRY_COMPARE(m_state->visibleProjects()->count(), 0);
         QVERIFY(!MountTable::lists(mountPoint(0)));
@@ -122,8 +118,45 @@ class TestConnections : public StateFixture {
         await(m_state->parts().loading.refresh());
         connectTo(0);
         QVERIFY(!shown(domains.at(0), ProjectListModel::lostRole).toBool());
-        await(m_state->parts().connections.disconnect(domains.at(1), false));
+        m_state->perform(static_cast<int>(HoverTarget::disconnect), domains.at(1),
+                         false); // not wanted any more
         QVERIFY(!shown(domains.at(1), ProjectListModel::lostRole).toBool());
+    }
+
+    void aMountInUseIsNotReplacedAtTheStart() {
+        m_state->setReconnectsAtStart(true);
+        connectTo(0);
+        const QString domain = project(0).domain;
+        QFile file(mountPoint(0) + u"/web/offen.txt"_s);
+        QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
+        start(); // as after a crash
+        QTRY_VERIFY(shown(domain, ProjectListModel::lostRole).toBool());
+        QVERIFY(MountTable::lists(mountPoint(0)));
+        QCOMPARE(file.write("alles"), 5);
+        file.close();
+        QCOMPARE(QFile(project(0).path + u"/web/offen.txt"_s).size(), 5);
+        connectTo(0); // a click replaces it
+    }
+
+    void aShortSleepAndTheUsersWishAreRespected() {
+        connectTo(0);
+        const Project mounted = project(0);
+        ConnectionCare& care = m_state->parts().care;
+        auto preparing = care.prepareForSleep();
+        care.wakeUp(); // before all was detached
+        await(std::move(preparing));
+        QTRY_COMPARE(m_state->connectedDomains(), QSet<QString>{mounted.domain});
+
+        await(care.prepareForSleep());
+        m_platform->ssh().stop();
+        care.wakeUp();
+        QTRY_VERIFY(shown(mounted.domain, ProjectListModel::lostRole).toBool());
+        m_platform->ssh().start();
+        connectTo(0);
+        await(m_state->parts().connections.disconnect(mounted.domain, false));
+        Q_EMIT care.tryAgain();
+        QTest::qWait(1000);
+        QVERIFY(!MountTable::lists(mountPoint(0)));
     }
 
     void mountsComeBackAtTheStart_data() {
@@ -208,67 +241,26 @@ class TestConnections : public StateFixture {
         QVERIFY(listed->result());
         QVERIFY2(timer.elapsed() < 6000, qPrintable(QString::number(timer.elapsed())));
         QTRY_COMPARE(messages().filter(u"wurde neu aufgebaut"_s).size(), 1);
-
-        loseTheList(); // at most once a minute by itself
-        QVERIFY(OwnNetwork::ip(u"link delete v0"_s));
-        QTest::qWait(1000);
-        QVERIFY(m_state->projects().isEmpty());
-    }
-
-    void quittingAsksWhileSomethingIsBeingWritten() {
-        int quits = 0;
-        const auto quit = [&quits] { ++quits; };
-        await(m_state->askToQuit(quit));
-        QCOMPARE(quits, 1);
-        sandbox::SlowLine line(m_platform->ssh().port());
-        line.setQuality({std::chrono::milliseconds(20), 1'000'000});
-        m_platform->ssh().letClientsUse(line.port());
-        connectTo(0);
-        m_platform->ssh().letClientsUse(m_platform->ssh().port());
-        QProcess writer;
-        writer.start(u"/usr/bin/dd"_s, {u"if=/dev/zero"_s, u"of="_s + mountPoint(0) + u"/upload"_s,
-                                        u"bs=64k"_s, u"count=40"_s});
-        QTRY_VERIFY(QFileInfo(project(0).path + u"/upload"_s).size() > 0);
-        await(m_state->askToQuit(quit));
-        QCOMPARE(quits, 1);
-        QCOMPARE(m_state->guidance().value(u"title"_s).toString(), u"Auf 1 Projekt wird noch geschrieben"_s);
-        m_state->answerGuidance(2);
-        QTest::qWait(100);
-        QCOMPARE(quits, 1);
-        await(m_state->askToQuit(quit));
-        m_state->answerGuidance(1);
-        QCOMPARE(quits, 2);
-        await(m_state->askToQuit(quit));
-        m_state->answerGuidance(0);
-        QCOMPARE(quits, 2);
-        QTRY_VERIFY_WITH_TIMEOUT(quits == 3, 20'000);
-        QCOMPARE(QFileInfo(project(0).path + u"/upload"_s).size(), 40 * 64 * 1024);
-        QTRY_COMPARE(writer.state(), QProcess::NotRunning);
-        QCOMPARE(writer.exitCode(), 0);
-        await(m_state->shutDown());
     }
 
     void linksThatTheServerCanFollowAreOffered() {
         const Project linked = project(0);
-        QCOMPARE(linked.documentFolder(), u"web"_s);
-        const QString release = linked.path + u"/../releases/42"_s;
-        QVERIFY(QDir().mkpath(release));
+        QVERIFY(QDir().mkpath(linked.path + u"/../releases/42"_s));
         QVERIFY(QDir().rename(linked.path + u"/web"_s, linked.path + u"/web.alt"_s));
         QVERIFY(QFile::link(u"../releases/42"_s, linked.path + u"/web"_s));
+        const QFileInfo mounted(mountPoint(0) + u"/web"_s);
         connectTo(0);
-        QTRY_VERIFY(!m_state->guidance().isEmpty());
-        QCOMPARE(m_state->guidance().value(u"title"_s).toString(),
-                 u"Der Ordner „web“ ist eine Verknüpfung"_s);
-        QVERIFY(!QFileInfo(mountPoint(0) + u"/web"_s).isDir());
+        QTRY_COMPARE(m_state->guidance().value(u"title"_s).toString(),
+                     u"Der Ordner „web“ ist eine Verknüpfung"_s);
+        QVERIFY(!mounted.isDir());
         m_state->answerGuidance(0);
         QTRY_VERIFY(m_state->connectedDomains().isEmpty());
         QTRY_COMPARE(m_state->connectedDomains().size(), 1);
-        QVERIFY(QFileInfo(mountPoint(0) + u"/web"_s).isDir());
-        QVERIFY(m_state->guidance().isEmpty());
         await(m_state->shutDown());
         start(); // remembered
         connectTo(0);
-        QVERIFY(QFileInfo(mountPoint(0) + u"/web"_s).isDir());
+        QVERIFY(QFileInfo(mounted.filePath()).isDir());
+        QVERIFY(m_state->guidance().isEmpty());
         QVERIFY(QFile::remove(linked.path + u"/web"_s));
         QVERIFY(QDir().rename(linked.path + u"/web.alt"_s, linked.path + u"/web"_s));
     }

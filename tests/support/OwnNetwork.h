@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QFile>
 #include <QProcess>
 
 #include <cerrno>
@@ -14,22 +13,10 @@ namespace OwnNetwork {
 
 using namespace Qt::StringLiterals;
 
-inline bool write(const QString& path, const QByteArray& text) {
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) && file.write(text) == text.size();
-}
-
-/// Moves this process to an empty network of its own, in which it may change everything; an ordinary user
-/// becomes root of that network alone. False when the kernel does not allow it; errno tells why. Only
-/// possible while there is one thread.
+/// Moves this process to an empty network of its own, in which it may change everything. False for a user who
+/// may not; errno tells why. Only possible while there is one thread.
 inline bool enterOwnNetwork() {
-    if (::unshare(CLONE_NEWNET) == 0)
-        return true;
-    const QByteArray user = QByteArray::number(::getuid());
-    const QByteArray group = QByteArray::number(::getgid());
-    return ::unshare(CLONE_NEWUSER | CLONE_NEWNET) == 0 && write(u"/proc/self/setgroups"_s, "deny") &&
-           write(u"/proc/self/uid_map"_s, "0 " + user + " 1") &&
-           write(u"/proc/self/gid_map"_s, "0 " + group + " 1");
+    return ::unshare(CLONE_NEWNET) == 0;
 }
 
 /// Runs `ip` with these words. False when it fails.
@@ -71,9 +58,6 @@ class Witness {
 
     bool hasHeard() const { return peek() > 0; }
 
-    /// Whether more came than a socket holds.
-    bool hasMissed() const { return peek() < 0 && errno == ENOBUFS; }
-
   private:
     ssize_t peek() const {
         char byte = 0;
@@ -82,18 +66,5 @@ class Witness {
 
     int m_socket;
 };
-
-/// The descriptors of this process that receive what the kernel says about the network.
-inline QList<int> listeningSockets() {
-    QList<int> found;
-    for (int descriptor = 0; descriptor < 256; ++descriptor) {
-        sockaddr_nl address{};
-        socklen_t size = sizeof address;
-        if (::getsockname(descriptor, reinterpret_cast<sockaddr*>(&address), &size) == 0 &&
-            address.nl_family == AF_NETLINK && address.nl_groups != 0)
-            found.append(descriptor);
-    }
-    return found;
-}
 
 } // namespace OwnNetwork

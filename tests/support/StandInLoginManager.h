@@ -34,8 +34,7 @@ class StandInLoginManager : public QDBusVirtualObject {
         if (bus().isConnected())
             bus().unregisterService(service()); // waits, so that the next one can have the name
         QDBusConnection::disconnectFromBus(m_connectionName);
-        m_unanswered.clear();
-        m_asleep = m_delaysAnswers = false;
+        m_asleep = false;
         for (const int lock : std::exchange(m_locks, {}))
             ::close(lock);
     }
@@ -65,16 +64,6 @@ class StandInLoginManager : public QDBusVirtualObject {
         return static_cast<int>(m_locks.size());
     }
 
-    /// Leaves requests for a lock without an answer, until `answer`.
-    void delayAnswers() { m_delaysAnswers = true; }
-
-    /// Grants all the locks that have been asked for meanwhile.
-    void answer() {
-        m_delaysAnswers = false;
-        for (const QDBusMessage& call : std::exchange(m_unanswered, {}))
-            grant(call);
-    }
-
     QList<QVariantList> requests; ///< for a lock, with their arguments
 
   private:
@@ -95,8 +84,6 @@ class StandInLoginManager : public QDBusVirtualObject {
             bus().send(call.createErrorReply(
                 QStringLiteral("org.freedesktop.login1.OperationInProgress"),
                 QStringLiteral("The operation inhibition has been requested for is already running")));
-        else if (m_delaysAnswers)
-            m_unanswered.append(call);
         else
             grant(call);
         return true;
@@ -121,7 +108,5 @@ class StandInLoginManager : public QDBusVirtualObject {
 
     QString m_connectionName;
     QList<int> m_locks; ///< the read ends
-    QList<QDBusMessage> m_unanswered;
     bool m_asleep = false;
-    bool m_delaysAnswers = false;
 };

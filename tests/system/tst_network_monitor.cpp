@@ -5,8 +5,6 @@
 #include <QSignalSpy>
 #include <QTest>
 
-#include <net/if.h>
-
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
@@ -77,7 +75,6 @@ class TestNetworkMonitor : public QObject {
         row("another route", {route.arg(u"add"_s, u"2"_s)}, route.arg(u"replace"_s, u"3"_s), true);
         row("route gone", {route.arg(u"add"_s, u"2"_s)}, route.arg(u"del"_s, u"2"_s), true);
         const QString route6 = u"-6 route %1 default via 2001:db8::%2"_s;
-        row("IPv6 route", {}, route6.arg(u"add"_s, u"2"_s), true);
         row("switched off", {}, u"link set v0 down"_s, true);
         row("unplugged", {}, u"link set v1 down"_s, true);
         row("plugged in", {u"link set v1 down"_s}, u"link set v1 up"_s, true);
@@ -85,14 +82,9 @@ class TestNetworkMonitor : public QObject {
         const QString lifetime = u" valid_lft %1 preferred_lft %1"_s;
         row("address renewed", {address.arg(u"add"_s) + lifetime.arg(600)},
             address.arg(u"change"_s) + lifetime.arg(900), false);
-        row("IPv6 address renewed", {address6.arg(u"add"_s) + u" nodad"_s + lifetime.arg(600)},
-            address6.arg(u"change"_s) + lifetime.arg(900), false);
         row("route renewed", {route6.arg(u"add"_s, u"2 expires 600"_s)},
             route6.arg(u"replace"_s, u"2 expires 900"_s), false);
         row("loopback address", {}, u"addr add 198.51.100.8/32 dev lo"_s, false);
-        row("loopback address gone", {u"addr add 198.51.100.8/32 dev lo"_s},
-            u"addr del 198.51.100.8/32 dev lo"_s, false);
-        row("loopback route", {}, u"route add 198.18.0.0/24 dev lo"_s, false);
         row("link-local address", {}, u"-6 addr add fe80::77/64 dev v0 nodad"_s, false);
         row("another table", {}, u"route add default via 192.0.2.2 table 100"_s, false);
         row("interface without address", {u"link add v2 type veth peer name v3"_s, u"link set v3 up"_s},
@@ -124,52 +116,6 @@ class TestNetworkMonitor : public QObject {
         QTRY_COMPARE(listener.told.size(), 1);
         QTest::qWait(silence);
         QCOMPARE(listener.told.size(), 1);
-    }
-
-    void lostMessagesAreToldAsAChange() {
-        const Listener listener;
-        const Witness witness;
-        // Nothing that counts but the last, for which no room is left.
-        QStringList commands;
-        for (int i = 0; i < 4000; ++i)
-            commands.append(u"route add 198.18.%1.%2/32 dev lo table 101"_s.arg(i / 250).arg(i % 250));
-        const QString address = u"addr %1 198.51.100.7/24 dev v0 valid_lft %2 preferred_lft %2"_s;
-        QVERIFY(ipBatch(commands + QStringList{address.arg(u"add"_s).arg(600)}));
-        QVERIFY(witness.hasMissed());
-        QTRY_COMPARE(listener.told.size(), 1);
-        // The lost address is known nevertheless.
-        QTest::qWait(silence);
-        QVERIFY(ip(address.arg(u"change"_s).arg(900)));
-        QTest::qWait(silence);
-        QCOMPARE(listener.told.size(), 1);
-        QVERIFY(ip(u"addr del 198.51.100.7/24 dev v0"_s));
-        QTRY_COMPARE(listener.told.size(), 2);
-    }
-
-    void otherProcessesAreNotBelieved() {
-        const Listener listener;
-        sockaddr_nl receiver{};
-        socklen_t size = sizeof receiver;
-        QCOMPARE(listeningSockets().size(), 1);
-        ::getsockname(listeningSockets().constFirst(), reinterpret_cast<sockaddr*>(&receiver), &size);
-        receiver.nl_groups = 0;
-
-        struct {
-            nlmsghdr header;
-            ifaddrmsg address;
-        } forged{};
-
-        forged.header.nlmsg_len = sizeof forged;
-        forged.header.nlmsg_type = RTM_DELADDR;
-        forged.address.ifa_family = AF_INET;
-        forged.address.ifa_index = ::if_nametoindex("v0");
-        const int sender = ::socket(AF_NETLINK, SOCK_RAW | SOCK_CLOEXEC, NETLINK_ROUTE);
-        const ssize_t sent = ::sendto(sender, &forged, sizeof forged, 0,
-                                      reinterpret_cast<const sockaddr*>(&receiver), sizeof receiver);
-        ::close(sender);
-        QCOMPARE(sent, ssize_t{sizeof forged});
-        QTest::qWait(silence);
-        QCOMPARE(listener.told.size(), 0);
     }
 };
 

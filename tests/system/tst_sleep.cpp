@@ -104,40 +104,6 @@ class TestSleep : public QObject {
         QVERIFY2(timer.elapsed() > limit.count() / 2, qPrintable(QString::number(timer.elapsed())));
     }
 
-    void sleepThatOvertakesTheLock_data() {
-        QTest::addColumn<QByteArray>("then");
-        QTest::addColumn<int>("locks");
-        QTest::newRow("waits for the program") << QByteArray("grant") << 1;
-        QTest::newRow("granted before allowed") << QByteArray("grant allow") << 0;
-        QTest::newRow("allowed before granted") << QByteArray("allow grant") << 0;
-        QTest::newRow("called off before granted") << QByteArray("wake grant") << 1;
-        QTest::newRow("allowed and awake before granted") << QByteArray("allow wake grant") << 1;
-    }
-
-    void sleepThatOvertakesTheLock() {
-        QFETCH(const QByteArray, then);
-        QFETCH(const int, locks);
-        m_manager->delayAnswers();
-        Program program;
-        QTRY_COMPARE(m_manager->requests.size(), 1);
-        m_manager->sleep();
-        QTRY_COMPARE(program.sleeps.size(), 1);
-        for (const QByteArray& step : then.split(' ')) {
-            if (step == "grant")
-                m_manager->answer();
-            else if (step == "allow")
-                program.monitor.allowSleep();
-            else
-                m_manager->wake();
-            QTest::qWait(quiet);
-        }
-        QTRY_COMPARE(m_manager->locksHeld(), locks);
-        if (!then.contains("wake"))
-            m_manager->wake();
-        QTRY_COMPARE(m_manager->locksHeld(), 1);
-        QTRY_COMPARE(program.wakes.size(), 1);
-    }
-
     void aRestartedLoginManagerIsFollowed() {
         Program program;
         QTRY_VERIFY(m_manager->lockIsHeld());
@@ -168,20 +134,6 @@ class TestSleep : public QObject {
         QCOMPARE(program.sleeps.size(), 0);
         m_manager->sleep();
         QTRY_COMPARE(program.sleeps.size(), 1);
-    }
-
-    void theEndOfTheProgramReleasesTheLock() {
-        auto program = std::make_unique<Program>();
-        QTRY_VERIFY(m_manager->lockIsHeld());
-        program.reset();
-        QTRY_VERIFY(!m_manager->lockIsHeld());
-
-        m_manager->delayAnswers();
-        program = std::make_unique<Program>();
-        QTRY_COMPARE(m_manager->requests.size(), 2);
-        program.reset();
-        m_manager->answer();
-        QTRY_VERIFY(!m_manager->lockIsHeld());
     }
 
     void manySleepsAllowedAtOnceLeaveNothingOpen() {

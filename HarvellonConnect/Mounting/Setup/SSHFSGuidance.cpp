@@ -1,6 +1,5 @@
 #include "Mounting/Setup/SSHFSGuidance.h"
 
-#include "Directory/Project.h"
 #include "System/HostSystem.h"
 
 #include <QStringList>
@@ -111,28 +110,4 @@ Guidance setupGuidance(const HostSystem& host) {
 
 Guidance repairGuidance(const HostSystem& host) {
     return host.sshfsSource == SSHFSSource::fuseT ? repairFuseT() : repairPackages(host.osRelease);
-}
-
-Guidance linkGuidance(const Project& project, const std::function<void()>& follow) {
-    return {
-        QStringLiteral("Der Ordner „%1“ ist eine Verknüpfung").arg(project.documentFolder()),
-        QStringLiteral(
-            "Bei %1 führt sie aus dem gemounteten Baum hinaus. Der Server kann sie selbst auflösen: Dann "
-            "ist ihr Ziel hier wie ein gewöhnlicher Ordner zu sehen. Dazu wird das Projekt neu verbunden; "
-            "die Einstellung gilt für dieses Projekt und bleibt gemerkt.")
-            .arg(project.domain),
-        {{QStringLiteral("Auf dem Server auflösen"), GuidanceButton::Action::call, {}, {}, follow}, cancel}};
-}
-
-Guidance quitGuidance(const QStringList& domains, const std::function<void()>& wait,
-                      const std::function<void()>& quit) {
-    const QString title = domains.size() == 1
-                              ? QStringLiteral("Auf 1 Projekt wird noch geschrieben")
-                              : QStringLiteral("Auf %1 Projekten wird noch geschrieben").arg(domains.size());
-    return {title,
-            QStringLiteral("%1\n\nWenn Harvellon Connect jetzt endet, kommt auf dem Server nicht alles an.")
-                .arg(domains.join(QLatin1Char('\n'))),
-            {{QStringLiteral("Warten, dann beenden"), Action::call, {}, {}, wait},
-             {QStringLiteral("Trotzdem beenden"), Action::call, {}, {}, quit},
-             cancel}};
 }

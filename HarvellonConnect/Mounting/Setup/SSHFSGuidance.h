@@ -2,12 +2,10 @@
 
 #include <QList>
 #include <QString>
-#include <QStringList>
 
 #include <functional>
 
 struct HostSystem;
-struct Project;
 
 /// A button of an alert and what it does.
 struct GuidanceButton {
@@ -30,8 +28,3 @@ struct Guidance {
 Guidance setupGuidance(const HostSystem& host);
 /// For an installed sshfs that does not start.
 Guidance repairGuidance(const HostSystem& host);
-/// For a program that is to end while data is being written to mounts.
-Guidance quitGuidance(const QStringList& domains, const std::function<void()>& wait,
-                      const std::function<void()>& quit);
-/// For a project whose document folder is a link that only the server can follow; `follow` mounts it anew.
-Guidance linkGuidance(const Project& project, const std::function<void()>& follow);

@@ -1,5 +1,10 @@
 #include "System/Native/NetworkMonitor.h"
 
+#include <QHostAddress>
+#include <QNetworkInterface>
+
+#include <algorithm>
+
 namespace {
 constexpr std::chrono::seconds longestDelay{2};
 } // namespace
@@ -27,4 +32,11 @@ void NetworkMonitor::tell() {
     m_settled.stop();
     m_overdue.stop();
     Q_EMIT changed();
+}
+
+bool NetworkMonitor::hasNetwork() {
+    const QList<QHostAddress> addresses = QNetworkInterface::allAddresses();
+    return std::any_of(addresses.begin(), addresses.end(), [](const QHostAddress& address) {
+        return !address.isLoopback() && !address.isLinkLocal();
+    });
 }

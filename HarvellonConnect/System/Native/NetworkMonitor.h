@@ -21,6 +21,9 @@ class NetworkMonitor : public QObject {
                             QObject* parent = nullptr);
     ~NetworkMonitor() override;
 
+    /// Whether this machine has an address beside loopback and link-local ones.
+    [[nodiscard]] static bool hasNetwork();
+
   Q_SIGNALS:
     /// Comes from the event loop, never from inside a call.
     void changed();

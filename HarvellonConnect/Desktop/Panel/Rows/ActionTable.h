@@ -21,6 +21,7 @@ struct ShownAction {
     Q_PROPERTY(bool dangerous READ dangerous CONSTANT)
     Q_PROPERTY(bool restsWhileConnecting READ restsWhileConnecting CONSTANT)
     Q_PROPERTY(int slot READ slot CONSTANT)
+    Q_PROPERTY(int slotWhenLost READ slotWhenLost CONSTANT)
 
   public:
     /// An entry of the table. QML may read a value before it is set, so there is always one.
@@ -45,6 +46,8 @@ struct ShownAction {
     [[nodiscard]] bool restsWhileConnecting() const { return action->restsWhileConnecting; }
 
     [[nodiscard]] int slot() const { return action->slotPosition(); }
+
+    [[nodiscard]] int slotWhenLost() const { return action->slotPosition(true); }
 };
 
 /// The table of what can be done with a project, for the views.

@@ -29,7 +29,7 @@ BareIconButton {
     symbol: action.symbol
     tint: iconTint
     width: ActionTable.buttonColumnWidth
-    x: action.slot
+    x: lost ? action.slotWhenLost : action.slot
     y: (Theme.rowHeight - Theme.buttonSide) / 2
 
     onClicked: shift => rail.click(action.target, shift)
