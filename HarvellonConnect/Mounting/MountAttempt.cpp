@@ -1,11 +1,11 @@
 #include "Mounting/MountAttempt.h"
 
+#include "Mounting/Ending/Unmounting.h"
 #include "Mounting/Keys/KnownHosts.h"
 #include "Mounting/MountQuestions.h"
 #include "Mounting/MounterError.h"
 #include "Mounting/SSHFSProcess.h"
 #include "Mounting/Setup/SSHFSReadiness.h"
-#include "Mounting/Unmounting.h"
 #include "System/Async.h"
 #include "System/Logging.h"
 #include "System/Tables/MountTable.h"
@@ -31,7 +31,7 @@ MountAttempt::MountAttempt(HostSystem host, Shell& shell, Project project, Links
 MountAttempt::~MountAttempt() = default;
 
 QString MountAttempt::mountPoint() const {
-    return m_host.mountRoot() + QLatin1Char('/') + m_project.domain;
+    return m_host.mountPoint(m_project.domain);
 }
 
 QCoro::Task<MountSession> MountAttempt::run(std::shared_ptr<MountAttempt> attempt) {
@@ -51,8 +51,14 @@ QCoro::Task<MountSession> MountAttempt::run(std::shared_ptr<MountAttempt> attemp
 }
 
 MountSession MountAttempt::session(mode_t folderMode) const {
-    return {m_project.domain, mountPoint(), m_process,     QDateTime::currentDateTime(),
-            m_project,        m_questions,  m_coversFiles, folderMode};
+    return {m_project.domain,
+            mountPoint(),
+            m_process,
+            QDateTime::currentDateTime(),
+            m_project,
+            m_questions,
+            m_folder->coversFiles(),
+            folderMode};
 }
 
 QCoro::Task<std::optional<MounterError>> MountAttempt::failureOf(std::shared_ptr<MountAttempt> attempt) {
@@ -92,7 +98,6 @@ QCoro::Task<> MountAttempt::start(std::shared_ptr<MountAttempt> attempt) {
         attempt->throwIfCancelled();
     }
     attempt->m_folder.emplace(mountPoint);
-    attempt->m_coversFiles = attempt->m_folder->holdsFiles();
     prepareKnownHosts(attempt->m_host);
     qCInfo(lcSSHFSMounter, "mount: spawning sshfs for %s", qUtf8Printable(attempt->m_project.domain));
     attempt->m_process->start(

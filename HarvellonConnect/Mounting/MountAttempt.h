@@ -91,7 +91,6 @@ class MountAttempt {
     const std::shared_ptr<MountQuestions> m_questions;
     UnmountLimits m_clearLimits;
     bool m_cancelled = false;
-    bool m_coversFiles = false;
     std::optional<MountPointFolder> m_folder; ///< set by `start`
     QPromise<void> m_finished;
 };

@@ -5,8 +5,8 @@
 
 #include <QFile>
 
-#include <algorithm>
 #include <cerrno>
+#include <dirent.h>
 #include <fcntl.h>
 #include <filesystem>
 #include <set>
@@ -14,6 +14,10 @@
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
+
+namespace {
+constexpr mode_t sealed = S_IRUSR;
+}
 
 MountPointFolder::MountPointFolder(const QString& path) : m_path(path) {
     const QByteArray name = QFile::encodeName(path);
@@ -40,25 +44,38 @@ MountPointFolder::~MountPointFolder() {
     seal();
 }
 
-bool MountPointFolder::holdsFiles(const QString& path) {
-    const std::set<std::string> addedByFileManagers{".DS_Store", ".directory", ".localized"};
-    std::error_code error;
+bool MountPointFolder::holdsFiles(int descriptor) {
+    static const std::set<std::string> ignored{".", "..", ".DS_Store", ".directory", ".localized"};
+    DIR* const folder = ::fdopendir(::dup(descriptor));
+    if (!folder)
+        return false;
+    bool found = false;
     // Only names are read: in a sealed folder nothing else can be asked of a file.
-    std::filesystem::directory_iterator entries(QFile::encodeName(path).toStdString(), error);
-    return std::any_of(begin(entries), end(entries), [&addedByFileManagers](const auto& entry) {
-        return !addedByFileManagers.contains(entry.path().filename().string());
-    });
+    while (const dirent* const entry = ::readdir(folder))
+        found = found || !ignored.contains(entry->d_name);
+    ::closedir(folder);
+    return found;
 }
 
 void MountPointFolder::seal() {
     if (m_descriptor < 0)
         return;
-    ::fchmod(m_descriptor, S_IRUSR);
+    ::fchmod(m_descriptor, sealed);
+    m_coversFiles = holdsFiles(m_descriptor); // now, because something may have been saved until just before
     ::close(m_descriptor);
     m_descriptor = -1;
 }
 
 void MountPointFolder::release(const QString& path, mode_t mode) {
-    if (!MountTable::lists(path) && holdsFiles(path))
-        ::chmod(QFile::encodeName(path).constData(), mode);
+    if (MountTable::lists(path))
+        return;
+    const int folder = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (folder < 0)
+        return;
+
+    struct stat status {};
+
+    if (::fstat(folder, &status) == 0 && (status.st_mode & S_IRWXU) == sealed && holdsFiles(folder))
+        ::fchmod(folder, mode);
+    ::close(folder);
 }

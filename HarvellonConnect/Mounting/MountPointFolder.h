@@ -16,9 +16,9 @@ class MountPointFolder {
     ~MountPointFolder();
     Q_DISABLE_COPY_MOVE(MountPointFolder)
 
-    /// Whether the folder has files that a mount would hide. The files that file managers add by themselves
-    /// do not count.
-    [[nodiscard]] bool holdsFiles() const { return holdsFiles(m_path); }
+    /// Whether the folder had files when it was sealed, which a mount hides now. The files that file managers
+    /// add by themselves do not count.
+    [[nodiscard]] bool coversFiles() const { return m_coversFiles; }
 
     /// The permissions that the folder had before.
     [[nodiscard]] mode_t formerMode() const { return m_formerMode; }
@@ -26,15 +26,16 @@ class MountPointFolder {
     /// Seals the local folder, whether or not a tree is mounted on it by now.
     void seal();
 
-    /// Gives the folder at `path` permissions back when it holds files of the user, who could not reach them
-    /// otherwise. Does nothing while something is mounted there, or when the folder is empty. Only for a
-    /// folder in which no program works any more.
+    /// Gives the sealed folder at `path` permissions back when it holds files of the user, who could not
+    /// reach them otherwise. Does nothing while something is mounted there, or when the folder is empty. Only
+    /// for a folder in which no program works any more.
     static void release(const QString& path, mode_t mode);
 
   private:
-    static bool holdsFiles(const QString& path);
+    static bool holdsFiles(int descriptor);
 
     const QString m_path;
     mode_t m_formerMode = 0;
+    bool m_coversFiles = false;
     int m_descriptor = -1; ///< kept open, because the path leads to the server once the tree is mounted
 };

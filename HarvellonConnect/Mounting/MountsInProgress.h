@@ -17,6 +17,11 @@
 struct MountsInProgress {
     QHash<QString, std::shared_ptr<MountAttempt>> attempts;
     QHash<QString, QFuture<UnmountResult>> unmounts;
+
+    [[nodiscard]] std::optional<QFuture<UnmountResult>> unmountOf(const QString& domain) const {
+        const auto unmount = unmounts.constFind(domain);
+        return unmount == unmounts.constEnd() ? std::nullopt : std::optional(*unmount);
+    }
 };
 
 /// Registers an attempt for as long as it exists. Its end tells everyone who waits for the attempt.

@@ -1,12 +1,12 @@
 #include "Mounting/SSHFSMounter.h"
 
-#include "Mounting/LeftoverMounts.h"
+#include "Mounting/Ending/LeftoverMounts.h"
+#include "Mounting/Ending/ServerState.h"
+#include "Mounting/Ending/Unmounting.h"
 #include "Mounting/MountPointFolder.h"
 #include "Mounting/MountQuestions.h"
 #include "Mounting/MountsInProgress.h"
 #include "Mounting/SSHFSProcess.h"
-#include "Mounting/ServerState.h"
-#include "Mounting/Unmounting.h"
 #include "System/Async.h"
 #include "System/Logging.h"
 #include "System/Tables/MountTable.h"
@@ -38,7 +38,9 @@ QCoro::Task<> endOf(QFuture<UnmountResult> unmount) {
 SSHFSMounter::SSHFSMounter(HostSystem host, Shell& shell, MountLimits limits, QObject* parent)
     : QObject(parent), m_host(std::move(host)), m_shell(shell), m_limits(limits),
       m_startQueue(std::make_shared<StartQueue>(limits.startInterval)),
-      m_running(std::make_shared<MountsInProgress>()) {}
+      m_running(std::make_shared<MountsInProgress>()) {
+    connect(&m_kept, &KeptMounts::ended, this, &SSHFSMounter::keptMountEnded);
+}
 
 SSHFSMounter::~SSHFSMounter() {
     for (const auto& attempt : std::as_const(m_running->attempts))
@@ -47,7 +49,7 @@ SSHFSMounter::~SSHFSMounter() {
 
 bool SSHFSMounter::isIdle() const {
     return m_sessions.isEmpty() && m_running->attempts.isEmpty() && m_running->unmounts.isEmpty() &&
-           m_keptUntilClosed.isEmpty();
+           m_kept.sessions().isEmpty();
 }
 
 QSet<QString> SSHFSMounter::connectedDomains() const {
@@ -71,7 +73,7 @@ void SSHFSMounter::refuseUnlessMountable(const Project& project) const {
 QCoro::Task<MountSession> SSHFSMounter::mount(Project project, Links links) {
     refuseUnlessMountable(project);
     const QString domain = project.domain;
-    const std::optional<QFuture<UnmountResult>> unmount = unmountOf(domain);
+    const std::optional<QFuture<UnmountResult>> unmount = m_running->unmountOf(domain);
     if (m_sessions.contains(domain) && !unmount)
         co_return m_sessions.value(domain);
 
@@ -113,7 +115,7 @@ QCoro::Task<UnmountResult> SSHFSMounter::unmountWithin(QString domain, UnmountLi
         co_return UnmountResult::ended;
     }
     const QPointer<SSHFSMounter> guard(this);
-    while (const std::optional<QFuture<UnmountResult>> unmount = unmountOf(domain)) {
+    while (const std::optional<QFuture<UnmountResult>> unmount = m_running->unmountOf(domain)) {
         QFuture<UnmountResult> unmounted = *unmount;
         const UnmountResult result = co_await unmounted;
         if (!guard || !m_sessions.contains(domain)) // otherwise it was left mounted because it is in use
@@ -121,6 +123,7 @@ QCoro::Task<UnmountResult> SSHFSMounter::unmountWithin(QString domain, UnmountLi
     }
     if (!m_sessions.contains(domain)) {
         qCInfo(lcSSHFSMounter, "unmount: no session for %s", qUtf8Printable(domain));
+        releaseFolder(domain); // what was lost or detached before is not wanted back
         co_return UnmountResult::ended;
     }
     const MountSession session = m_sessions.value(domain);
@@ -138,42 +141,34 @@ QCoro::Task<UnmountResult> SSHFSMounter::takeDown(MountSession session, UnmountL
     const std::function<bool()> keep = [guard, session, limits] {
         const bool mayKeep = guard && !guard->m_closed && limits.keepUntilClosed;
         if (mayKeep)
-            guard->keepUntilClosed(session);
+            guard->m_kept.keep(session);
         return mayKeep;
     };
     inProgress.result = co_await endAfterUnmount(host, shell, session, outcome, limits, keep);
     if (guard) {
         guard->m_sessions.remove(session.domain);
         if (inProgress.result == UnmountResult::ended)
-            MountPointFolder::release(session.mountPoint,
-                                      guard->m_folderModes.value(session.domain, S_IRWXU));
+            guard->releaseFolder(session.domain);
     }
     if (outcome.complaint)
         inProgress.fail(MounterError(MounterError::Case::unmountFailed, *outcome.complaint));
     co_return inProgress.result;
 }
 
-void SSHFSMounter::keepUntilClosed(const MountSession& session) {
-    m_keptUntilClosed.append(session);
-    const SSHFSProcess* const kept = session.process.get();
-    // Queued, because removing the last reference deletes the process that emits the signal.
-    connect(
-        kept, &SSHFSProcess::ended, this,
-        [this, kept] {
-            m_keptUntilClosed.removeIf(
-                [kept](const MountSession& each) { return each.process.get() == kept; });
-        },
-        Qt::QueuedConnection);
+void SSHFSMounter::keptMountEnded(const QString& domain, qint32 exitCode) {
+    releaseFolder(domain);
+    if (exitCode != 0 && !m_closed && onKeptMountLost)
+        onKeptMountLost(domain, exitCode);
 }
 
-std::optional<QFuture<UnmountResult>> SSHFSMounter::unmountOf(const QString& domain) const {
-    const auto unmount = m_running->unmounts.constFind(domain);
-    return unmount == m_running->unmounts.constEnd() ? std::nullopt : std::optional(*unmount);
+void SSHFSMounter::releaseFolder(const QString& domain) const {
+    if (!m_sessions.contains(domain) && !m_running->attempts.contains(domain) && !m_kept.contains(domain))
+        MountPointFolder::release(m_host.mountPoint(domain), m_folderModes.value(domain, S_IRWXU));
 }
 
 bool SSHFSMounter::isOccupied(const QString& domain) const {
     return !m_sessions.contains(domain) && !m_running->unmounts.contains(domain) &&
-           MountTable::lists(m_host.mountRoot() + QLatin1Char('/') + domain);
+           MountTable::lists(m_host.mountPoint(domain));
 }
 
 QStringList SSHFSMounter::leftBehind() const {
@@ -187,7 +182,7 @@ QStringList SSHFSMounter::leftBehind() const {
 
 QCoro::Task<bool> SSHFSMounter::clearLeftBehind(QString domain) {
     const UnmountInProgress inProgress(m_running, domain); // a mount that is asked for meanwhile waits
-    const QString mountPoint = m_host.mountRoot() + QLatin1Char('/') + domain;
+    const QString mountPoint = m_host.mountPoint(domain);
     co_return co_await unmountGently(m_host, m_shell, mountPoint, m_limits.unmount.command);
 }
 
@@ -219,21 +214,26 @@ QCoro::Task<bool> SSHFSMounter::detach(MountSession session) {
     disconnect(session.process.get(), &SSHFSProcess::ended, this, nullptr);
     co_await unmountGently(m_host, m_shell, session.mountPoint, limits.command);
     // A command that was too slow may have unmounted all the same.
-    if (!MountTable::lists(session.mountPoint))
-        co_await SSHFSProcess::stop(session.process, limits.grace);
-    const bool ended = !session.process->isRunning();
-    if (guard && ended)
-        m_sessions.remove(session.domain);
-    else if (guard)
+    const bool detached = !MountTable::lists(session.mountPoint) || !session.process->isRunning();
+    if (detached)
+        co_await Async::finishesWithin(session.process->end(), limits.grace);
+    if (!guard)
+        co_return detached;
+    if (!detached) {
         watchEnd(session);
-    co_return ended;
+        co_return false;
+    }
+    m_sessions.remove(session.domain);
+    if (session.process->isRunning()) // used by a program that sees other mounts than we do
+        m_kept.keep(session);
+    co_return true;
 }
 
 QCoro::Task<> SSHFSMounter::unmountAll() {
     const QPointer<SSHFSMounter> guard(this);
     const QDeadlineTimer deadline(m_limits.killAfter);
     m_closed = true;
-    for (const MountSession& session : std::as_const(m_keptUntilClosed))
+    for (const MountSession& session : m_kept.sessions())
         session.process->terminate();
     QList<QFuture<void>> ends;
     // More than once: a mount that was in use before a sleep may have stayed after the first wait.
@@ -258,7 +258,7 @@ QList<QFuture<void>> SSHFSMounter::endsOfAll() {
         ends.append(QFuture<void>(unmount));
     for (const auto& attempt : std::as_const(m_running->attempts))
         ends.append(attempt->finished());
-    for (const MountSession& session : std::as_const(m_keptUntilClosed)) {
+    for (const MountSession& session : m_kept.sessions()) {
         if (session.process->isRunning())
             ends.append(session.process->end());
     }
@@ -278,7 +278,7 @@ void SSHFSMounter::killAll() {
         attempt->kill();
     for (const MountSession& session : std::as_const(m_sessions))
         session.process->kill();
-    for (const MountSession& session : std::as_const(m_keptUntilClosed))
+    for (const MountSession& session : m_kept.sessions())
         session.process->kill();
 }
 

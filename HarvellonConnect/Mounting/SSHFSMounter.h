@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Directory/Project.h"
+#include "Mounting/Ending/KeptMounts.h"
 #include "Mounting/MountLimits.h"
 #include "Mounting/MountOptions.h"
 #include "Mounting/MountSession.h"
@@ -49,7 +50,7 @@ class SSHFSMounter : public QObject {
     [[nodiscard]] const QHash<QString, MountSession>& sessions() const { return m_sessions; }
 
     /// Mounts that were unmounted while files were open; each stays until its last file is closed.
-    [[nodiscard]] const QList<MountSession>& keptUntilClosed() const { return m_keptUntilClosed; }
+    [[nodiscard]] const QList<MountSession>& keptUntilClosed() const { return m_kept.sessions(); }
 
     [[nodiscard]] QSet<QString> connectedDomains() const;
     /// Where `domain` is mounted. Reads `sessions`, not the file system.
@@ -60,6 +61,9 @@ class SSHFSMounter : public QObject {
 
     /// Called when an sshfs has ended without `unmount`, after its session was removed.
     std::function<void(QString domain, qint32 exitCode)> onUnexpectedTermination;
+
+    /// Called when an sshfs that was kept for files in use has not ended by itself.
+    std::function<void(QString domain, qint32 exitCode)> onKeptMountLost;
 
     /// Mounts the project's tree at <mount root>/<domain>. From the start of sshfs this takes at most 15
     /// seconds plus the clean-up; simultaneous mounts start one after the other. Yields the existing session
@@ -78,8 +82,8 @@ class SSHFSMounter : public QObject {
     [[nodiscard]] std::optional<QFuture<bool>> ask(const QString& domain,
                                                    const std::function<bool()>& question) const;
 
-    /// Unmounts what no program uses, before the system sleeps; what is in use stays. Yields what was
-    /// unmounted. Takes at most about one and a half seconds. Never throws.
+    /// Unmounts what no program uses, before the system sleeps; what is in use stays. Ends no sshfs by force.
+    /// Yields what was unmounted. Takes at most about one and a half seconds. Never throws.
     QCoro::Task<QList<Project>> detachIdle();
 
     /// Whether something is mounted where `domain` would be, and not by this mounter. `mount` would force it
@@ -108,10 +112,10 @@ class SSHFSMounter : public QObject {
     QCoro::Task<UnmountResult> takeDown(MountSession session, UnmountLimits limits);
     QCoro::Task<bool> detach(MountSession session);
     void watchEnd(const MountSession& session);
-    void keepUntilClosed(const MountSession& session);
+    void keptMountEnded(const QString& domain, qint32 exitCode);
+    void releaseFolder(const QString& domain) const;
     void handleUnexpectedEnd(const QString& domain, qint32 exitCode);
     QCoro::Task<> clearDeadMount(MountSession session);
-    [[nodiscard]] std::optional<QFuture<UnmountResult>> unmountOf(const QString& domain) const;
     QList<QFuture<void>> endsOfAll();
     void killAll();
 
@@ -123,6 +127,6 @@ class SSHFSMounter : public QObject {
     const std::shared_ptr<MountsInProgress>
         m_running;                        ///< shared with coroutines that may outlive the mounter
     QHash<QString, mode_t> m_folderModes; ///< of the folders before they were first mounted on
-    QList<MountSession> m_keptUntilClosed;
+    KeptMounts m_kept;
     bool m_closed = false; ///< the program is ending
 };

@@ -1,7 +1,7 @@
 #include "State/ConnectionCare.h"
 
+#include "Mounting/Ending/ServerState.h"
 #include "Mounting/SSHFSMounter.h"
-#include "Mounting/ServerState.h"
 #include "State/ActivityReport.h"
 #include "State/Connections.h"
 #include "State/GuidanceQuestion.h"
@@ -59,12 +59,23 @@ ConnectionCare::ConnectionCare(Connections& connections, SSHFSMounter& mounter, 
     : m_connections(connections), m_mounter(mounter), m_preferences(preferences), m_report(report),
       m_question(question), m_reconnectsAtStart(preferences.boolean(reconnectKey).value_or(false)) {
     connect(&m_connections, &Connections::connectionChanged, this, &ConnectionCare::connectionChanged);
+    connect(&m_connections, &Connections::givenUp, this, [this](const QString& domain) {
+        m_givenUp.insert(domain);
+        forget(domain);
+    });
 }
 
 void ConnectionCare::connectionChanged(const QString& domain, bool connected) {
-    if (connected || !m_connections.isLost(domain)) // the user has connected it, or does not want it any more
+    if (connected) // by the user
+        forget(domain);
+    else if (!m_connections.isLost(domain)) // the user does not want it any more
         m_comingBack.remove(domain);
     remember();
+}
+
+void ConnectionCare::forget(const QString& domain) {
+    m_comingBack.remove(domain);
+    m_detached.removeIf([&domain](const Project& project) { return project.domain == domain; });
 }
 
 QCoro::Task<> ConnectionCare::startUp() {
@@ -104,9 +115,11 @@ void ConnectionCare::remember() {
 QCoro::Task<> ConnectionCare::prepareForSleep() {
     const QPointer<ConnectionCare> guard(this);
     m_asleep = true;
-    const QList<Project> detached = co_await m_mounter.detachIdle();
+    m_givenUp.clear();
+    QList<Project> detached = co_await m_mounter.detachIdle();
     if (!guard)
         co_return;
+    detached.removeIf([this](const Project& project) { return m_givenUp.contains(project.domain); });
     m_detached += detached;
     m_connections.publishSessions();
     for (const Project& project : detached)
@@ -155,8 +168,8 @@ QCoro::Task<> ConnectionCare::renewIfSilent(QString domain) {
 
 void ConnectionCare::bringBack(const QList<Project>& projects) {
     for (const Project& project : projects) {
-        if (m_comingBack.contains(project.domain))
-            continue; // being tried already
+        if (m_comingBack.contains(project.domain) || m_mounter.mountPoint(project.domain))
+            continue; // being tried already, or there again
         m_comingBack.insert(project.domain, project);
         keepTrying(project);
     }
@@ -170,6 +183,10 @@ QCoro::Task<> ConnectionCare::keepTrying(Project project) {
         const auto outcome = co_await m_connections.reconnect(project);
         if (!guard || m_ended || !m_comingBack.contains(domain))
             co_return;
+        if (outcome == Connections::Reconnected::yes) {
+            m_comingBack.remove(domain);
+            co_return;
+        }
         if (outcome == Connections::Reconnected::refused)
             break;
         m_connections.markLost(project); // until it is back; a click on the row tries at once

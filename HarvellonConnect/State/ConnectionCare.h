@@ -6,6 +6,7 @@
 #include <QHash>
 #include <QList>
 #include <QObject>
+#include <QSet>
 #include <QString>
 #include <QStringList>
 
@@ -71,6 +72,7 @@ class ConnectionCare : public QObject {
     QCoro::Task<> quitWhenWritten(std::function<void()> quit);
     QCoro::Task<QStringList> writtenDomains();
     void connectionChanged(const QString& domain, bool connected);
+    void forget(const QString& domain);
     void remember();
 
     Connections& m_connections;
@@ -81,6 +83,7 @@ class ConnectionCare : public QObject {
     bool m_reconnectsAtStart = false;
     bool m_asleep = false;     ///< or about to be
     QList<Project> m_detached; ///< before the system fell asleep
+    QSet<QString> m_givenUp;   ///< by the user since then
     QHash<QString, Project> m_comingBack;
     QHash<QString, bool> m_asking; ///< domains whose server is being asked, and whether to ask once more
     int m_quitQuestions = 0;

@@ -27,6 +27,13 @@ Connections::Connections(const ActionContext& context, SSHFSMounter& mounter, Pr
     m_mounter.onUnexpectedTermination = [this](const QString& domain, qint32 exitCode) {
         endedByItself(domain, exitCode);
     };
+    m_mounter.onKeptMountLost = [this](const QString& domain, qint32 exitCode) {
+        m_report.warn(
+            QStringLiteral("Der getrennte Mount von %1 ist unerwartet beendet (Exit %2). Was dort noch "
+                           "geschrieben wurde, ist nicht vollständig angekommen.")
+                .arg(domain)
+                .arg(exitCode));
+    };
     m_tellEnded.setSingleShot(true);
     m_tellEnded.setInterval(endsTogether);
     m_tellEnded.callOnTimeout(this, [this] { Q_EMIT mountsEnded(std::exchange(m_untold, {})); });
@@ -130,6 +137,7 @@ QCoro::Task<> Connections::disconnect(QString domain, bool force) {
     const bool unmounted = co_await m_report.run(texts, work);
     if (!unmounted)
         co_return;
+    Q_EMIT givenUp(domain);
     if (isLost(domain))
         setLost(m_lost.value(domain), false);
     publishSessions();

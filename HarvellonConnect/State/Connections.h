@@ -78,6 +78,8 @@ class Connections : public QObject {
     void connectingChanged(const QString& domain);
     /// `domain` has been mounted, or its mount has ended.
     void connectionChanged(const QString& domain, bool connected);
+    /// The user does not want `domain` mounted any more.
+    void givenUp(const QString& domain);
     /// These mounts ended by themselves, shortly one after the other.
     void mountsEnded(const QStringList& domains);
 

@@ -13,8 +13,11 @@ Guidance linkGuidance(const Project& project, const std::function<void()>& follo
         QStringLiteral("Der Ordner „%1“ ist eine Verknüpfung").arg(project.documentFolder()),
         QStringLiteral(
             "Bei %1 führt sie aus dem gemounteten Baum hinaus. Der Server kann sie selbst auflösen: Dann "
-            "ist ihr Ziel hier wie ein gewöhnlicher Ordner zu sehen. Dazu wird das Projekt neu verbunden; "
-            "die Einstellung gilt für dieses Projekt und bleibt gemerkt.")
+            "ist ihr Ziel hier wie ein gewöhnlicher Ordner zu sehen; was darin gelöscht wird, ist auch am "
+            "Ziel "
+            "gelöscht. Dazu wird das Projekt neu verbunden; die Einstellung gilt für dieses Projekt und "
+            "bleibt "
+            "gemerkt.")
             .arg(project.domain),
         {{QStringLiteral("Auf dem Server auflösen"), GuidanceButton::Action::call, {}, {}, follow}, cancel}};
 }

@@ -50,7 +50,8 @@ HostSystem HostSystem::linuxDesktop(const QString& homeFolder, const QString& os
     host.sshfsCandidates = sshfsPaths;
     // sshfs remembers sizes for 20 seconds; with the kernel remembering none, opening a file asks anew.
     // Otherwise a file that has grown on the server meanwhile is read only up to its former size.
-    host.platformMountOptions = {QStringLiteral("attr_timeout=0")};
+    // A connection that is shared with others would tell nothing about what this mount sends.
+    host.platformMountOptions = {QStringLiteral("attr_timeout=0"), QStringLiteral("ControlPath=none")};
     host.volumeNameOption = QStringLiteral("fsname");
     const QString fusermount = QStringLiteral("/usr/bin/fusermount3");
     host.forcedUnmount = {fusermount, {QStringLiteral("-u"), QStringLiteral("-z")}};

@@ -52,6 +52,10 @@ struct HostSystem {
 
     [[nodiscard]] QString mountRoot() const { return homeFolder + QStringLiteral("/Harvellon"); }
 
+    [[nodiscard]] QString mountPoint(const QString& domain) const {
+        return mountRoot() + QLatin1Char('/') + domain;
+    }
+
     [[nodiscard]] QString knownHostsFile() const { return privateFolder + QStringLiteral("/known_hosts"); }
 
     /// The desktop that this program was built for, with the user's own folders. The environment variable

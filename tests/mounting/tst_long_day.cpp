@@ -1,8 +1,8 @@
 #include "MounterFixture.h"
 
+#include "Mounting/Ending/ServerState.h"
 #include "Mounting/MountQuestions.h"
 #include "Mounting/SSHFSProcess.h"
-#include "Mounting/ServerState.h"
 #include "System/Async.h"
 
 #include <QElapsedTimer>

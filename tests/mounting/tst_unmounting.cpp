@@ -1,5 +1,6 @@
 #include "MounterFixture.h"
 
+#include "Mounting/Ending/ServerState.h"
 #include "Mounting/SSHFSProcess.h"
 
 #include <QElapsedTimer>
@@ -61,6 +62,104 @@ class TestUnmounting : public MounterFixture {
         file.close();
         QCOMPARE(QFile(project(0).path + u"/web/fremd.txt"_s).size(), 5);
         QTRY_VERIFY(m_mounter->keptUntilClosed().isEmpty());
+    }
+
+    void aProgramThatSeesOtherMountsGoesOn_data() {
+        QTest::addColumn<bool>("sleep");
+        QTest::newRow("disconnect") << false;
+        QTest::newRow("sleep") << true;
+    }
+
+    /// As in a container: the gentle command succeeds here, and the mount lives on there.
+    void aProgramThatSeesOtherMountsGoesOn() {
+        QFETCH(const bool, sleep);
+        useLine({20ms, 1'000'000});
+        QCOMPARE(mountFailure(project(0)), u"none"_s);
+        const QString file = u"/web/container.bin"_s;
+        QProcess writer;
+        writer.start(u"unshare"_s, {u"-m"_s, u"--propagation"_s, u"private"_s, u"dd"_s, u"if=/dev/zero"_s,
+                                    u"of="_s + mountPoint(0) + file, u"bs=64k"_s, u"count=24"_s});
+        QTRY_VERIFY(QFileInfo(project(0).path + file).size() > 100'000);
+        if (sleep)
+            QCOMPARE(await(m_mounter->detachIdle()).size(), 1);
+        else
+            QCOMPARE(await(m_mounter->unmount(hosted(0).domain)), UnmountResult::writing);
+        QCOMPARE(m_mounter->keptUntilClosed().size(), 1);
+        QTRY_COMPARE_WITH_TIMEOUT(writer.state(), QProcess::NotRunning, 20'000);
+        QCOMPARE(writer.exitCode(), 0);
+        QCOMPARE(QFileInfo(project(0).path + file).size(), 24 * 64 * 1024);
+        QTRY_VERIFY(m_mounter->keptUntilClosed().isEmpty());
+    }
+
+    void quittingRightAfterADisconnectSeesTheWriter() {
+        QCOMPARE(mountFailure(project(0)), u"none"_s);
+        QFile file(mountPoint(0) + u"/web/protokoll.txt"_s);
+        QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
+        QTimer writes;
+        writes.callOnTimeout([&file] { file.write(QByteArray(4096, 'x')); });
+        writes.start(100);
+        auto unmounting = m_mounter->unmount(hosted(0).domain);
+        QTRY_VERIFY(!MountTable::lists(mountPoint(0)));
+        QCOMPARE(await(writtenDomains(m_mounter->sessions().values(), m_mounter->keptUntilClosed())),
+                 QStringList{hosted(0).domain});
+        await(std::move(unmounting));
+        file.close();
+    }
+
+    void aSaveThatTheServerDoesNotTakeIsSeen() {
+        QCOMPARE(mountFailure(project(0)), u"none"_s);
+        QFile file(mountPoint(0) + u"/web/klein.txt"_s);
+        QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
+        const QList<MountSession> mounts = m_mounter->sessions().values();
+        m_platform->ssh().freeze();
+        QCOMPARE(await(writtenDomains(mounts, {})), QStringList{hosted(0).domain});
+        m_platform->ssh().thaw();
+    }
+
+    void aKeptMountThatIsLostIsTold() {
+        QCOMPARE(mountFailure(project(0)), u"none"_s);
+        QFile file(mountPoint(0) + u"/web/offen.txt"_s);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        QStringList lost;
+        m_mounter->onKeptMountLost = [&lost](const QString& domain, qint32) { lost.append(domain); };
+        QCOMPARE(await(m_mounter->unmount(hosted(0).domain)), UnmountResult::filesOpen);
+        m_mounter->keptUntilClosed().first().process->kill();
+        QTRY_COMPARE(lost, QStringList{hosted(0).domain});
+    }
+
+    void localFilesAreWithinReachAgain_data() {
+        QTest::addColumn<QString>("end");
+        for (const char* end : {"in use", "slept and given up", "lost and given up"})
+            QTest::newRow(end) << QString::fromLatin1(end);
+    }
+
+    void localFilesAreWithinReachAgain() {
+        QFETCH(const QString, end);
+        const QString folder = mountPoint(0);
+        QVERIFY(QDir().mkpath(folder));
+        QVERIFY(QFile(folder + u"/notizen.txt"_s).open(QIODevice::WriteOnly));
+        const QFile::Permissions before = QFile::permissions(folder);
+        QCOMPARE(mountFailure(project(0)), u"none"_s);
+        const MountSession session = m_mounter->sessions().value(hosted(0).domain);
+        QVERIFY(session.coversFiles);
+        QFile file(folder + u"/web/offen.txt"_s);
+        if (end == "in use"_L1) {
+            QVERIFY(file.open(QIODevice::WriteOnly));
+            QCOMPARE(await(m_mounter->unmount(hosted(0).domain)), UnmountResult::filesOpen);
+            QCOMPARE(mountFailure(project(0)), u"none"_s); // a second one, which nobody uses
+        } else if (end == "slept and given up"_L1) {
+            QCOMPARE(await(m_mounter->detachIdle()).size(), 1);
+        } else {
+            session.process->kill();
+            QTRY_VERIFY(!m_mounter->sessions().contains(hosted(0).domain) && !MountTable::lists(folder));
+        }
+        QVERIFY(nobodyCanSaveInto(folder) || end == "in use"_L1);
+        QCOMPARE(await(m_mounter->unmount(hosted(0).domain)), UnmountResult::ended);
+        if (file.isOpen()) {
+            QVERIFY(nobodyCanSaveInto(folder)); // an editor still works in the first mount
+            file.close();
+        }
+        QTRY_COMPARE(QFile::permissions(folder), before);
     }
 
     void commandsThatCutOffWaitForWriters_data() {

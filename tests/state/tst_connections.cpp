@@ -157,6 +157,19 @@ class TestConnections : public StateFixture {
         Q_EMIT care.tryAgain();
         QTest::qWait(1000);
         QVERIFY(!MountTable::lists(mountPoint(0)));
+
+        connectTo(0);
+        await(care.prepareForSleep());
+        connectTo(0); // by hand, before the system wakes up
+        care.wakeUp();
+        QTest::qWait(1000);
+        QVERIFY(!shown(mounted.domain, ProjectListModel::lostRole).toBool());
+        auto detaching = care.prepareForSleep();
+        await(m_state->parts().connections.disconnect(mounted.domain, false));
+        await(std::move(detaching));
+        care.wakeUp();
+        QTest::qWait(1000);
+        QVERIFY(!MountTable::lists(mountPoint(0)));
     }
 
     void mountsComeBackAtTheStart_data() {

@@ -33,9 +33,10 @@ QCoro::Task<bool> isTransferring(MountSession mount, std::chrono::milliseconds t
 
 /// The domains of those mounts to which a program is writing: with a file open for writing, or with data that
 /// the server has not confirmed. `detached`: mounts out of sight, whose open files nobody can see; any
-/// traffic counts there. Takes no time when there are no mounts, half a second when something is clearly
-/// being sent or nothing is open, and up to three seconds in between, because a program may pause between two
-/// writes. Where the system does not tell the traffic, an open file counts.
+/// traffic counts there. So does an open file whose server does not answer. Takes no time when there are no
+/// mounts, half a second when something is clearly being sent or nothing is open, and some seconds in
+/// between, because a program may pause between two writes. Where the system does not tell the traffic, an
+/// open file counts.
 QCoro::Task<QStringList> writtenDomains(QList<MountSession> mounts, QList<MountSession> detached);
 
 /// How long a server may be silent before its connection is replaced.

@@ -1,8 +1,9 @@
-#include "Mounting/ServerState.h"
+#include "Mounting/Ending/ServerState.h"
 
 #include "Mounting/MountQuestions.h"
 #include "Mounting/SSHFSProcess.h"
 #include "System/Async.h"
+#include "System/Tables/MountTable.h"
 #include "System/Tables/OpenFiles.h"
 #include "System/Tables/ProcessGroup.h"
 
@@ -16,6 +17,7 @@ namespace {
 constexpr std::chrono::milliseconds step{250};
 constexpr std::chrono::milliseconds sampleTime{400};
 constexpr int mostSamples = 7;
+constexpr std::chrono::milliseconds answerTime{1'000};
 constexpr quint64 requestBytes =
     400; // the smallest write and its answer; a keep-alive message moves about 150
 constexpr quint64 uploadBytes = 1024; // a question is shorter
@@ -48,6 +50,14 @@ bool hasMoved(const std::optional<ProcessGroup::Traffic>& before,
     return !before || !after || after->bytes - std::min(before->bytes, after->bytes) >= requestBytes;
 }
 
+/// Whether the line carries anything, however slowly. A keep-alive message does not count, since it is sent
+/// on a dead line too.
+bool progressed(const TrafficList& before, const TrafficList& after) {
+    if (!before.first() || !after.first())
+        return false; // nobody knows
+    return hasMoved(before.first(), after.first()) || after.first()->unsent < before.first()->unsent;
+}
+
 bool anyWrittenBelow(const QString& folder) {
     const QFileInfo mountPoint(folder); // links above the mount point are resolved in the system's tables
     return OpenFiles::anyWrittenBelow(QFileInfo(mountPoint.path()).canonicalFilePath() + QLatin1Char('/') +
@@ -66,7 +76,7 @@ QCoro::Task<ServerState> serverState(MountSession session, std::chrono::millisec
         if (answered)
             co_return answer.result() ? ServerState::answering : ServerState::lost;
         const TrafficList now = co_await trafficOf(mounts);
-        if (now != moved) {
+        if (progressed(moved, now)) {
             if (whole.hasExpired())
                 co_return ServerState::slow;
             moved = now;
@@ -98,8 +108,8 @@ QCoro::Task<bool> isTransferring(MountSession mount, std::chrono::milliseconds t
 QCoro::Task<QStringList> writtenDomains(QList<MountSession> mounts, QList<MountSession> detached) {
     const std::function<QList<bool>()> work = [mounts] {
         QList<bool> open;
-        for (const MountSession& mount : mounts)
-            open.append(anyWrittenBelow(mount.mountPoint));
+        for (const MountSession& mount : mounts) // what is being detached cannot be found by its path
+            open.append(!MountTable::lists(mount.mountPoint) || anyWrittenBelow(mount.mountPoint));
         return open;
     };
     const QList<MountSession> all = mounts + detached;
@@ -119,6 +129,16 @@ QCoro::Task<QStringList> writtenDomains(QList<MountSession> mounts, QList<MountS
         }
         if (!open.contains(true))
             break;
+    }
+    // A server that has stopped takes nothing, so nothing moves, and a save may be waiting for it all the
+    // same. Asked last, because the question would look like a write.
+    for (qsizetype i = 0; i < mounts.size() && domains.isEmpty(); ++i) {
+        if (open.at(i) && MountTable::lists(mounts.at(i).mountPoint)) {
+            const QFuture<bool> answer = mounts.at(i).questions->serverAnswers();
+            const bool answered = co_await Async::finishesWithin(answer, answerTime);
+            if (!answered)
+                domains.append(mounts.at(i).domain);
+        }
     }
     domains.removeDuplicates();
     co_return domains;

@@ -1,7 +1,7 @@
-#include "Mounting/Unmounting.h"
+#include "Mounting/Ending/Unmounting.h"
 
+#include "Mounting/Ending/ServerState.h"
 #include "Mounting/SSHFSProcess.h"
-#include "Mounting/ServerState.h"
 #include "System/Async.h"
 #include "System/Tables/MountTable.h"
 
@@ -58,8 +58,14 @@ QCoro::Task<UnmountOutcome> unmountByCommands(HostSystem host, Shell& shell, Mou
                 outcome.cutOff = co_await waitForWriters(session, limits.writers);
         }
         outcome.complaint = co_await complaintOf(shell, command, session.mountPoint, limits.command);
-        if (!outcome.complaint)
-            break;
+        if (outcome.complaint)
+            continue;
+        if (command != host.forcedUnmount && host.forcedUnmountDetaches) {
+            // A program that sees other mounts than we do, as in a container, may still use this one.
+            const bool ended = co_await Async::finishesWithin(session.process->end(), limits.grace);
+            outcome.inUse = !ended;
+        }
+        break;
     }
     co_return outcome;
 }

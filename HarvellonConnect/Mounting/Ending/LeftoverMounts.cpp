@@ -1,4 +1,4 @@
-#include "Mounting/LeftoverMounts.h"
+#include "Mounting/Ending/LeftoverMounts.h"
 
 #include "System/Tables/MountTable.h"
 
@@ -6,7 +6,7 @@ namespace {
 /// The mount table tells our mounts by the name that the mount options give them (see mountOptions), or,
 /// where that name is the volume's alone, by the user and the server.
 bool isOwnMount(const MountTable::Entry& mount) {
-    return mount.source.contains(QStringLiteral("HV ")) ||
+    return mount.source.startsWith(QStringLiteral("HV ")) ||
            (mount.source.startsWith(QStringLiteral("ssh")) &&
             mount.source.contains(QLatin1Char('@') + mount.path + QLatin1Char(':')));
 }
