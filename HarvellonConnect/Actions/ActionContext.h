@@ -25,6 +25,8 @@ struct ActionContext {
     /// Where a domain is mounted.
     std::function<std::optional<QString>(const QString& domain)> mountPoint;
     AskMount ask;
+    /// Has the names of a mount read in advance, where sshfs has forgotten them.
+    std::function<void(const QString& domain)> warmUp;
     /// The project's document folder is a link that its mount cannot follow.
     std::function<void(const Project& project)> offerLinks;
     std::function<QCoro::Task<>(Project project)> connect;

@@ -38,6 +38,7 @@ QCoro::Task<> openInVSCode(ActionContext& context, Project project, bool /*alter
         co_return;
     }
     const QString folder = *target;
+    context.warmUp(domain);
     co_await context.editor.open(domain, folder);
     context.report.log(QStringLiteral("Oeffne %1 in VS Code...").arg(domain), ActivityLogLevel::info);
 }

@@ -6,6 +6,7 @@
 #include "Mounting/MounterError.h"
 #include "Mounting/SSHFSProcess.h"
 #include "Mounting/Setup/SSHFSReadiness.h"
+#include "Mounting/WarmUp/WarmUp.h"
 #include "System/Async.h"
 #include "System/Logging.h"
 #include "System/Tables/MountTable.h"
@@ -24,7 +25,8 @@ MountAttempt::MountAttempt(HostSystem host, Shell& shell, Project project, Links
     : m_host(std::move(host)), m_shell(shell), m_project(std::move(project)), m_links(links),
       m_mountLimit(limits.mount), m_startQueue(std::move(startQueue)),
       m_process(std::make_shared<SSHFSProcess>()),
-      m_questions(std::make_shared<MountQuestions>(mountPoint())), m_clearLimits(limits.unmount) {
+      m_questions(std::make_shared<MountQuestions>(mountPoint())), m_clearLimits(limits.unmount),
+      m_warmUpLimits(limits.warmUp) {
     m_finished.start();
 }
 
@@ -57,6 +59,7 @@ MountSession MountAttempt::session(mode_t folderMode) const {
             QDateTime::currentDateTime(),
             m_project,
             m_questions,
+            std::make_shared<WarmUp>(mountPoint(), m_warmUpLimits),
             m_folder->coversFiles(),
             folderMode};
 }

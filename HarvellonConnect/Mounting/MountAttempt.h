@@ -90,6 +90,7 @@ class MountAttempt {
     const std::shared_ptr<SSHFSProcess> m_process;
     const std::shared_ptr<MountQuestions> m_questions;
     UnmountLimits m_clearLimits;
+    const WarmUpLimits m_warmUpLimits;
     bool m_cancelled = false;
     std::optional<MountPointFolder> m_folder; ///< set by `start`
     QPromise<void> m_finished;

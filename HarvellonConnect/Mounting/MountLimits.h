@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 
 /// How long each step of unmounting may take.
 struct UnmountLimits {
@@ -9,6 +10,14 @@ struct UnmountLimits {
     std::chrono::milliseconds grace;   ///< for sshfs to end after it was asked to
     bool keepUntilClosed;              ///< whether sshfs lives on until files in use are closed
     std::chrono::milliseconds writers; ///< for writing to end before a command that would cut it off
+};
+
+/// How far a warm-up goes.
+struct WarmUpLimits {
+    int readers = 8; ///< with more, a file that is opened meanwhile opens noticeably later
+    std::size_t folders = 2'000;
+    std::chrono::seconds time{25};
+    std::chrono::milliseconds entryLife{30'000}; ///< as long as sshfs remembers names
 };
 
 /// The time limits of the mounter. The defaults are those of the program.
@@ -29,4 +38,5 @@ struct MountLimits {
                         std::chrono::milliseconds(200), false, std::chrono::milliseconds(0)};
     /// From the beginning of `unmountAll` until every sshfs that is left is killed.
     std::chrono::milliseconds killAfter{3'000};
+    WarmUpLimits warmUp;
 };

@@ -10,6 +10,7 @@
 
 class MountQuestions;
 class SSHFSProcess;
+class WarmUp;
 
 /// One live mount.
 struct MountSession {
@@ -19,6 +20,7 @@ struct MountSession {
     QDateTime startedAt; ///< when the server had answered
     Project project;
     std::shared_ptr<MountQuestions> questions;
+    std::shared_ptr<WarmUp> warmUp;
     bool coversFiles = false; ///< the mount hides local files that lie in the folder
     mode_t folderMode = 0;    ///< the permissions of the folder before the mount
 };

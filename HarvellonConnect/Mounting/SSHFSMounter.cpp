@@ -7,6 +7,7 @@
 #include "Mounting/MountQuestions.h"
 #include "Mounting/MountsInProgress.h"
 #include "Mounting/SSHFSProcess.h"
+#include "Mounting/WarmUp/WarmUp.h"
 #include "System/Async.h"
 #include "System/Logging.h"
 #include "System/Tables/MountTable.h"
@@ -23,15 +24,6 @@ static_assert(MountLimits{}.killAfter + afterKill < std::chrono::seconds(5)); //
 MounterError closedRefusal() {
     return MounterError(MounterError::Case::mountFailed,
                         QStringLiteral("Alle Verbindungen werden gerade getrennt."));
-}
-
-/// Waits for an unmount, however it goes.
-QCoro::Task<> endOf(QFuture<UnmountResult> unmount) {
-    try {
-        co_await unmount;
-    } catch (const MounterError&) {
-        // Its caller has been told.
-    }
 }
 } // namespace
 
@@ -98,6 +90,7 @@ void SSHFSMounter::addSession(const MountSession& session) {
         m_folderModes.insert(session.domain, session.folderMode);
     m_sessions.insert(session.domain, session);
     watchEnd(session);
+    session.warmUp->start();
     qCInfo(lcSSHFSMounter, "mount: success %s at %s", qUtf8Printable(session.domain),
            qUtf8Printable(session.mountPoint));
 }
@@ -192,6 +185,11 @@ std::optional<QFuture<bool>> SSHFSMounter::ask(const QString& domain,
     return session == m_sessions.constEnd() ? std::nullopt : std::optional(session->questions->ask(question));
 }
 
+void SSHFSMounter::warmUp(const QString& domain) {
+    if (const auto session = m_sessions.constFind(domain); session != m_sessions.constEnd())
+        session->warmUp->start();
+}
+
 QCoro::Task<QList<Project>> SSHFSMounter::detachIdle() {
     QList<Project> detached;
     std::vector<std::pair<Project, QCoro::Task<bool>>> detaching;
@@ -212,6 +210,7 @@ QCoro::Task<bool> SSHFSMounter::detach(MountSession session) {
     const QPointer<SSHFSMounter> guard(this);
     const UnmountLimits limits = m_limits.sleep;
     disconnect(session.process.get(), &SSHFSProcess::ended, this, nullptr);
+    co_await Async::finishesWithin(session.warmUp->cancel(), limits.command);
     co_await unmountGently(m_host, m_shell, session.mountPoint, limits.command);
     // A command that was too slow may have unmounted all the same.
     const bool detached = !MountTable::lists(session.mountPoint) || !session.process->isRunning();

@@ -82,6 +82,9 @@ class SSHFSMounter : public QObject {
     [[nodiscard]] std::optional<QFuture<bool>> ask(const QString& domain,
                                                    const std::function<bool()>& question) const;
 
+    /// Fills the caches of a mounted domain, unless that is under way or they are full; `mount` does it too.
+    void warmUp(const QString& domain);
+
     /// Unmounts what no program uses, before the system sleeps; what is in use stays. Ends no sshfs by force.
     /// Yields what was unmounted. Takes at most about one and a half seconds. Never throws.
     QCoro::Task<QList<Project>> detachIdle();

@@ -29,6 +29,7 @@ AppState::AppState(AppServices services, DesktopCommands desktop, QObject* paren
                 [this](const QString& domain, const std::function<bool()>& question) {
                     return m_sshfsMounter.ask(domain, question);
                 },
+                [this](const QString& domain) { m_sshfsMounter.warmUp(domain); },
                 [this](const Project& project) { m_connections.offerLinks(project); },
                 [this](const Project& project) { return m_connections.connect(project); },
                 [this](const QString& domain) { return m_connections.disconnect(domain, false); },

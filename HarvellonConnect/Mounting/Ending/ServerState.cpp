@@ -2,6 +2,7 @@
 
 #include "Mounting/MountQuestions.h"
 #include "Mounting/SSHFSProcess.h"
+#include "Mounting/WarmUp/WarmUp.h"
 #include "System/Async.h"
 #include "System/Tables/MountTable.h"
 #include "System/Tables/OpenFiles.h"
@@ -112,6 +113,8 @@ QCoro::Task<QStringList> writtenDomains(QList<MountSession> mounts, QList<MountS
             open.append(!MountTable::lists(mount.mountPoint) || anyWrittenBelow(mount.mountPoint));
         return open;
     };
+    for (const MountSession& mount : mounts)
+        mount.warmUp->cancel(); // its requests would look like data that is being written
     const QList<MountSession> all = mounts + detached;
     QStringList domains;
     if (all.isEmpty())
@@ -145,6 +148,7 @@ QCoro::Task<QStringList> writtenDomains(QList<MountSession> mounts, QList<MountS
 }
 
 QCoro::Task<bool> renewSilentConnection(MountSession mount, SilenceLimits limits) {
+    mount.warmUp->cancel(); // its requests would look like unsaved data
     ServerState state = co_await serverState(mount, limits.idle);
     const bool unsaved = co_await holdsUnsavedData(mount);
     if (state == ServerState::silent && unsaved) {

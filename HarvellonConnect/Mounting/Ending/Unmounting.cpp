@@ -1,14 +1,19 @@
 #include "Mounting/Ending/Unmounting.h"
 
 #include "Mounting/Ending/ServerState.h"
+#include "Mounting/MounterError.h"
 #include "Mounting/SSHFSProcess.h"
+#include "Mounting/WarmUp/WarmUp.h"
 #include "System/Async.h"
 #include "System/Tables/MountTable.h"
 
 #include <QDeadlineTimer>
 
+#include <algorithm>
+
 namespace {
 constexpr std::chrono::milliseconds writerStep{500};
+constexpr std::chrono::milliseconds readersEnd{1'000}; // they wait for one answer; a silent server gives none
 
 /// Nothing when the command succeeded, else what it printed.
 QCoro::Task<std::optional<QString>> complaintOf(Shell& shell, ExternalCommand command, QString mountPoint,
@@ -47,9 +52,19 @@ QCoro::Task<bool> waitForWriters(MountSession session, std::chrono::milliseconds
 }
 } // namespace
 
+QCoro::Task<> endOf(QFuture<UnmountResult> unmount) {
+    try {
+        co_await unmount;
+    } catch (const MounterError&) {
+        // Its caller has been told.
+    }
+}
+
 QCoro::Task<UnmountOutcome> unmountByCommands(HostSystem host, Shell& shell, MountSession session,
                                               UnmountLimits limits) {
     UnmountOutcome outcome;
+    const QFuture<void> readers = session.warmUp->cancel();
+    co_await Async::finishesWithin(readers, std::min(limits.command, readersEnd));
     for (const ExternalCommand& command : host.unmountCommands) {
         if (outcome.complaint && command == host.forcedUnmount) {
             if (host.forcedUnmountDetaches)

@@ -6,6 +6,7 @@
 #include "System/Shell.h"
 
 #include <QCoroTask>
+#include <QFuture>
 #include <QString>
 
 #include <chrono>
@@ -16,11 +17,13 @@
 // The steps of unmounting. They keep no state and need no mounter; `shell` must outlive each call. None of
 // them throws. Main thread.
 
+/// Waits for an unmount, however it goes.
+QCoro::Task<> endOf(QFuture<UnmountResult> unmount);
+
 struct UnmountOutcome {
     /// What the last command printed, when none succeeded.
     std::optional<QString> complaint;
-    /// The gentle commands failed, and ending sshfs would cut off programs that the server still serves, or
-    /// data that is under way.
+    /// Ending sshfs would cut off programs that the server still serves, or data that is under way.
     bool inUse = false;
     bool silent = false; ///< the server was, when it was asked
     bool cutOff = false; ///< the forced command has cut off a program that was writing
