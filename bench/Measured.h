@@ -19,6 +19,16 @@ inline void printFigure(const char* what, double value, const char* unit, std::o
     std::fflush(stdout);
 }
 
+/// The same for a time that is to be a fraction of another one, `bare`. Both in milliseconds.
+inline void printRatio(const char* what, double bare, double own, std::optional<double> wanted) {
+    const double ratio = bare / own;
+    std::printf("  %-34s bare %8.0f ms, ours %8.0f ms: %6.1f times faster", what, bare, own, ratio);
+    if (wanted)
+        std::printf("  at least %.1f: %s", *wanted, ratio >= *wanted ? "reached" : "MISSED");
+    std::printf("\n");
+    std::fflush(stdout);
+}
+
 /// The times of several runs, in milliseconds.
 class Measured {
   public:
