@@ -48,10 +48,16 @@ HostSystem HostSystem::linuxDesktop(const QString& homeFolder, const QString& os
         homeFolder + QStringLiteral("/.config/autostart/com.harvellon.HarvellonConnect.desktop");
     host.temporaryFolder = QDir::tempPath();
     host.sshfsCandidates = sshfsPaths;
-    // sshfs remembers sizes for 20 seconds; with the kernel remembering none, opening a file asks anew.
-    // Otherwise a file that has grown on the server meanwhile is read only up to its former size.
-    // A connection that is shared with others would tell nothing about what this mount sends.
-    host.platformMountOptions = {QStringLiteral("attr_timeout=0"), QStringLiteral("ControlPath=none")};
+    // attr_timeout: sshfs remembers sizes; with the kernel remembering none, opening a file asks anew.
+    // Otherwise a file that has grown on the server meanwhile is read only up to its former size. auto_cache:
+    // a file whose size and time are still the same when it is opened again is not read again.
+    // negative_timeout: the kernel remembers that a name does not exist; git and editors ask in every folder.
+    // cache_timeout: what sshfs remembers, by the name that all its versions know. 28 seconds at most, so
+    // that a colleague's change is seen within 30: sshfs counts whole seconds, and the kernel adds one.
+    // ControlPath: a connection shared with others would tell nothing about what this mount sends.
+    host.platformMountOptions = {QStringLiteral("attr_timeout=0"), QStringLiteral("auto_cache"),
+                                 QStringLiteral("negative_timeout=28"), QStringLiteral("cache_timeout=28"),
+                                 QStringLiteral("ControlPath=none")};
     host.volumeNameOption = QStringLiteral("fsname");
     const QString fusermount = QStringLiteral("/usr/bin/fusermount3");
     host.forcedUnmount = {fusermount, {QStringLiteral("-u"), QStringLiteral("-z")}};

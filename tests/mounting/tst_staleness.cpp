@@ -34,7 +34,7 @@ bool isListed(const QString& folder, const QString& name) {
 
 QString optionsThatForgetAfter(QStringList options, int seconds) {
     for (QString& option : options) {
-        if (option.startsWith("dcache_timeout="_L1) || option.startsWith("negative_timeout="_L1))
+        if (option.startsWith("cache_timeout="_L1) || option.startsWith("negative_timeout="_L1))
             option = option.section(QLatin1Char('='), 0, 0) + u"=%1"_s.arg(seconds);
     }
     return options.join(QLatin1Char(','));
