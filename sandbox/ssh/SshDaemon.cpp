@@ -20,17 +20,19 @@ constexpr int endLimit = 5000;           // milliseconds
 
 // sshd runs below a shell whose standard input closes when this process ends, however it ends; the shell
 // then kills sshd. Each line the shell reads is a signal for sshd and its sessions. Sessions leave sshd's
-// process group and may lose it as parent, but all hold the log file open, so that is how they are found.
-// The second pass reaches sessions that began during the first.
+// process group and may lose it as parent, but all hold the log file open, so that is how they are found. No
+// other program's files are looked at: one of them may lie on a mount that does not answer. The second pass
+// reaches sessions that began during the first.
 const QString watchScript = QStringLiteral(R"(
 log=$1
 shift
 each() {
     for pass in 1 2; do
-        for file in /proc/[0-9]*/fd/*; do
-            [ "$file" -ef "$log" ] || continue
-            process=${file#/proc/}
-            kill -s "$1" "${process%%/*}"
+        for process in /proc/[0-9]*; do
+            read -r name <"$process/comm" && [ "$name" = sshd ] || continue
+            for file in "$process"/fd/*; do
+                [ "$file" -ef "$log" ] && kill -s "$1" "${process#/proc/}" && break
+            done
         done
     done
 }
