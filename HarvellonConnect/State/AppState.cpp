@@ -10,6 +10,7 @@
 
 namespace {
 const QString globalHotkeyKey = QStringLiteral("GlobalHotkeyEnabled");
+const QString quietWorkspaceKey = QStringLiteral("QuietWorkspace");
 constexpr std::chrono::seconds storingLimit{4};
 } // namespace
 
@@ -41,6 +42,7 @@ AppState::AppState(AppServices services, DesktopCommands desktop, QObject* paren
                     [this](const Guidance& guidance) { m_guidance.show(guidance); }),
       m_care(m_connections, m_sshfsMounter, m_preferences, m_report, m_guidance), m_actions(m_context),
       m_globalHotkeyEnabled(m_preferences.boolean(globalHotkeyKey).value_or(true)) {
+    m_editor.setQuiet(m_preferences.boolean(quietWorkspaceKey).value_or(false));
     publishParts();
     m_accounts.loadAccountsRegistry();
     removeLegacyKeyPair(m_host.homeFolder);
@@ -222,6 +224,14 @@ void AppState::setStartsAtLogin(bool starts) {
 void AppState::setReconnectsAtStart(bool reconnects) {
     m_care.setReconnectsAtStart(reconnects);
     Q_EMIT reconnectsAtStartChanged();
+}
+
+void AppState::setQuietWorkspace(bool quiet) {
+    if (quiet == m_editor.isQuiet())
+        return;
+    m_editor.setQuiet(quiet);
+    m_report.remember(quietWorkspaceKey, quiet);
+    Q_EMIT quietWorkspaceChanged();
 }
 
 void AppState::applyHotkeySetting() {

@@ -65,6 +65,7 @@ class AppState : public QObject {
     Q_PROPERTY(bool startsAtLogin READ startsAtLogin WRITE setStartsAtLogin NOTIFY startsAtLoginChanged)
     Q_PROPERTY(bool reconnectsAtStart READ reconnectsAtStart WRITE setReconnectsAtStart NOTIFY
                    reconnectsAtStartChanged)
+    Q_PROPERTY(bool quietWorkspace READ quietWorkspace WRITE setQuietWorkspace NOTIFY quietWorkspaceChanged)
     Q_PROPERTY(bool globalHotkeyEnabled READ globalHotkeyEnabled WRITE setGlobalHotkeyEnabled NOTIFY
                    globalHotkeyEnabledChanged)
 
@@ -105,6 +106,7 @@ class AppState : public QObject {
     void setGlobalHotkeyEnabled(bool enabled);
     void setStartsAtLogin(bool starts);
     void setReconnectsAtStart(bool reconnects);
+    void setQuietWorkspace(bool quiet);
 
     /// Takes every mount down, and waits for tokens that are being renewed or stored; done within five
     /// seconds. Nothing is mounted afterwards.
@@ -158,6 +160,8 @@ class AppState : public QObject {
 
     [[nodiscard]] bool reconnectsAtStart() const { return m_care.reconnectsAtStart(); }
 
+    [[nodiscard]] bool quietWorkspace() const { return m_editor.isQuiet(); }
+
     /// The alert that is open: "title", "text" and "buttons" (list of texts); empty when there is none.
     [[nodiscard]] QVariantMap guidance() const { return m_guidance.map(); }
 
@@ -172,6 +176,7 @@ class AppState : public QObject {
     void globalHotkeyEnabledChanged();
     void startsAtLoginChanged();
     void reconnectsAtStartChanged();
+    void quietWorkspaceChanged();
     void hotkeyProblemChanged();
     void guidanceChanged();
 
