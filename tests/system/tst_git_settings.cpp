@@ -159,31 +159,39 @@ class TestGitSettings : public QObject {
     }
 
     void refusals_data() {
+        QTest::addColumn<bool>("wanted");
         QTest::addColumn<QString>("obstacle");
         QTest::addColumn<QString>("reason");
-        QTest::newRow("another change under way") << u".gitconfig.lock"_s << u"could not lock"_s;
-        QTest::newRow("a broken configuration") << u".gitconfig"_s << u"bad config line"_s;
-        QTest::newRow("no git") << QString() << u"git ist nicht installiert."_s;
-        QTest::newRow("our folder is a file") << u".local/share/HarvellonConnect"_s << u"kann nicht"_s;
+        const auto row = [](const char* name, bool wanted, const QString& obstacle, const QString& reason) {
+            QTest::addRow("%s, %s", name, wanted ? "on" : "off") << wanted << obstacle << reason;
+        };
+        for (const bool wanted : {true, false}) {
+            row("another change under way", wanted, u".gitconfig.lock"_s, u"could not lock"_s);
+            row("a broken configuration", wanted, u".gitconfig"_s, u"bad config line"_s);
+            row("no git", wanted, QString(), u"git ist nicht installiert."_s);
+        }
+        row("our folder is a file", true, u".local/share/HarvellonConnect"_s, u"kann nicht geschrieben"_s);
     }
 
     void refusals() {
+        QFETCH(const bool, wanted);
         QFETCH(const QString, obstacle);
         QFETCH(const QString, reason);
         const QString path = m_home + u"/.gitconfig"_s;
         write(path, "[user]\n\tname = A\n");
+        if (!wanted)
+            turnOn();
         if (obstacle.isEmpty())
             m_host.gitCandidates = {u"/nowhere/git"_s, m_home};
         else
             write(m_home + u'/' + obstacle, "[broken");
         const QByteArray before = read(path);
         try {
-            turnOn();
-            QFAIL("turned on");
+            wanted ? turnOn() : turnOff();
+            QFAIL("changed");
         } catch (const GitError& error) {
             QVERIFY2(error.description().contains(reason), qPrintable(error.description()));
         }
-        QVERIFY(!areOn());
         QCOMPARE(read(path), before);
     }
 };

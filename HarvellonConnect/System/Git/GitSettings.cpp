@@ -12,6 +12,7 @@ namespace {
 constexpr std::chrono::seconds readLimit{10};
 // A git that is killed leaves its lock behind, and nobody can change the configuration any more.
 constexpr std::chrono::milliseconds writeLimit = Shell::noLimit;
+constexpr qint32 nothingFound = 1; // the exit code of git config
 const QString key = QStringLiteral("include.path");
 
 /// An entry of ours, and the file of the user that holds it.
@@ -63,20 +64,25 @@ QList<Entry> ownEntries(const QString& listed, const HostSystem& host) {
     return entries;
 }
 
+void throwUnless(bool good, const ShellResult& result) {
+    const QString reason = result.stderr.trimmed();
+    if (!good)
+        throw GitError(reason.isEmpty() ? QStringLiteral("git endet mit Exit %1.").arg(result.exitCode)
+                                        : reason);
+}
+
 /// Asks for all files that git reads, because the entry may stand in one that the user's own file includes.
 QCoro::Task<QList<Entry>> findEntries(HostSystem host, Shell& shell) {
     const QStringList query{QStringLiteral("--show-origin"), QStringLiteral("--null"),
                             QStringLiteral("--get-all"), key};
     const ShellResult result = co_await runConfig(host, shell, query, readLimit);
+    throwUnless(result.exitCode == 0 || result.exitCode == nothingFound, result);
     co_return ownEntries(result.stdout, host);
 }
 
 QCoro::Task<> change(HostSystem host, Shell& shell, QStringList arguments) {
     const ShellResult result = co_await runConfig(host, shell, arguments, writeLimit);
-    if (result.exitCode == 0)
-        co_return;
-    const QString reason = result.stderr.trimmed();
-    throw GitError(reason.isEmpty() ? QStringLiteral("git endet mit Exit %1.").arg(result.exitCode) : reason);
+    throwUnless(result.exitCode == 0, result);
 }
 
 void throwWithoutGit(const HostSystem& host) {
@@ -101,7 +107,7 @@ QCoro::Task<bool> GitSettings::areOn(HostSystem host, Shell& shell) {
     try {
         const QList<Entry> entries = co_await findEntries(host, shell);
         co_return !entries.isEmpty();
-    } catch (const ShellError&) {
+    } catch (const Failure&) {
         co_return false;
     }
 }
