@@ -106,9 +106,7 @@ QCoro::Task<> MountedRepositories::tellAbout(QString domain) {
     if (!guard || m_told || isOn())
         co_return;
     m_told = true;
-    m_report.log(QStringLiteral("%1 enthält ein Git-Repository. Die Einstellung „Git an verbundene Projekte "
-                                "anpassen\" macht Git dort schneller.")
-                     .arg(domain),
+    m_report.log(QStringLiteral("Git kann in %1 schneller sein: siehe Einstellungen.").arg(domain),
                  ActivityLogLevel::info);
 }
 
