@@ -20,6 +20,17 @@ bool isPlain(QChar character) {
 bool isEdge(QChar character) {
     return character == QLatin1Char('-') || character == QLatin1Char('.');
 }
+
+/// What makes the editor read a folder, or ask its server, without the user having asked for it. Each setting
+/// is explained in docs/architecture.md.
+void quieten(QJsonObject& settings) {
+    settings[QStringLiteral("files.watcherExclude")] = QJsonObject{{QStringLiteral("**"), true}};
+    settings[QStringLiteral("git.autofetch")] = false;
+    settings[QStringLiteral("git.autorefresh")] = false;
+    settings[QStringLiteral("npm.autoDetect")] = QStringLiteral("off");
+    settings[QStringLiteral("search.followSymlinks")] = false;
+    settings[QStringLiteral("typescript.disableAutomaticTypeAcquisition")] = true;
+}
 } // namespace
 
 QString sanitizedFileName(const QString& text) {
@@ -35,14 +46,16 @@ QString sanitizedFileName(const QString& text) {
     return name.isEmpty() ? QStringLiteral("project") : name;
 }
 
-QByteArray workspaceFor(const QString& folder) {
+QByteArray workspaceFor(const QString& folder, bool quiet) {
     const QJsonObject bulky{{QStringLiteral("**/pdfs/**"), true}};
-    const QJsonObject settings{{QStringLiteral("editor.codeActionsOnSave"),
-                                QJsonObject{{QStringLiteral("source.fixAll"), never},
-                                            {QStringLiteral("source.organizeImports"), never}}},
-                               {QStringLiteral("editor.formatOnSave"), false},
-                               {QStringLiteral("files.watcherExclude"), bulky},
-                               {QStringLiteral("search.exclude"), bulky}};
+    QJsonObject settings{{QStringLiteral("editor.codeActionsOnSave"),
+                          QJsonObject{{QStringLiteral("source.fixAll"), never},
+                                      {QStringLiteral("source.organizeImports"), never}}},
+                         {QStringLiteral("editor.formatOnSave"), false},
+                         {QStringLiteral("files.watcherExclude"), bulky},
+                         {QStringLiteral("search.exclude"), bulky}};
+    if (quiet)
+        quieten(settings);
     const QJsonObject workspace{
         {QStringLiteral("folders"), QJsonArray{QJsonObject{{QStringLiteral("path"), folder}}}},
         {QStringLiteral("settings"), settings}};
@@ -72,7 +85,7 @@ std::optional<QString> VSCodeLauncher::writeWorkspace(const QString& domain, con
         return std::nullopt;
     const QString path =
         workspaces + QLatin1Char('/') + sanitizedFileName(domain) + QStringLiteral(".code-workspace");
-    return writeAtomically(path, workspaceFor(folder)) ? std::optional(path) : std::nullopt;
+    return writeAtomically(path, workspaceFor(folder, m_quiet)) ? std::optional(path) : std::nullopt;
 }
 
 QCoro::Task<std::optional<QString>> VSCodeLauncher::locateCodeCommand() {

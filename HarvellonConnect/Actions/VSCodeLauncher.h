@@ -13,8 +13,9 @@
 QString sanitizedFileName(const QString& text);
 
 /// The workspace for `folder`, with settings for a folder that lives on a network: nothing is rewritten on
-/// save, and bulky folders are neither watched nor searched.
-QByteArray workspaceFor(const QString& folder);
+/// save, and bulky folders are neither watched nor searched. A quiet one also keeps the editor from reading
+/// the whole folder by itself.
+QByteArray workspaceFor(const QString& folder, bool quiet);
 
 /// Opens folders in Visual Studio Code. Main thread.
 class VSCodeLauncher {
@@ -26,10 +27,16 @@ class VSCodeLauncher {
     /// cannot be written, the folder itself. Never fails; returns when the launcher has ended.
     QCoro::Task<> open(QString domain, QString folder);
 
+    /// Whether workspaces are quiet ones, from the next `open` on.
+    void setQuiet(bool quiet) { m_quiet = quiet; }
+
+    [[nodiscard]] bool isQuiet() const { return m_quiet; }
+
   private:
     [[nodiscard]] std::optional<QString> writeWorkspace(const QString& domain, const QString& folder) const;
     QCoro::Task<std::optional<QString>> locateCodeCommand();
 
     HostSystem m_host;
     Shell& m_shell;
+    bool m_quiet = false;
 };

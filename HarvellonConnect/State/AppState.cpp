@@ -10,6 +10,7 @@
 
 namespace {
 const QString globalHotkeyKey = QStringLiteral("GlobalHotkeyEnabled");
+const QString quietWorkspaceKey = QStringLiteral("QuietWorkspace");
 constexpr std::chrono::seconds storingLimit{4};
 } // namespace
 
@@ -39,8 +40,10 @@ AppState::AppState(AppServices services, DesktopCommands desktop, QObject* paren
       m_accounts(m_oauth, m_api, services.preferences, m_report, m_loading),
       m_connections(m_context, m_sshfsMounter, m_preferences,
                     [this](const Guidance& guidance) { m_guidance.show(guidance); }),
-      m_care(m_connections, m_sshfsMounter, m_preferences, m_report, m_guidance), m_actions(m_context),
+      m_care(m_connections, m_sshfsMounter, m_preferences, m_report, m_guidance),
+      m_repositories(m_host, services.shell, m_sshfsMounter, m_connections, m_report), m_actions(m_context),
       m_globalHotkeyEnabled(m_preferences.boolean(globalHotkeyKey).value_or(true)) {
+    m_editor.setQuiet(m_preferences.boolean(quietWorkspaceKey).value_or(false));
     publishParts();
     m_accounts.loadAccountsRegistry();
     removeLegacyKeyPair(m_host.homeFolder);
@@ -54,7 +57,8 @@ AppState::AppState(AppServices services, DesktopCommands desktop, QObject* paren
 AppState::~AppState() = default;
 
 AppState::Parts AppState::parts() {
-    return {m_oauth, m_sshfsMounter, m_loading, m_accounts, m_connections, m_care, m_actions, m_report};
+    return {m_oauth, m_sshfsMounter, m_loading, m_accounts, m_connections,
+            m_care,  m_repositories, m_actions, m_report};
 }
 
 void AppState::publishParts() {
@@ -80,6 +84,7 @@ void AppState::publishParts() {
     connect(&m_loading, &ProjectLoading::userProfileChanged, this, &AppState::showKeptProjects);
     connect(&m_connections, &Connections::mountsEnded, this,
             [this](const QStringList& domains) { m_desktop.tellMountsEnded(domains); });
+    connect(&m_repositories, &MountedRepositories::changed, this, &AppState::gitChanged);
     connect(&m_networkMonitor, &NetworkMonitor::changed, this, &AppState::networkChanged);
     connect(&m_sleepMonitor, &SleepMonitor::aboutToSleep, this, &AppState::detachForSleep);
     connect(&m_sleepMonitor, &SleepMonitor::wokeUp, &m_care, &ConnectionCare::wakeUp);
@@ -132,6 +137,7 @@ QCoro::Task<> AppState::startUp() {
     // The icon comes first: loading what speaks TLS takes as long as showing it.
     co_await Async::sleep(std::chrono::milliseconds(50));
     m_care.startUp(); // beside the first load
+    m_repositories.look();
     co_await m_accounts.dropDuplicates();
     if (accounts().isEmpty())
         co_await m_accounts.migrateLegacyLoginIfNeeded();
@@ -222,6 +228,18 @@ void AppState::setStartsAtLogin(bool starts) {
 void AppState::setReconnectsAtStart(bool reconnects) {
     m_care.setReconnectsAtStart(reconnects);
     Q_EMIT reconnectsAtStartChanged();
+}
+
+void AppState::setAdaptsGit(bool adapts) {
+    m_repositories.setOn(adapts);
+}
+
+void AppState::setQuietWorkspace(bool quiet) {
+    if (quiet == m_editor.isQuiet())
+        return;
+    m_editor.setQuiet(quiet);
+    m_report.remember(quietWorkspaceKey, quiet);
+    Q_EMIT quietWorkspaceChanged();
 }
 
 void AppState::applyHotkeySetting() {

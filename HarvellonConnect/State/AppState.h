@@ -9,6 +9,7 @@
 #include "State/ActivityReport.h"
 #include "State/ConnectionCare.h"
 #include "State/Connections.h"
+#include "State/Git/MountedRepositories.h"
 #include "State/GuidanceQuestion.h"
 #include "State/ProjectLoading.h"
 #include "System/HostSystem.h"
@@ -65,6 +66,9 @@ class AppState : public QObject {
     Q_PROPERTY(bool startsAtLogin READ startsAtLogin WRITE setStartsAtLogin NOTIFY startsAtLoginChanged)
     Q_PROPERTY(bool reconnectsAtStart READ reconnectsAtStart WRITE setReconnectsAtStart NOTIFY
                    reconnectsAtStartChanged)
+    Q_PROPERTY(bool adaptsGit READ adaptsGit WRITE setAdaptsGit NOTIFY gitChanged)
+    Q_PROPERTY(QString gitProblem READ gitProblem NOTIFY gitChanged)
+    Q_PROPERTY(bool quietWorkspace READ quietWorkspace WRITE setQuietWorkspace NOTIFY quietWorkspaceChanged)
     Q_PROPERTY(bool globalHotkeyEnabled READ globalHotkeyEnabled WRITE setGlobalHotkeyEnabled NOTIFY
                    globalHotkeyEnabledChanged)
 
@@ -81,6 +85,7 @@ class AppState : public QObject {
         Accounts& accounts;
         Connections& connections;
         ConnectionCare& care;
+        MountedRepositories& repositories;
         ProjectActions& actions;
         ActivityReport& report;
     };
@@ -105,6 +110,8 @@ class AppState : public QObject {
     void setGlobalHotkeyEnabled(bool enabled);
     void setStartsAtLogin(bool starts);
     void setReconnectsAtStart(bool reconnects);
+    void setAdaptsGit(bool adapts);
+    void setQuietWorkspace(bool quiet);
 
     /// Takes every mount down, and waits for tokens that are being renewed or stored; done within five
     /// seconds. Nothing is mounted afterwards.
@@ -158,6 +165,14 @@ class AppState : public QObject {
 
     [[nodiscard]] bool reconnectsAtStart() const { return m_care.reconnectsAtStart(); }
 
+    /// What the user's configuration of git says.
+    [[nodiscard]] bool adaptsGit() const { return m_repositories.isOn(); }
+
+    /// Why `adaptsGit` could not be changed; empty when it could.
+    [[nodiscard]] QString gitProblem() const { return m_repositories.problem(); }
+
+    [[nodiscard]] bool quietWorkspace() const { return m_editor.isQuiet(); }
+
     /// The alert that is open: "title", "text" and "buttons" (list of texts); empty when there is none.
     [[nodiscard]] QVariantMap guidance() const { return m_guidance.map(); }
 
@@ -172,6 +187,8 @@ class AppState : public QObject {
     void globalHotkeyEnabledChanged();
     void startsAtLoginChanged();
     void reconnectsAtStartChanged();
+    void gitChanged();
+    void quietWorkspaceChanged();
     void hotkeyProblemChanged();
     void guidanceChanged();
 
@@ -205,6 +222,7 @@ class AppState : public QObject {
     Accounts m_accounts;
     Connections m_connections;
     ConnectionCare m_care;
+    MountedRepositories m_repositories;
     ProjectActions m_actions;
     SleepMonitor m_sleepMonitor;
     NetworkMonitor m_networkMonitor;

@@ -74,6 +74,7 @@ QCoro::Task<> Connections::connect(Project project) {
     const std::optional<QString> target = co_await documentTarget(m_context, project, root, 4s);
     if (!target)
         co_return;
+    Q_EMIT handedOver(domain);
     const QString folder = *target;
     co_await m_context.editor.open(domain, folder);
 }
@@ -102,6 +103,8 @@ QCoro::Task<Connections::Reconnected> Connections::reconnect(Project project) {
     if (outcome == Reconnected::yes)
         setLost(project, false);
     publishSessions();
+    if (outcome == Reconnected::yes)
+        Q_EMIT handedOver(domain);
     co_return outcome;
 }
 

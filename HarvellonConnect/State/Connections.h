@@ -80,6 +80,9 @@ class Connections : public QObject {
     void connectionChanged(const QString& domain, bool connected);
     /// The user does not want `domain` mounted any more.
     void givenUp(const QString& domain);
+    /// `domain` has been mounted, and what was to be opened in it has been found: a further question about it
+    /// delays nobody.
+    void handedOver(const QString& domain);
     /// These mounts ended by themselves, shortly one after the other.
     void mountsEnded(const QStringList& domains);
 

@@ -29,6 +29,9 @@ HostSystem HostSystem::macOS(const QString& homeFolder) {
         QStringLiteral("/Applications/Visual Studio Code - Insiders.app/Contents/Resources/app/bin/code")};
     host.editorOpen = {QStringLiteral("/usr/bin/open"),
                        {QStringLiteral("-a"), QStringLiteral("Visual Studio Code")}};
+    host.gitCandidates = {QStringLiteral("/opt/homebrew/bin/git"), QStringLiteral("/usr/local/bin/git"),
+                          QStringLiteral("/Library/Developer/CommandLineTools/usr/bin/git"),
+                          QStringLiteral("/Applications/Xcode.app/Contents/Developer/usr/bin/git")};
     host.terminal = {QStringLiteral("/usr/bin/open"),
                      {QStringLiteral("/System/Applications/Utilities/Terminal.app")}};
     host.ssh = sshClient;
@@ -70,6 +73,12 @@ HostSystem HostSystem::linuxDesktop(const QString& homeFolder, const QString& os
     host.editorLaunchers = {QStringLiteral("/usr/bin/code"), QStringLiteral("/snap/bin/code"),
                             QStringLiteral("/var/lib/flatpak/exports/bin/com.visualstudio.code"),
                             QStringLiteral("/usr/bin/code-insiders"), QStringLiteral("/usr/bin/codium")};
+    host.gitCandidates = {QStringLiteral("/usr/bin/git"), QStringLiteral("/usr/local/bin/git")};
     host.ssh = sshClient;
     return host;
+}
+
+QStringList HostSystem::environmentOfGit(const QString& home) {
+    return {QStringLiteral("-u"), QStringLiteral("XDG_CONFIG_HOME"), QStringLiteral("-u"),
+            QStringLiteral("GIT_CONFIG_GLOBAL"), QStringLiteral("HOME=") + home};
 }

@@ -46,6 +46,9 @@ struct HostSystem {
     ExternalCommand editorOpen;   ///< opens a target in the editor when no launcher is found; empty where
                                   ///< the desktop would hand the file to any program at all
 
+    QStringList gitCandidates;  ///< in order of preference; none that would only offer to install git
+    QStringList gitEnvironment; ///< arguments of `env` before git: where the user's configuration is
+
     QString ssh;                  ///< the user's own client
     ExternalCommand browserQuery; ///< prints the address of the browser's active tab
     ExternalCommand terminal;     ///< opens an empty terminal window; empty when one has to be looked for
@@ -63,5 +66,7 @@ struct HostSystem {
     /// beside it that of the ssh client (development).
     static HostSystem current();
     static HostSystem macOS(const QString& homeFolder);
+    /// `gitEnvironment` for a home folder that is not the one of the process.
+    static QStringList environmentOfGit(const QString& home);
     static HostSystem linuxDesktop(const QString& homeFolder, const QString& osRelease = {});
 };

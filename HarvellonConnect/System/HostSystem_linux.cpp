@@ -19,6 +19,7 @@ HostSystem HostSystem::current() {
     } else {
         host.preferencesFile = development + QStringLiteral("/preferences.ini");
         host.usesKeyring = false;
+        host.gitEnvironment = environmentOfGit(development);
         host.ssh = qEnvironmentVariable("HARVELLON_SSH", host.ssh);
     }
     host.browserQuery = {QCoreApplication::applicationDirPath() + QStringLiteral("/harvellon-browser-tab"),

@@ -8,6 +8,7 @@ HostSystem HostSystem::current() {
     if (!development.isEmpty()) {
         host.preferencesFile = development + QStringLiteral("/preferences.ini");
         host.usesKeyring = false;
+        host.gitEnvironment = environmentOfGit(development);
         host.ssh = qEnvironmentVariable("HARVELLON_SSH", host.ssh);
     }
     return host;

@@ -31,6 +31,27 @@ class RecordingShell : public Shell {
         throw ShellError::launchFailed(executable); // a missing editor must not fail the action
     }
 };
+
+const QByteArray usualWorkspace = "{\n"
+                                  "    \"folders\": [\n"
+                                  "        {\n"
+                                  "            \"path\": \"/m/a\"\n"
+                                  "        }\n"
+                                  "    ],\n"
+                                  "    \"settings\": {\n"
+                                  "        \"editor.codeActionsOnSave\": {\n"
+                                  "            \"source.fixAll\": \"never\",\n"
+                                  "            \"source.organizeImports\": \"never\"\n"
+                                  "        },\n"
+                                  "        \"editor.formatOnSave\": false,\n"
+                                  "        \"files.watcherExclude\": {\n"
+                                  "            \"**/pdfs/**\": true\n"
+                                  "        },\n"
+                                  "        \"search.exclude\": {\n"
+                                  "            \"**/pdfs/**\": true\n"
+                                  "        }\n"
+                                  "    }\n"
+                                  "}\n";
 } // namespace
 
 class TestActions : public QObject {
@@ -78,6 +99,24 @@ class TestActions : public QObject {
         shell.calls.clear();
         await(VSCodeLauncher(host, shell).open(u"example.org"_s, tree));
         QCOMPARE(shell.calls.last(), insiders + u"|--new-window|--disable-workspace-trust|"_s + tree);
+    }
+
+    void aQuietWorkspaceOnlyAddsSettings() {
+        const QString tree = u"/m/a"_s;
+        QCOMPARE(workspaceFor(tree, false), usualWorkspace);
+        const auto settingsOf = [](const QByteArray& workspace) {
+            return QJsonDocument::fromJson(workspace)["settings"_L1].toObject();
+        };
+        const QJsonObject usual = settingsOf(workspaceFor(tree, false));
+        QJsonObject quiet = settingsOf(workspaceFor(tree, true));
+        QCOMPARE(quiet.take("files.watcherExclude"_L1), (QJsonObject{{u"**"_s, true}}));
+        QCOMPARE(quiet.take("git.autorefresh"_L1), QJsonValue(false));
+        QCOMPARE(quiet.take("git.autofetch"_L1), QJsonValue(false));
+        QCOMPARE(quiet.take("npm.autoDetect"_L1), QJsonValue(u"off"_s));
+        QCOMPARE(quiet.take("search.followSymlinks"_L1), QJsonValue(false));
+        QCOMPARE(quiet.take("typescript.disableAutomaticTypeAcquisition"_L1), QJsonValue(true));
+        quiet["files.watcherExclude"_L1] = usual["files.watcherExclude"_L1];
+        QCOMPARE(quiet, usual);
     }
 
     void folderThatAppearsInTimeIsFound() {

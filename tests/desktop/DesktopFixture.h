@@ -28,6 +28,7 @@ class DesktopFixture {
         host.preferencesFile = home.filePath(QStringLiteral("preferences.ini"));
         host.temporaryFolder = home.path();
         host.usesKeyring = false;
+        host.gitEnvironment = HostSystem::environmentOfGit(home.path());
         if (!sshfs.isEmpty())
             host.sshfsCandidates = {sshfs};
         keychain = std::make_unique<KeychainStore>(host);

@@ -168,6 +168,54 @@ class TestWindows : public QObject {
         QCOMPARE(m_desktop->state->globalHotkeyEnabled(), before);
     }
 
+    void theSwitchForGitFollowsTheConfiguration() {
+        QWindow* const window = settings();
+        QAccessibleInterface* const control = heard::find(window, u"Git an verbundene Projekte anpassen"_s);
+        const QString file = m_desktop->home.filePath(u".gitconfig"_s);
+        QVERIFY(!control->state().checked);
+        QVERIFY(heard::press(control));
+        QVERIFY(control->state().checked); // before git has answered, too
+        QTRY_VERIFY(QFileInfo(file).size() > 0);
+        QTRY_VERIFY(control->state().checked);
+        QVERIFY(heard::press(control));
+        QTRY_COMPARE(QFileInfo(file).size(), 0);
+
+        QFile broken(file);
+        QVERIFY(broken.open(QIODevice::WriteOnly) && broken.write("[broken") > 0);
+        broken.close();
+        QVERIFY(heard::press(control));
+        QTRY_VERIFY(!control->state().checked);
+        QTRY_VERIFY(control->text(QAccessible::Description).contains(u"bad config line"_s));
+        QVERIFY(QFile::remove(file));
+        QVERIFY(settings()); // opened again, it looks anew
+        QTRY_VERIFY(control->text(QAccessible::Description).startsWith(u"Git liest nur"_s));
+    }
+
+    void theWorkspaceIsQuietWhenSwitched() {
+        QAccessibleInterface* const control = heard::find(settings(), u"Ruhiger Arbeitsbereich in VS Code"_s);
+        for (const bool quiet : {true, false}) {
+            QVERIFY(heard::press(control));
+            QCOMPARE(m_desktop->state->quietWorkspace(), quiet);
+            QCOMPARE(m_desktop->preferences->boolean(u"QuietWorkspace"_s), quiet);
+            QCOMPARE(bool(control->state().checked), quiet);
+        }
+    }
+
+    void whatHasTheFocusIsScrolledIntoSight() {
+        QWindow* const window = settings();
+        QVERIFY(QTest::qWaitForWindowActive(window));
+        QAccessibleInterface* const last = heard::find(window, u"Ruhiger Arbeitsbereich in VS Code"_s);
+        const auto below = [&] { return last->rect().bottom() - window->geometry().bottom(); };
+        QVERIFY(below() > -30);
+        for (int presses = 0; presses < 12 && heard::focus(window) != last->text(QAccessible::Name);
+             ++presses)
+            QTest::keyClick(window, Qt::Key_Tab);
+        QVERIFY(below() < -30); // with its row
+        window->close();
+        QVERIFY(settings());
+        QTRY_VERIFY(below() > -30); // and back with the focus
+    }
+
     void guidanceIsAskedOnceAndAnswered() {
         m_desktop.reset();
         m_desktop = std::make_unique<DesktopFixture>(m_platform->server(), u"/nowhere/sshfs"_s);

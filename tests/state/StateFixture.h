@@ -38,6 +38,7 @@ class StateFixture : public QObject {
         host.preferencesFile = m_home->filePath(QStringLiteral("preferences.ini"));
         host.temporaryFolder = m_home->path();
         host.usesKeyring = false;
+        host.gitEnvironment = HostSystem::environmentOfGit(m_home->path());
         return host;
     }
 

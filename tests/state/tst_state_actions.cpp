@@ -64,6 +64,24 @@ class TestStateActions : public StateFixture {
                  u"SSH-Shell nicht moeglich: x -oProxyCommand=evil ist kein Rechnername."_s);
     }
 
+    void theEditorsWorkspaceIsQuietWhereWanted() {
+        signIn("erika");
+        const QString domain = this->project(0).domain;
+        QFile workspace(host().temporaryFolder + u"/HarvellonConnect-VSCode/"_s + domain +
+                        u".code-workspace"_s);
+        for (const bool quiet : {false, true}) {
+            QCOMPARE(m_state->quietWorkspace(), false);
+            m_state->setQuietWorkspace(quiet);
+            start();
+            QCOMPARE(m_state->quietWorkspace(), quiet);
+            await(m_state->parts().connections.connect(this->project(0)));
+            QVERIFY(workspace.open(QIODevice::ReadOnly));
+            QCOMPARE(workspace.readAll().contains("\"git.autorefresh\": false"), quiet);
+            workspace.close();
+            await(m_state->parts().connections.disconnect(domain, false));
+        }
+    }
+
     void fileManagerAndEditorNeedAMount() {
         signIn("erika");
         const Project project = this->project(0);

@@ -1,8 +1,9 @@
 import QtQuick
+import QtQuick.Templates as T
 import Harvellon.Desktop
 import Harvellon.State
 
-/// The content of the settings window.
+/// The content of the settings window. What does not fit into it scrolls.
 FocusScope {
     id: view
 
@@ -11,8 +12,15 @@ FocusScope {
     required property string versionText
 
     readonly property real cardWidth: width - 2 * Theme.settingsMargin
-    /// The additional height of an enlarged window goes to the list of accounts.
-    readonly property real extra: Math.max(0, height - 460)
+    readonly property Item focusedItem: Window.activeFocusItem
+
+    /// Scrolls until an item that was reached with the keyboard is in sight, with its row.
+    function reveal(item: Item) {
+        const around = 32;
+        const top = item.mapToItem(page.contentItem, 0, 0).y - around;
+        const bottom = top + item.height + 2 * around - page.height;
+        page.contentY = Math.max(0, Math.min(top, Math.max(page.contentY, bottom), page.contentHeight - page.height));
+    }
 
     Accessible.name: "Einstellungen"
     Accessible.role: Accessible.Pane
@@ -21,10 +29,14 @@ FocusScope {
     width: 520
 
     Keys.onEscapePressed: view.controller.closeRequested()
+    onFocusedItemChanged: if (focusedItem && focusedItem !== view) {
+        view.reveal(focusedItem);
+    }
 
     Connections {
         function onOpened() {
             view.nextItemInFocusChain()?.forceActiveFocus(Qt.OtherFocusReason);
+            page.contentY = 0;
         }
 
         target: view.controller
@@ -41,53 +53,106 @@ FocusScope {
         color: Theme.bg
     }
 
-    HeadingLabel {
-        font.pixelSize: Theme.headingSize
-        height: 22
-        text: "Einstellungen - Harvellon Connect"
-        x: Theme.settingsMargin
-        y: 18
+    Flickable {
+        id: page
+
+        /// The additional height of an enlarged window goes to the list of accounts.
+        readonly property real extra: Math.max(0, height - 610)
+
+        anchors.fill: parent
+        boundsBehavior: Flickable.StopAtBounds
+        contentHeight: Math.max(height, 610)
+        pixelAligned: true
+
+        T.ScrollBar.vertical: ListScrollBar {
+            bottomPadding: 4
+            implicitWidth: 9
+            needed: page.contentHeight > page.height
+            rightPadding: 3
+            topPadding: 4
+        }
+
+        HeadingLabel {
+            font.pixelSize: Theme.headingSize
+            height: 22
+            text: "Einstellungen - Harvellon Connect"
+            x: Theme.settingsMargin
+            y: 18
+        }
+
+        SectionLabel {
+            text: "Accounts"
+            x: Theme.settingsMargin
+            y: 44
+        }
+
+        AccountsSection {
+            height: 132 + page.extra
+            state: view.state
+            width: view.cardWidth
+            x: Theme.settingsMargin
+            y: 62
+        }
+
+        SectionLabel {
+            text: "Tastatur und Start"
+            x: Theme.settingsMargin
+            y: 202 + page.extra
+        }
+
+        StartSection {
+            height: 122
+            state: view.state
+            width: view.cardWidth
+            x: Theme.settingsMargin
+            y: 220 + page.extra
+        }
+
+        SectionLabel {
+            text: "Verbundene Projekte"
+            x: Theme.settingsMargin
+            y: 350 + page.extra
+        }
+
+        ProjectsSection {
+            height: 126
+            state: view.state
+            width: view.cardWidth
+            x: Theme.settingsMargin
+            y: 368 + page.extra
+        }
+
+        SectionLabel {
+            text: "Über"
+            x: Theme.settingsMargin
+            y: 502 + page.extra
+        }
+
+        AboutSection {
+            height: 78
+            versionText: view.versionText
+            width: view.cardWidth
+            x: Theme.settingsMargin
+            y: 520 + page.extra
+        }
     }
 
-    SectionLabel {
-        text: "Accounts"
-        x: Theme.settingsMargin
-        y: 44
-    }
+    Rectangle {
+        anchors.bottom: parent.bottom
+        height: 18
+        visible: !page.atYEnd
+        width: parent.width
 
-    AccountsSection {
-        height: 132 + view.extra
-        state: view.state
-        width: view.cardWidth
-        x: Theme.settingsMargin
-        y: 62
-    }
+        gradient: Gradient {
+            GradientStop {
+                color: Qt.alpha(Theme.bg, 0)
+                position: 0
+            }
 
-    SectionLabel {
-        text: "Tastatur und Start"
-        x: Theme.settingsMargin
-        y: 202 + view.extra
-    }
-
-    StartSection {
-        height: 122
-        state: view.state
-        width: view.cardWidth
-        x: Theme.settingsMargin
-        y: 220 + view.extra
-    }
-
-    SectionLabel {
-        text: "Über"
-        x: Theme.settingsMargin
-        y: 350 + view.extra
-    }
-
-    AboutSection {
-        height: 78
-        versionText: view.versionText
-        width: view.cardWidth
-        x: Theme.settingsMargin
-        y: 368 + view.extra
+            GradientStop {
+                color: Theme.bg
+                position: 1
+            }
+        }
     }
 }

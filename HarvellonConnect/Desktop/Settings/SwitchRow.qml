@@ -7,7 +7,11 @@ Item {
     property alias text: toggle.text
     property bool on: false
     property string caption
+    property int captionLines: 1
     property bool troubled: false
+
+    /// Where the caption begins, with the text above it.
+    readonly property real captionTop: height / 2 + 1 - (captionLines - 1) * Theme.captionLine / 2
 
     signal toggled(bool wanted)
 
@@ -15,7 +19,7 @@ Item {
         height: Theme.bodyLine
         text: toggle.text
         x: Theme.inset
-        y: row.caption === "" ? (row.height - height) / 2 : row.height / 2 - 17
+        y: row.caption === "" ? (row.height - height) / 2 : row.captionTop - 18
     }
 
     CaptionLabel {
@@ -23,12 +27,17 @@ Item {
         Accessible.role: row.troubled ? Accessible.AlertMessage : Accessible.StaticText
         color: row.troubled ? Theme.badInk : Theme.secondary
         elide: Text.ElideRight
-        height: Theme.captionLine
+        height: row.captionLines * Theme.captionLine
+        lineHeight: Theme.captionLine
+        lineHeightMode: Text.FixedHeight
+        maximumLineCount: row.captionLines
         text: row.caption
+        verticalAlignment: Text.AlignTop
         visible: text !== ""
         width: toggle.x - 12 - x
+        wrapMode: row.captionLines > 1 ? Text.Wrap : Text.NoWrap
         x: Theme.inset
-        y: row.height / 2 + 1
+        y: row.captionTop
     }
 
     ToggleSwitch {
