@@ -12,6 +12,7 @@
 
 class QNetworkAccessManager;
 class Reporter;
+class SharedConnections;
 class Shell;
 class VSCodeLauncher;
 
@@ -22,6 +23,7 @@ struct ActionContext {
     QNetworkAccessManager& network;
     Reporter& report;
     VSCodeLauncher& editor;
+    SharedConnections& shared;
     /// Where a domain is mounted.
     std::function<std::optional<QString>(const QString& domain)> mountPoint;
     AskMount ask;

@@ -6,17 +6,27 @@
 #include "System/Async.h"
 #include "System/Reporter.h"
 #include "System/Shell.h"
+#include "System/Ssh/SharedConnections.h"
 
 using namespace std::chrono_literals;
 
 namespace {
 constexpr auto readLimit = 30s; // a server that falls silent must not keep ssh for ever
 
+QCoro::Task<ShellResult> readConfiguration(const ActionContext& context, Project project) {
+    const QString login = project.sshLogin();
+    const QStringList command = configurationCommand(project);
+    const std::optional<ShellResult> shared = co_await context.shared.run(login, command);
+    if (shared)
+        co_return *shared;
+    const QStringList arguments = configurationArguments(project);
+    co_return co_await context.shell.run(context.host.ssh, arguments, readLimit);
+}
+
 QCoro::Task<Ending> readAndOpen(const ActionContext& context, Project project) {
     if (!isPlainDomain(project.domain))
         throw EndedEarly(QStringLiteral("SSH-Verbindung fehlgeschlagen: Die Domain ist nicht zulässig."));
-    const QStringList arguments = configurationArguments(project);
-    const ShellResult result = co_await context.shell.run(context.host.ssh, arguments, readLimit);
+    const ShellResult result = co_await readConfiguration(context, project);
     if (result.exitCode != 0)
         throw EndedEarly(QStringLiteral("Config konnte nicht gelesen werden: ") + result.stderr.trimmed());
 

@@ -24,6 +24,9 @@ struct Project {
 
     [[nodiscard]] QString sshUser() const { return QStringLiteral("ssh") + webspaceID; }
 
+    /// What ssh is told to connect to.
+    [[nodiscard]] QString sshLogin() const { return sshUser() + QLatin1Char('@') + domain; }
+
     /// The folder inside the project's tree that holds what people edit.
     [[nodiscard]] QString documentFolder() const;
 

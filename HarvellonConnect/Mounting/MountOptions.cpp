@@ -2,25 +2,12 @@
 
 #include "Directory/PlainDomain.h"
 #include "Mounting/MounterError.h"
+#include "System/Ssh/SshOptions.h"
 
 #include <algorithm>
 
 namespace {
 constexpr qsizetype longestName = 200; // the kernel refuses an option string of a few thousand characters
-
-/// A path quoted for an option of ssh, where a blank separates values and a percent sign starts a token.
-QString sshPath(const QString& path) {
-    QString text = path;
-    text.replace(QLatin1Char('%'), QStringLiteral("%%"));
-    const bool needsQuotes = std::any_of(text.begin(), text.end(), [](QChar character) {
-        return character.isSpace() || character == QLatin1Char('"') || character == QLatin1Char('\'') ||
-               character == QLatin1Char('\\') || character == QLatin1Char('#');
-    });
-    if (!needsQuotes)
-        return text;
-    text.replace(QLatin1Char('\\'), QStringLiteral("\\\\")).replace(QLatin1Char('"'), QStringLiteral("\\\""));
-    return QLatin1Char('"') + text + QLatin1Char('"');
-}
 
 /// A NUL character would truncate the option string.
 QString withoutControls(QString text) {

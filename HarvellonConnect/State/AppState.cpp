@@ -21,11 +21,13 @@ AppState::AppState(AppServices services, DesktopCommands desktop, QObject* paren
               [this](const QUrl& address) { openAddress(m_context, address.toString(QUrl::FullyEncoded)); }),
       m_api(services.server.at(QLatin1StringView("/api/json/applications")), services.network),
       m_loginItem(m_host), m_sshfsMounter(m_host, services.shell), m_editor(m_host, services.shell),
+      m_shared(m_host, services.shell),
       m_context{m_host,
                 services.shell,
                 services.network,
                 m_report,
                 m_editor,
+                m_shared,
                 [this](const QString& domain) { return m_sshfsMounter.mountPoint(domain); },
                 [this](const QString& domain, const std::function<bool()>& question) {
                     return m_sshfsMounter.ask(domain, question);
@@ -153,8 +155,10 @@ QCoro::Task<> AppState::shutDown() {
     m_care.end();
     m_sshfsMounter.close(); // also while tokens are still being stored
     QCoro::Task<> storing = m_oauth.finish(storingLimit);
+    QCoro::Task<> closing = m_shared.close();
     co_await m_connections.disconnectAll();
     co_await storing;
+    co_await closing;
     m_preferences.retry();
 }
 

@@ -18,6 +18,7 @@
 #include "System/Native/NetworkMonitor.h"
 #include "System/Native/SleepMonitor.h"
 #include "System/Network/ServerAddress.h"
+#include "System/Ssh/SharedConnections.h"
 
 #include <QDeadlineTimer>
 #include <QtQmlIntegration>
@@ -118,7 +119,9 @@ class AppState : public QObject {
     QCoro::Task<> shutDown();
 
     /// Whether `shutDown` would have nothing to do.
-    [[nodiscard]] bool isIdle() const { return m_sshfsMounter.isIdle() && m_oauth.isIdle(); }
+    [[nodiscard]] bool isIdle() const {
+        return m_sshfsMounter.isIdle() && m_oauth.isIdle() && m_shared.isIdle();
+    }
 
     [[nodiscard]] const HostSystem& host() const { return m_host; }
 
@@ -215,6 +218,7 @@ class AppState : public QObject {
     LoginItem m_loginItem;
     SSHFSMounter m_sshfsMounter;
     VSCodeLauncher m_editor;
+    SharedConnections m_shared;
     ActionContext m_context;
     GuidanceQuestion m_guidance;
     ProjectListModel m_visibleProjects;

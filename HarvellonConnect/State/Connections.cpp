@@ -7,6 +7,7 @@
 #include "Mounting/Setup/SSHFSReadiness.h"
 #include "State/GuidanceQuestion.h"
 #include "System/Preferences.h"
+#include "System/Ssh/SharedConnections.h"
 
 #include <QPointer>
 
@@ -264,12 +265,16 @@ QCoro::Task<> Connections::followLinksAnew(Project project) {
 }
 
 void Connections::publishSessions() {
-    m_mounted.clear();
+    const QHash<QString, Project> mountedBefore = std::exchange(m_mounted, {});
     for (const MountSession& session : m_mounter.sessions())
         m_mounted.insert(session.domain, session.project);
     const QSet<QString> before = std::exchange(m_connectedDomains, m_mounter.connectedDomains());
-    for (const QString& domain : before - m_connectedDomains)
+    for (const QString& domain : before - m_connectedDomains) {
+        m_context.shared.release(mountedBefore.value(domain).sshLogin());
         Q_EMIT connectionChanged(domain, false);
-    for (const QString& domain : m_connectedDomains - before)
+    }
+    for (const QString& domain : m_connectedDomains - before) {
+        m_context.shared.open(m_mounted.value(domain).sshLogin());
         Q_EMIT connectionChanged(domain, true);
+    }
 }

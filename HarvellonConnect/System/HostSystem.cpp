@@ -14,6 +14,7 @@ HostSystem HostSystem::macOS(const QString& homeFolder) {
     host.homeFolder = homeFolder;
     host.privateFolder = homeFolder + QStringLiteral("/Library/Application Support/HarvellonConnect");
     host.temporaryFolder = QDir::tempPath();
+    host.socketFolder = host.temporaryFolder + QStringLiteral("/harvellon-ssh"); // the user's alone there
     host.sshfsCandidates = sshfsPaths;
     host.sshfsSource = SSHFSSource::fuseT;
     host.platformMountOptions = {QStringLiteral("defer_permissions"), QStringLiteral("noappledouble")};
@@ -50,6 +51,7 @@ HostSystem HostSystem::linuxDesktop(const QString& homeFolder, const QString& os
     host.autostartFile =
         homeFolder + QStringLiteral("/.config/autostart/com.harvellon.HarvellonConnect.desktop");
     host.temporaryFolder = QDir::tempPath();
+    host.socketFolder = host.privateFolder + QStringLiteral("/ssh"); // where there is no runtime folder
     host.sshfsCandidates = sshfsPaths;
     // attr_timeout: sshfs remembers sizes; with the kernel remembering none, opening a file asks anew.
     // Otherwise a file that has grown on the server meanwhile is read only up to its former size. auto_cache:

@@ -11,6 +11,9 @@ HostSystem HostSystem::current() {
     const QString osRelease =
         release.open(QIODevice::ReadOnly) ? QString::fromUtf8(release.readAll()) : QString();
     HostSystem host = linuxDesktop(development.isEmpty() ? QDir::homePath() : development, osRelease);
+    const QString runtimeFolder = qEnvironmentVariable("XDG_RUNTIME_DIR");
+    if (QDir::isAbsolutePath(runtimeFolder))
+        host.socketFolder = runtimeFolder + QStringLiteral("/harvellon-ssh");
     if (development.isEmpty()) {
         host.privateFolder = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) +
                              QStringLiteral("/HarvellonConnect");

@@ -2,6 +2,7 @@
 
 #include "sandbox/Identities.h"
 #include "sandbox/ssh/ProjectTrees.h"
+#include "support/Leftovers.h"
 
 #include <QFile>
 #include <QSslCertificate>
@@ -119,6 +120,45 @@ class TestStateActions : public StateFixture {
                      (QStringList{u"Lese DB-Konfiguration von %1..."_s.arg(project.domain),
                                   u"Oeffne %1 DB in Sequel Ace (%2)..."_s.arg(project.domain, database)}));
         }
+    }
+
+    void mountedProjectsShareAConnection() {
+        HostSystem host = reachingHost();
+        host.socketFolder = m_home->filePath(u"s"_s);
+        start(host);
+        signIn("erika");
+        const Project project = this->project(0);
+        const QString login = project.sshLogin();
+        await(m_state->parts().connections.connect(project));
+        const QString terminal = m_home->filePath(u"xfce4-terminal"_s);
+        QVERIFY(QFile::link(u"/bin/true"_s, terminal));
+        qputenv("TERMINAL", terminal.toUtf8());
+        const QString own = u" -x %1 %2"_s.arg(host.ssh, login);
+        const QString shared = u" -x %1 -S %2/"_s.arg(host.ssh, host.socketFolder);
+        const auto openShell = [this, &project] {
+            await(m_state->parts().actions.perform(HoverTarget::ssh, project, false));
+            return m_shell->opened.last();
+        };
+        QTRY_VERIFY(openShell().startsWith(terminal + shared));
+        QVERIFY(m_shell->opened.last().endsWith(u" -o ControlMaster=no "_s + login));
+
+        QFile log(m_platformFolder.filePath(u"ssh/sshd.log"_s));
+        QVERIFY(log.open(QIODevice::ReadOnly));
+        log.readAll();
+        await(m_state->parts().actions.perform(HoverTarget::database, project, false));
+        QVERIFY(m_shell->opened.last().startsWith(u"mysql://"_s));
+        QVERIFY(!log.readAll().contains("Accepted publickey"));
+        await(m_state->parts().connections.disconnect(project.domain, false));
+        QCOMPARE(openShell(), terminal + own);
+        await(m_state->parts().actions.perform(HoverTarget::database, project, false));
+        QVERIFY(log.readAll().contains("Accepted publickey"));
+        qunsetenv("TERMINAL");
+        QTRY_COMPARE(processesWith(host.socketFolder), QList<pid_t>());
+
+        await(m_state->parts().connections.connect(project));
+        await(m_state->shutDown());
+        QCOMPARE(processesWith(host.socketFolder), QList<pid_t>());
+        QVERIFY(m_state->isIdle());
     }
 
     void databaseFailuresAreTold() {

@@ -79,16 +79,16 @@ std::optional<DatabaseCredentials> credentialsIn(const QString& configuration, P
     return DatabaseCredentials{*database, *user, *password};
 }
 
+QStringList configurationCommand(const Project& project) {
+    return {QStringLiteral("cat"), configurationFile(project.type)};
+}
+
 QStringList configurationArguments(const Project& project) {
-    return {QStringLiteral("-o"),
-            QStringLiteral("StrictHostKeyChecking=no"),
-            QStringLiteral("-o"),
-            QStringLiteral("UserKnownHostsFile=/dev/null"),
-            QStringLiteral("-o"),
-            QStringLiteral("ConnectTimeout=10"),
-            project.sshUser() + QLatin1Char('@') + project.domain,
-            QStringLiteral("cat"),
-            configurationFile(project.type)};
+    return QStringList{QStringLiteral("-o"), QStringLiteral("StrictHostKeyChecking=no"),
+                       QStringLiteral("-o"), QStringLiteral("UserKnownHostsFile=/dev/null"),
+                       QStringLiteral("-o"), QStringLiteral("ConnectTimeout=10"),
+                       project.sshLogin()} +
+           configurationCommand(project);
 }
 
 QString databaseAddress(const Project& project, const DatabaseCredentials& credentials,

@@ -23,7 +23,10 @@ std::optional<DatabaseCredentials> credentialsIn(const QString& configuration, P
 /// The first value of `key` in dotenv text.
 std::optional<QString> dotenvValue(const QString& text, const QString& key);
 
-/// The arguments for ssh that read the configuration.
+/// What reads the configuration on the server.
+QStringList configurationCommand(const Project& project);
+
+/// The arguments for ssh that read the configuration over a connection of its own.
 QStringList configurationArguments(const Project& project);
 
 /// The address that the database client opens: through ssh to the host's own loopback. `homeFolder` holds the

@@ -11,14 +11,14 @@ QString siteAddress(const Project& project, bool backEnd) {
 }
 
 QString shellAddress(const Project& project) {
-    return QStringLiteral("ssh://") + project.sshUser() + QLatin1Char('@') + project.domain;
+    return QStringLiteral("ssh://") + project.sshLogin();
 }
 
 std::optional<QStringList> shellArguments(const Project& project) {
     const QUrl url(shellAddress(project), QUrl::StrictMode);
     if (!url.isValid() || url.host().compare(project.domain, Qt::CaseInsensitive) != 0)
         return std::nullopt;
-    return QStringList{project.sshUser() + QLatin1Char('@') + project.domain};
+    return QStringList{project.sshLogin()};
 }
 
 QString cacheAddress(const Project& project) {
