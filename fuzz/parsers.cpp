@@ -1,4 +1,5 @@
 #include "Actions/Rules/DatabaseCredentials.h"
+#include "Actions/Rules/GrepOutput.h"
 #include "Actions/Rules/SearchDomain.h"
 #include "BrowserTab/SessionFile.h"
 #include "Directory/ApplicationsResponse.h"
@@ -41,6 +42,16 @@ void configuration(const QByteArray& input) {
     const QString text = QString::fromUtf8(input);
     credentialsIn(text, ProjectType::ssh);
     credentialsIn(text, ProjectType::harvellon);
+}
+
+void grep_output(const QByteArray& input) {
+    const SearchHits found = hitsIn(input, u"/mount"_s);
+    for (const SearchHit& hit : found.hits) {
+        const QString line = hit.asLine();
+        if (!hit.path.startsWith(u"/mount/"_s) || hit.path.contains(u"/../"_s) || line.contains(u'\n') ||
+            line.count(u':') < 2 || line.section(u':', 1, 1).toLongLong() != hit.line)
+            qFatal("a forged hit");
+    }
 }
 
 void tab_address(const QByteArray& input) {

@@ -33,7 +33,7 @@ class ChildProcess : public QObject {
             // A child that was ended by a signal has no exit code; report a non-zero one as shells do.
             end({true,
                  {status == QProcess::NormalExit ? code : code + 128, strictUtf8(m_out).value_or(QString()),
-                  strictUtf8(m_err).value_or(QString())}});
+                  strictUtf8(m_err).value_or(QString()), m_out}});
         });
     }
 

@@ -2,6 +2,7 @@
 
 #include "System/Failure.h"
 
+#include <QByteArray>
 #include <QCoroTask>
 #include <QString>
 #include <QStringList>
@@ -13,8 +14,9 @@
 /// What an external command left behind.
 struct ShellResult {
     qint32 exitCode = 0;
-    QString stdout; ///< everything written to standard output; empty when it is not valid UTF-8
-    QString stderr; ///< everything written to standard error; empty when it is not valid UTF-8
+    QString stdout;     ///< everything written to standard output; empty when it is not valid UTF-8
+    QString stderr;     ///< everything written to standard error; empty when it is not valid UTF-8
+    QByteArray bytes{}; ///< standard output as it came
 };
 
 /// The command could not be started. Its description is the sentence shown to the user.

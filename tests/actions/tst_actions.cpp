@@ -1,5 +1,6 @@
 #include "Actions/DirectoryWait.h"
 #include "Actions/Rules/DatabaseCredentials.h"
+#include "Actions/Rules/GrepOutput.h"
 #include "Actions/Rules/SearchDomain.h"
 #include "Actions/Rules/TerminalProgram.h"
 #include "Actions/VSCodeLauncher.h"
@@ -147,6 +148,49 @@ class TestActions : public QObject {
         QVERIFY(await(isBrokenLink(ask, domain, parent.filePath(u"link"_s), 1s)));
         QVERIFY(!await(isBrokenLink(ask, domain, folder, 1s)));
         QVERIFY(!await(isBrokenLink(ask, domain, folder + u"/none"_s, 1s)));
+    }
+
+    void hitsOfTheServersGrep_data() {
+        QTest::addColumn<QByteArray>("output"); // with | for NUL
+        QTest::addColumn<QStringList>("lines"); // with ? for what replaces a character
+        const auto row = [](const char* name, const QByteArray& output, const QStringList& lines) {
+            QTest::newRow(name) << output << lines;
+        };
+        row("two", "./a/b c.php|7:x y\n./d|12:\n", {u"/m/a/b c.php:7:x y"_s, u"/m/d:12:"_s});
+        row("colons in the text", "./a|1:b:2:c\n", {u"/m/a:1:b:2:c"_s});
+        row("colons in the name", "./a:9:b|1:c\n", {u"/m/a?9?b:1:c"_s});
+        row("line feed in the name", "./a|1:x\n./b\n./c:1:y|2:z\n", {u"/m/a:1:x"_s, u"/m/b?./c?1?y:2:z"_s});
+        row("controls", "./a\033[1m|1:b\033]0;c\007\td|e\r\n", {u"/m/a?[1m:1:b?]0;c?\td?e"_s});
+        row("other ends of lines", "./a|1:b\u2028c\u2029d\u0085e\n", {u"/m/a:1:b?c?d?e"_s});
+        row("turned direction", "./a\u202eb|1:\u202ec\ufeff\n", {u"/m/ab:1:c"_s});
+        row("another character set", "./a|1:\xe4 b\n", {u"/m/a:1:? b"_s});
+        row("out of the folder", "./../a|1:b\n./a/../../b|1:b\n/etc/passwd|1:b\n../a|1:b\n./|1:b\n", {});
+        row("hidden way out", "./a/.\u202e./b|1:b\n", {});
+        row("no line number", "./a|b:c\n./a|:c\n./a|-1:c\n./a|1\n./b|1:c\n", {u"/m/b:1:c"_s});
+        row("cut off", "./a|1:b\n./c|2:d", {u"/m/a:1:b"_s});
+        row("cut off in the name", "./a|1:b\n./c", {u"/m/a:1:b"_s});
+        row("greeting of the server", "Welcome\n", {});
+        row("nothing", "", {});
+    }
+
+    void hitsOfTheServersGrep() {
+        QFETCH(QByteArray, output);
+        QFETCH(QStringList, lines);
+        QStringList shown;
+        const SearchHits found = hitsIn(output.replace('|', '\0'), u"/m"_s);
+        for (const SearchHit& hit : found.hits)
+            shown.append(hit.asLine().replace(QChar::ReplacementCharacter, u'?'));
+        QCOMPARE(shown, lines);
+        QVERIFY(!found.more);
+    }
+
+    void hitsAreBounded() {
+        const QByteArray smile = QByteArray("./a\0001:", 6) + QByteArray(399, 'x') + "\xf0\x9f\x98\x80\n";
+        const SearchHits all = hitsIn(smile.repeated(3), u"/m"_s, 3);
+        QCOMPARE(all.hits.size(), 3);
+        QVERIFY(!all.more);
+        QCOMPARE(all.hits.first().text, QString(399, u'x')); // half a character is no text
+        QVERIFY(hitsIn(smile.repeated(4), u"/m"_s, 3).more);
     }
 
     void dotenv_data() {
