@@ -49,16 +49,39 @@ const std::vector<Story>& stories() {
     return all;
 }
 
+/// A connection that ends with this object, also when a step has failed.
+struct Connection {
+    explicit Connection(EditingMount& connected) : mount(connected) { mount.connect(); }
+
+    ~Connection() { mount.disconnect(); }
+
+    Q_DISABLE_COPY_MOVE(Connection)
+    EditingMount& mount;
+};
+
 /// Both steps of a story, from a new connection.
 std::pair<double, double> play(const Story& story, EditingMount& mount, const EditingTree& tree) {
-    mount.connect();
+    const Connection connection(mount);
     const EditingSteps steps(mount.root(), tree);
     if (!story.atOnce)
         mount.settle(readyWithin);
     const double first = (steps.*story.step)();
-    const double next = story.nextStep ? (steps.*story.nextStep)() : 0;
-    mount.disconnect();
-    return {first, next};
+    return {first, story.nextStep ? (steps.*story.nextStep)() : 0};
+}
+
+/// Plays the story on both and prints how they compare. Yields whether all steps succeeded.
+bool compare(const Story& story, EditingMount& bare, EditingMount& own, const EditingTree& tree) {
+    try {
+        const auto [bareFirst, bareNext] = play(story, bare, tree);
+        const auto [ownFirst, ownNext] = play(story, own, tree);
+        printRatio(story.first, bareFirst, ownFirst, story.wanted);
+        if (story.nextStep)
+            printRatio(story.again, bareNext, ownNext, story.nextWanted);
+        return true;
+    } catch (const std::exception& error) {
+        std::printf("  %-34s FAILED: %s\n", story.first, error.what());
+        return false;
+    }
 }
 
 void connectBoth(EditingMount& bare, EditingMount& own) {
@@ -115,6 +138,7 @@ int main(int argc, char* argv[]) {
     tree.make(project.path);
     BareMount bare(host, project);
     OwnMount own(host, project);
+    bool isComplete = true;
     for (const std::chrono::milliseconds delay : isQuick ? std::vector{20ms} : std::vector{4ms, 20ms}) {
         line.setQuality({delay, 0});
         std::printf("%d files in %d folders, %d ms round trip\n", tree.files, tree.folders,
@@ -122,12 +146,8 @@ int main(int argc, char* argv[]) {
         connectBoth(bare, own);
         for (const Story& story : stories()) {
             EditingTree::refreshIndex(project.path);
-            const auto [bareFirst, bareNext] = play(story, bare, tree);
-            const auto [ownFirst, ownNext] = play(story, own, tree);
-            printRatio(story.first, bareFirst, ownFirst, story.wanted);
-            if (story.nextStep)
-                printRatio(story.again, bareNext, ownNext, story.nextWanted);
+            isComplete = compare(story, bare, own, tree) && isComplete;
         }
     }
-    return EXIT_SUCCESS;
+    return isComplete ? EXIT_SUCCESS : EXIT_FAILURE;
 }
