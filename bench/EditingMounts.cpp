@@ -31,6 +31,10 @@ double OwnMount::connect() {
     await(m_mounter.mount(m_project));
     const auto took = static_cast<double>(timer.elapsed());
     m_connected.start();
+    // Bare sshfs has listed the root by now, too. The sandbox's sshd tells the first list of a connection
+    // twice over, because libnss-wrapper rewinds a file that is the folder by then; git refuses such a list
+    // of refs.
+    entries(root());
     return took;
 }
 

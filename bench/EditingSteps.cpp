@@ -76,7 +76,7 @@ QByteArray output(const QString& program, const QStringList& arguments) {
     QProcess process;
     process.start(program, arguments);
     if (!process.waitForFinished(-1) || process.exitCode() != 0)
-        fail(program.toUtf8() + ": " + process.readAllStandardError());
+        fail(program.toUtf8() + ": " + process.readAllStandardError().trimmed());
     return process.readAllStandardOutput();
 }
 
