@@ -66,6 +66,7 @@ class TestServerSearch : public QObject {
                         return m_mounted ? std::optional(u"/m"_s) : std::optional<QString>();
                     },
                 .ask = {},
+                .warmUp = {},
                 .offerLinks = {},
                 .connect = {},
                 .disconnect = {},

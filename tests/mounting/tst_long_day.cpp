@@ -188,6 +188,9 @@ class TestLongDay : public MounterFixture {
     }
 
     void aSilentMountHoldsOneThread() {
+        MountLimits limits = MounterFixture::limits();
+        limits.warmUp.readers = 0; // they would hang too
+        m_mounter = mounter(host(), limits);
         useLine();
         QCOMPARE(mountFailure(project(0)), u"none"_s);
         m_line->freezeConnections();

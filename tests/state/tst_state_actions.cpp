@@ -68,17 +68,16 @@ class TestStateActions : public StateFixture {
     void theEditorsWorkspaceIsQuietWhereWanted() {
         signIn("erika");
         const QString domain = this->project(0).domain;
-        QFile workspace(host().temporaryFolder + u"/HarvellonConnect-VSCode/"_s + domain +
-                        u".code-workspace"_s);
+        const QString workspaces = host().temporaryFolder + u"/HarvellonConnect-VSCode/"_s;
         for (const bool quiet : {false, true}) {
             QCOMPARE(m_state->quietWorkspace(), false);
             m_state->setQuietWorkspace(quiet);
             start();
             QCOMPARE(m_state->quietWorkspace(), quiet);
             await(m_state->parts().connections.connect(this->project(0)));
+            QFile workspace(workspaces + domain + u".code-workspace"_s);
             QVERIFY(workspace.open(QIODevice::ReadOnly));
             QCOMPARE(workspace.readAll().contains("\"git.autorefresh\": false"), quiet);
-            workspace.close();
             await(m_state->parts().connections.disconnect(domain, false));
         }
     }

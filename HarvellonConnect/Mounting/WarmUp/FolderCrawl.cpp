@@ -7,8 +7,9 @@
 #include <sys/stat.h>
 
 namespace {
-/// What git and search tools look for in every folder; the most frequent first, because time may run out.
-constexpr std::array namesToAskFor{".gitignore", ".git", ".gitattributes", ".ignore", ".rgignore"};
+/// What git and search tools look for in every folder. In the order of what each one saved when it was
+/// measured, because time may run out.
+constexpr std::array namesToAskFor{".gitignore", ".ignore", ".rgignore", ".git"};
 
 /// Large, and nobody reads them name by name.
 constexpr std::array foldersToLeaveOut{"node_modules", "cache", ".cache", "caches", "tmp", "temp"};
