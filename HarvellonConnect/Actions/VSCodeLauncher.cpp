@@ -1,6 +1,7 @@
 #include "Actions/VSCodeLauncher.h"
 
 #include "System/AtomicFile.h"
+#include "System/Files/PrivateFolder.h"
 
 #include <QDir>
 #include <QFile>
@@ -81,7 +82,9 @@ QCoro::Task<> VSCodeLauncher::open(QString domain, QString folder) {
 
 std::optional<QString> VSCodeLauncher::writeWorkspace(const QString& domain, const QString& folder) const {
     const QString workspaces = m_host.temporaryFolder + QStringLiteral("/HarvellonConnect-VSCode");
-    if (!QDir().mkpath(workspaces))
+    QDir().mkdir(m_host.temporaryFolder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    // The editor opens the workspace without asking whether it is to be trusted.
+    if (!makePrivateFolder(workspaces))
         return std::nullopt;
     const QString path =
         workspaces + QLatin1Char('/') + sanitizedFileName(domain) + QStringLiteral(".code-workspace");

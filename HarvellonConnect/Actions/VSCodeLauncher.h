@@ -24,7 +24,8 @@ class VSCodeLauncher {
     VSCodeLauncher(HostSystem host, Shell& shell) : m_host(std::move(host)), m_shell(shell) {}
 
     /// Opens `folder` in a new window through a generated workspace file named after `domain`; where that
-    /// cannot be written, the folder itself. Never fails; returns when the launcher has ended.
+    /// cannot be written, or somebody else could replace it, the folder itself. Never fails; returns when the
+    /// launcher has ended.
     QCoro::Task<> open(QString domain, QString folder);
 
     /// Whether workspaces are quiet ones, from the next `open` on.

@@ -50,7 +50,8 @@ HostSystem HostSystem::linuxDesktop(const QString& homeFolder, const QString& os
     host.privateFolder = homeFolder + QStringLiteral("/.local/share/HarvellonConnect");
     host.autostartFile =
         homeFolder + QStringLiteral("/.config/autostart/com.harvellon.HarvellonConnect.desktop");
-    host.temporaryFolder = QDir::tempPath();
+    // Not /tmp, where a name belongs to whoever takes it first. Editors in a sandbox see the home folder.
+    host.temporaryFolder = homeFolder + QStringLiteral("/.cache");
     host.socketFolder = host.privateFolder + QStringLiteral("/ssh"); // where there is no runtime folder
     host.sshfsCandidates = sshfsPaths;
     // attr_timeout: sshfs remembers sizes; with the kernel remembering none, opening a file asks anew.

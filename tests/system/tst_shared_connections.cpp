@@ -1,6 +1,7 @@
 #include "System/Ssh/SharedConnections.h"
 
-#include "System/Ssh/SocketFolder.h"
+#include "System/Files/PrivateFolder.h"
+#include "System/Ssh/SocketPath.h"
 #include "sandbox/Sandbox.h"
 #include "sandbox/ssh/SlowLine.h"
 #include "support/Await.h"
@@ -189,8 +190,10 @@ class TestSharedConnections : public QObject {
         QTest::addColumn<bool>("safe");
         QTest::newRow("missing") << u"true"_s << true;
         QTest::newRow("of an earlier run") << u"mkdir -m 700 $1"_s << true;
-        QTest::newRow("read by others") << u"mkdir -m 750 $1"_s << false;
-        QTest::newRow("entered by others") << u"mkdir -m 701 $1"_s << false;
+        QTest::newRow("read by others") << u"mkdir -m 750 $1"_s << true;
+        QTest::newRow("entered by others") << u"mkdir -m 701 $1"_s << true;
+        QTest::newRow("written by the group") << u"mkdir -m 770 $1"_s << false;
+        QTest::newRow("written by others") << u"mkdir -m 703 $1"_s << false;
         QTest::newRow("link") << u"mkdir -m 700 $1.real; ln -s $1.real $1"_s << false;
         QTest::newRow("file") << u"umask 077; echo > $1"_s << false;
         QTest::newRow("others may replace it") << u"chmod 1777 ${1%/*}"_s << false;
@@ -208,7 +211,7 @@ class TestSharedConnections : public QObject {
         QVERIFY(QDir(m_home->path()).mkdir(u"d"_s));
         host.socketFolder = m_home->filePath(u"d/s"_s);
         QCOMPARE(QProcess::execute(u"/bin/sh"_s, {u"-ec"_s, make, u"sh"_s, host.socketFolder}), 0);
-        QCOMPARE(makeSocketFolder(host.socketFolder), safe);
+        QCOMPARE(makePrivateFolder(host.socketFolder), safe);
         const qsizetype before = connections();
         m_shared = std::make_unique<SharedConnections>(host, m_shell);
         m_shared->open(m_login);
@@ -220,7 +223,7 @@ class TestSharedConnections : public QObject {
     void socketThatSomebodyElseMayHavePutThereIsNotUsed() {
         open();
         const QByteArray folder = QFile::encodeName(host().socketFolder);
-        QCOMPARE(::chmod(folder.constData(), 0755), 0);
+        QCOMPARE(::chmod(folder.constData(), 0777), 0);
         const auto former = std::exchange(m_shared, std::make_unique<SharedConnections>(host(), m_shell));
         m_shared->open(m_login);
         QTRY_COMPARE(shared(), u"none"_s);
