@@ -25,6 +25,7 @@ HostSystem HostSystem::macOS(const QString& homeFolder) {
                             {umount, {}},
                             host.forcedUnmount};
     host.opener = {QStringLiteral("/usr/bin/open"), {}};
+    host.secretOpener = host.opener; // opens nothing where no program is registered
     host.editorLaunchers = {
         QStringLiteral("/Applications/Visual Studio Code.app/Contents/Resources/app/bin/code"),
         QStringLiteral("/Applications/Visual Studio Code - Insiders.app/Contents/Resources/app/bin/code")};
@@ -71,6 +72,9 @@ HostSystem HostSystem::linuxDesktop(const QString& homeFolder, const QString& os
     host.unmountCommands = {
         {fusermount, {QStringLiteral("-u")}}, {QStringLiteral("/usr/bin/umount"), {}}, host.forcedUnmount};
     host.opener = {QStringLiteral("/usr/bin/xdg-open"), {}};
+    // xdg-open hands what it cannot open to the browsers in this variable.
+    host.secretOpener = {QStringLiteral("/usr/bin/env"),
+                         {QStringLiteral("BROWSER=/bin/false"), host.opener.executable}};
     host.handlerQuery = {QStringLiteral("/usr/bin/xdg-mime"),
                          {QStringLiteral("query"), QStringLiteral("default")}};
     host.editorLaunchers = {QStringLiteral("/usr/bin/code"), QStringLiteral("/snap/bin/code"),

@@ -42,6 +42,7 @@ struct HostSystem {
     bool forcedUnmountDetaches = false;     ///< files that are open stay usable after it
 
     ExternalCommand opener;       ///< opens an address or a folder with the user's own program
+    ExternalCommand secretOpener; ///< opens an address that holds a password; never in a browser instead
     ExternalCommand handlerQuery; ///< prints the program for a type of address; empty where ssh has one
     QStringList editorLaunchers;  ///< where the editor's `code` command is when the search path has none
     ExternalCommand editorOpen;   ///< opens a target in the editor when no launcher is found; empty where

@@ -16,7 +16,11 @@ class DesktopShell : public Shell {
     QCoro::Task<ShellResult> run(QString executable, QStringList arguments,
                                  std::chrono::milliseconds limit) override {
         if (executable.endsWith(QLatin1String("/xdg-mime")))
-            co_return ShellResult{0, opensSsh ? QStringLiteral("ssh.desktop\n") : QString(), {}};
+            co_return ShellResult{0,
+                                  opensSsh || arguments.last().endsWith(QLatin1String("/mysql"))
+                                      ? QStringLiteral("ssh.desktop\n")
+                                      : QString(),
+                                  {}};
         if (executable.endsWith(QLatin1String("/which")) && arguments.value(0) == QLatin1String("code"))
             co_return ShellResult{0, QStringLiteral("/test/code\n"), {}};
         if (executable == QLatin1String("/test/code")) {
@@ -27,6 +31,8 @@ class DesktopShell : public Shell {
     }
 
     void launch(const QString& executable, const QStringList& arguments) override {
+        if (executable == QLatin1String("/usr/bin/env")) // with a variable in front
+            return launch(arguments.value(1), arguments.mid(2));
         const bool opener = executable.endsWith(QLatin1String("/xdg-open"));
         const bool opensAddresses = opener || executable == QLatin1String("/usr/bin/open");
         opened.append(
