@@ -1,6 +1,7 @@
 #include "Actions/ClearCache.h"
 
 #include "Actions/Rules/SiteAddresses.h"
+#include "Directory/PlainDomain.h"
 #include "System/Network/Http.h"
 #include "System/Reporter.h"
 
@@ -11,7 +12,7 @@ QCoro::Task<Ending> request(QNetworkAccessManager& network, Project project) {
     constexpr qint64 ignoredBody = 16 * 1024 * 1024;
     const QString address = cacheAddress(project);
     const std::optional<QUrl> url = Http::address(address);
-    if (!url)
+    if (!url || !isPlainSite(project.domain))
         throw EndedEarly(QStringLiteral("Ungueltige Cache-URL: ") + address);
     const QNetworkRequest message(*url);
     const QByteArray method("GET");

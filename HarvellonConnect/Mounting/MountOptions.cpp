@@ -16,20 +16,13 @@ QString withoutControls(QString text) {
         [](QChar character) { return character.category() == QChar::Other_Control; }, QLatin1Char(' '));
     return text;
 }
-
-QString printable(const QString& text) {
-    QString shown;
-    for (const QChar character : text)
-        shown.append(character.isPrint() ? character : QChar(QChar::ReplacementCharacter));
-    return shown;
-}
 } // namespace
 
 void throwUnlessPlain(const Project& project) {
     if (!isPlainDomain(project.domain))
         throw MounterError(
             MounterError::Case::mountFailed,
-            QStringLiteral("Die Domain „%1\" ist nicht zulässig.").arg(printable(project.domain)));
+            QStringLiteral("Die Domain „%1\" ist nicht zulässig.").arg(printableDomain(project.domain)));
     if (project.path.contains(QChar(QChar::Null)))
         throw MounterError(MounterError::Case::mountFailed,
                            QStringLiteral("Der Pfad des Projekts auf dem Server ist nicht zulässig."));

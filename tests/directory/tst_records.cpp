@@ -1,6 +1,7 @@
 #include "Directory/Account.h"
 #include "Directory/ApplicationsResponse.h"
 #include "Directory/DecodingError.h"
+#include "Directory/PlainDomain.h"
 
 #include <QTest>
 
@@ -29,6 +30,75 @@ class TestRecords : public QObject {
     Q_OBJECT
 
   private Q_SLOTS:
+
+    void domains_data() {
+        QTest::addColumn<QString>("domain");
+        QTest::addColumn<bool>("plain");
+        for (const QString& good :
+             {u"www.example.org"_s, u"WWW.Example.ORG"_s, u"a_b.1-2.example"_s, u"localhost"_s,
+              u"127.0.0.1"_s, u"bücher.example"_s, u"xn--bcher-kva.example"_s, u"日本.example"_s,
+              u"𠮷.example"_s, QString(63, u'a'), QStringList(127, u"a"_s).join(u'.')})
+            QTest::addRow("%s", qPrintable(good.left(30))) << good << true;
+        for (const QString& bad : {u""_s,
+                                   u"."_s,
+                                   u".."_s,
+                                   u"a..b"_s,
+                                   u".a"_s,
+                                   u"a."_s,
+                                   u"-oProxyCommand=x"_s,
+                                   u"a.-b"_s,
+                                   u"../x"_s,
+                                   u"a/b"_s,
+                                   u"a\\b"_s,
+                                   u"a b"_s,
+                                   u" a"_s,
+                                   u"a\nb"_s,
+                                   u"a\x1b[2Jb"_s,
+                                   u"a\u202eb"_s,
+                                   u"a\u00adb"_s,
+                                   u"a\u034fb"_s,
+                                   u"a\u200db"_s,
+                                   u"a%2eb"_s,
+                                   u"a@b"_s,
+                                   u"a:22"_s,
+                                   u"[a]"_s,
+                                   u"::1"_s,
+                                   u"a?b"_s,
+                                   u"a#b"_s,
+                                   u"a*"_s,
+                                   u"~a"_s,
+                                   u"a=b"_s,
+                                   u"a,b"_s,
+                                   u"$a"_s,
+                                   u"a`b`"_s,
+                                   u"ｅxample.org"_s,
+                                   u"a。b"_s,
+                                   u"ﷺ.org"_s,
+                                   u"½.org"_s,
+                                   u"😀.org"_s,
+                                   QString(QChar(0)),
+                                   QString(QChar(0xd800)),
+                                   QString(64, u'a'),
+                                   QString(60, u'ü'),
+                                   QString(300, u'a'),
+                                   QStringList(128, u"a"_s).join(u'.')})
+            QTest::addRow("%s", bad.left(30).toUtf8().toHex().constData()) << bad << false;
+    }
+
+    void domains() {
+        QFETCH(QString, domain);
+        QFETCH(bool, plain);
+        QCOMPARE(isPlainDomain(domain), plain);
+        QCOMPARE(isPlainSite(domain), plain || domain == u"a:22"_s);
+    }
+
+    void portsOfSites() {
+        for (const QString& good : {u"a:1"_s, u"a:8443"_s, u"a:65535"_s})
+            QVERIFY2(isPlainSite(good), qPrintable(good));
+        for (const QString& bad : {u"a:"_s, u"a:0"_s, u"a:65536"_s, u"a:+1"_s, u"a: 1"_s, u"a:1:2"_s, u":1"_s,
+                                   u"a:١"_s, u"a@b:1"_s, u"a:1@b"_s})
+            QVERIFY2(!isPlainSite(bad), qPrintable(bad));
+    }
 
     void projects_data() {
         QTest::addColumn<QByteArray>("text");
