@@ -5,6 +5,7 @@
 #include "Directory/ApplicationsResponse.h"
 #include "Directory/DecodingError.h"
 #include "Directory/PlainDomain.h"
+#include "Directory/StoredProjects.h"
 #include "SignIn/CallbackRequest.h"
 #include "SignIn/IdentityClaims.h"
 #include "SignIn/OAuthError.h"
@@ -54,6 +55,12 @@ void domain(const QByteArray& input) {
     if (!isPlainSite(name) || printableDomain(name) != name || name.contains(u'/') ||
         name.contains(u".."_s) || QUrl::toAce(url.host()) != QUrl::toAce(name))
         qFatal("not the same host for all");
+}
+
+void stored_projects(const QByteArray& input) {
+    const QList<Project> projects = projectsStoredIn(input);
+    if (projectsStoredIn(storedProjects(projects)) != projects)
+        qFatal("stored otherwise than read");
 }
 
 void configuration(const QByteArray& input) {

@@ -2,6 +2,7 @@
 #include "Directory/ApplicationsResponse.h"
 #include "Directory/DecodingError.h"
 #include "Directory/PlainDomain.h"
+#include "Directory/StoredProjects.h"
 
 #include <QTest>
 
@@ -98,6 +99,30 @@ class TestRecords : public QObject {
         for (const QString& bad : {u"a:"_s, u"a:0"_s, u"a:65536"_s, u"a:+1"_s, u"a: 1"_s, u"a:1:2"_s, u":1"_s,
                                    u"a:١"_s, u"a@b:1"_s, u"a:1@b"_s})
             QVERIFY2(!isPlainSite(bad), qPrintable(bad));
+    }
+
+    void storedProjectsAreWhatWasStored() {
+        const QList<Project> projects{
+            {u"d.example"_s, none, u"-9223372036854775807"_s, u"/"_s, ProjectType::ssh},
+            {u"e.example"_s, u"E"_s, u"7"_s, u"/a b"_s, ProjectType::harvellon}};
+        QCOMPARE(projectsStoredIn(storedProjects(projects)), projects);
+    }
+
+    void storedProjectsThatNoDirectorySendsAreLeftOut_data() {
+        QTest::addColumn<QByteArray>("project");
+        QTest::newRow("option") << json("{'domain':'-oX','webspaceID':'1','path':'/'}");
+        QTest::newRow("other login") << json("{'domain':'d.example','webspaceID':'1@evil:/','path':'/'}");
+        QTest::newRow("not as decoded") << json("{'domain':'d.example','webspaceID':'+01','path':'/'}");
+        QTest::newRow("beyond numbers")
+            << json("{'domain':'d.example','webspaceID':'9223372036854775808','path':'/'}");
+        QTest::newRow("number") << json("{'domain':'d.example','webspaceID':1,'path':'/'}");
+        QTest::newRow("relative") << json("{'domain':'d.example','webspaceID':'1','path':'a'}");
+        QTest::newRow("no object") << json("7");
+    }
+
+    void storedProjectsThatNoDirectorySendsAreLeftOut() {
+        QFETCH(QByteArray, project);
+        QCOMPARE(projectsStoredIn('[' + project + ']'), QList<Project>());
     }
 
     void projects_data() {
