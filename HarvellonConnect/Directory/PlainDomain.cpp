@@ -23,6 +23,10 @@ bool isPlainDomain(const QString& domain) {
     if (ascii.isEmpty() || ascii.size() > longestDomain ||
         !std::all_of(characters.begin(), characters.end(), isPlain))
         return false;
+    QUrl url;
+    url.setHost(domain, QUrl::StrictMode);
+    if (QUrl::toAce(url.host()) != ascii) // a number, which is read as an address
+        return false;
     // Browsers translate some letters to others, which ssh does not.
     const QString folded = domain.toLower();
     return folded == QLatin1String(ascii) || folded == QUrl::fromAce(ascii, QUrl::IgnoreIDNWhitelist);
