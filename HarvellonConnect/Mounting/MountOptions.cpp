@@ -3,6 +3,7 @@
 #include "Directory/PlainDomain.h"
 #include "Mounting/MounterError.h"
 #include "System/Ssh/SshOptions.h"
+#include "System/Text.h"
 
 #include <algorithm>
 
@@ -15,13 +16,6 @@ QString withoutControls(QString text) {
         text.begin(), text.end(),
         [](QChar character) { return character.category() == QChar::Other_Control; }, QLatin1Char(' '));
     return text;
-}
-
-QString printable(const QString& text) {
-    QString shown;
-    for (const QChar character : text)
-        shown.append(character.isPrint() ? character : QChar(QChar::ReplacementCharacter));
-    return shown;
 }
 } // namespace
 

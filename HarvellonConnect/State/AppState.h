@@ -38,7 +38,7 @@ struct AppServices {
     HostSystem host;
     ServerAddress server;
     Shell& shell;
-    KeychainStore& keychain;
+    std::shared_ptr<KeychainStore> keychain; ///< also of calls that outlive the program's end
     Preferences& preferences;
     QNetworkAccessManager& network;
 };

@@ -8,6 +8,8 @@
 #include <QSslConfiguration>
 #include <QSslSocket>
 
+#include <algorithm>
+
 namespace {
 QByteArray messageOf(const QNetworkRequest& request, const QByteArray& method, const QByteArray& body) {
     const QUrl url = request.url();
@@ -71,7 +73,11 @@ QCoro::Task<HttpAnswer> SingleRequest::exchange(QNetworkRequest request, QByteAr
     QElapsedTimer sinceAsked;
     sinceAsked.start();
     const QFuture<void> ended = promise.future();
-    bool inTime = co_await Async::finishesWithin(ended, limit);
+    bool inTime = false;
+    while (!inTime && !sinceAsked.hasExpired(limit.count())) { // the waiting may end a little early
+        const std::chrono::milliseconds left = limit - std::chrono::milliseconds(sinceAsked.elapsed());
+        inTime = co_await Async::finishesWithin(ended, std::max(left, std::chrono::milliseconds(1)));
+    }
     if (!inTime && sinceAsked.hasExpired((limit + Http::graceAfterSleep).count()))
         inTime = co_await Async::finishesWithin(ended, Http::graceAfterSleep);
     socket.disconnect();
