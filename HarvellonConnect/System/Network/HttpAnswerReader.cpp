@@ -44,7 +44,8 @@ bool HttpAnswerReader::readHead() {
         return false;
 
     QList<QByteArray> lines = start.split('\n');
-    m_status = number(lines.takeFirst().mid(behindVersion, statusDigits), 10).value_or(0);
+    const QByteArray status = lines.takeFirst().mid(behindVersion, statusDigits);
+    m_status = static_cast<int>(number(status, 10).value_or(0));
     m_input.remove(0, size + 2 * lineEnd.size());
     m_framing = Framing::untilEnd;
     m_length.reset();

@@ -80,7 +80,7 @@ QCoro::Task<HttpAnswer> SingleRequest::exchange(QNetworkRequest request, QByteAr
     }
     if (!inTime && sinceAsked.hasExpired((limit + Http::graceAfterSleep).count()))
         inTime = co_await Async::finishesWithin(ended, Http::graceAfterSleep);
-    socket.disconnect();
+    socket.disconnect(); // what it reports from here on does not count
     if (!inTime)
         throw NetworkError(Http::lateAnswer);
     switch (state) {
