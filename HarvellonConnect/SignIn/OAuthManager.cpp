@@ -140,9 +140,14 @@ void OAuthManager::cancelLogin() {
 }
 
 QCoro::Task<> OAuthManager::renewTokens(QString refusedToken) {
-    while (m_renewal && m_renewal->accountID != m_activeAccountID)
-        co_await qCoro(this, &OAuthManager::renewalEnded); // another account's, whose outcome does not matter
-    if (m_accessToken && *m_accessToken != refusedToken)
+    const auto replaced = [this, refusedToken] { return m_accessToken && *m_accessToken != refusedToken; };
+    const auto another = [this] { // of another account or an older pair: its outcome does not matter
+        return m_renewal &&
+               (m_renewal->accountID != m_activeAccountID || m_renewal->refreshToken != m_refreshToken);
+    };
+    while (!replaced() && another())
+        co_await qCoro(this, &OAuthManager::renewalEnded);
+    if (replaced())
         co_return;
     if (m_renewal) {
         QFuture<bool> running = m_renewal->outcome;
@@ -154,7 +159,7 @@ QCoro::Task<> OAuthManager::renewTokens(QString refusedToken) {
     const PendingWork pending(this);
     QPromise<bool> promise;
     promise.start();
-    m_renewal = Renewal{m_activeAccountID, promise.future()};
+    m_renewal = Renewal{m_activeAccountID, m_refreshToken, promise.future()};
     try {
         co_await performRenewal();
         promise.addResult(true);

@@ -142,8 +142,9 @@ class OAuthManager : public QObject {
     };
 
     struct Renewal {
-        std::optional<QString> accountID; ///< whose tokens are renewed
-        QFuture<bool> outcome;            ///< or its exception
+        std::optional<QString> accountID;    ///< whose tokens are renewed
+        std::optional<QString> refreshToken; ///< the one that is used up
+        QFuture<bool> outcome;               ///< or its exception
     };
 
     QCoro::Task<AuthResult> login();
