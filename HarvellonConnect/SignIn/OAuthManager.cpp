@@ -4,12 +4,12 @@
 #include "SignIn/CallbackServer.h"
 #include "SignIn/Pkce.h"
 #include "SignIn/SuccessPage.h"
+#include "System/Async.h"
 #include "System/Logging.h"
 
 #include <QCoroFuture>
 #include <QCoroSignal>
 #include <QFile>
-#include <QPromise>
 
 namespace {
 /// An empty token is none.
@@ -31,15 +31,20 @@ OAuthManager::PendingWork::PendingWork(OAuthManager* oauth) : m_oauth(oauth) {
 }
 
 OAuthManager::PendingWork::~PendingWork() {
-    if (m_oauth && --m_oauth->m_pendingWork == 0)
-        Q_EMIT m_oauth->becameIdle();
+    if (!m_oauth || --m_oauth->m_pendingWork > 0)
+        return;
+    m_oauth->m_idle.finish();
 }
 
 QCoro::Task<> OAuthManager::finish(std::chrono::milliseconds limit) {
     m_ending = true;
     storeUnsaved();
-    if (!isIdle())
-        co_await qCoro(this, &OAuthManager::becameIdle, limit);
+    if (isIdle())
+        co_return;
+    m_idle = QPromise<void>();
+    m_idle.start();
+    const QFuture<void> idle = m_idle.future();
+    co_await Async::finishesWithin(idle, limit);
 }
 
 OAuthManager::OAuthManager(const ServerAddress& server, QNetworkAccessManager& network,
@@ -145,8 +150,13 @@ QCoro::Task<> OAuthManager::renewTokens(QString refusedToken) {
         return m_renewal &&
                (m_renewal->accountID != m_activeAccountID || m_renewal->refreshToken != m_refreshToken);
     };
-    while (!replaced() && another())
-        co_await qCoro(this, &OAuthManager::renewalEnded);
+    while (!replaced() && another()) {
+        QFuture<bool> running = m_renewal->outcome;
+        try {
+            co_await running;
+        } catch (const Failure&) {
+        }
+    }
     if (replaced())
         co_return;
     if (m_renewal) {
@@ -168,7 +178,6 @@ QCoro::Task<> OAuthManager::renewTokens(QString refusedToken) {
     }
     m_renewal.reset();
     promise.finish();
-    Q_EMIT renewalEnded();
     promise.future().result(); // throws where the renewal has failed
 }
 

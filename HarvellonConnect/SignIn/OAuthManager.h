@@ -11,6 +11,7 @@
 #include <QFuture>
 #include <QObject>
 #include <QPointer>
+#include <QPromise>
 #include <QString>
 #include <QUrl>
 
@@ -126,8 +127,6 @@ class OAuthManager : public QObject {
     void authErrorChanged();
     /// Tokens are in use that could not be stored.
     void storingFailed();
-    void renewalEnded();
-    void becameIdle();
 
   private:
     /// Counts as pending work while it lives; `finish` waits for it.
@@ -171,5 +170,6 @@ class OAuthManager : public QObject {
     bool m_cancelled = false;                  ///< the login that runs
     std::optional<Renewal> m_renewal;          ///< while one runs
     bool m_ending = false;                     ///< no renewal starts any more
+    QPromise<void> m_idle;                     ///< awaited by `finish`
     int m_pendingWork = 0;                     ///< renewals and changes of the keyring
 };

@@ -145,6 +145,29 @@ class TestRenewal : public LoginFixture {
         QVERIFY(access != m_oauth->accessToken());
     }
 
+    void renewalOfAnOlderPairIsNotJoined_data() {
+        QTest::addColumn<QString>("next");
+        QTest::newRow("same account") << account;
+        QTest::newRow("another account") << u"jonas"_s;
+    }
+
+    void renewalOfAnOlderPairIsNotJoined() {
+        QFETCH(QString, next);
+        signIn();
+        const sandbox::IssuedTokens other = m_platform->signIn(u"jonas"_s);
+        Fault slow;
+        slow.delay = std::chrono::milliseconds(100);
+        m_platform->setFault(Endpoint::token, slow);
+        auto first = m_oauth->renewTokens(*m_oauth->accessToken());
+        await(m_oauth->saveTokens(other.accessToken, other.refreshToken, next));
+        auto second = m_oauth->renewTokens(other.accessToken);
+        await(m_oauth->renewTokens(other.accessToken)); // joins the second
+        await(std::move(second));
+        await(std::move(first));
+        QCOMPARE(m_platform->requests(tokenPath).size(), 2);
+        QVERIFY(m_oauth->accessToken() != std::optional(other.accessToken));
+    }
+
     void switchDuringRenewalKeepsTheAccountsApart() {
         signIn();
         const sandbox::IssuedTokens other = m_platform->signIn(u"jonas"_s);
