@@ -199,7 +199,7 @@ class AppState : public QObject {
     void publishParts();
     void wireHotkey();
     QCoro::Task<> startUp();
-    QCoro::Task<> prepareLoad();
+    QCoro::Task<QString> prepareLoad();
     QCoro::Task<> fillSearch();
     void applyHotkeySetting();
     [[nodiscard]] RowState rowState(const QString& domain) const;
