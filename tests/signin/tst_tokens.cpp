@@ -4,6 +4,7 @@
 
 #include <QFile>
 #include <QFileInfo>
+#include <QSignalSpy>
 
 using namespace Qt::StringLiterals;
 
@@ -107,6 +108,22 @@ class TestTokens : public LoginFixture {
         QTRY_VERIFY(keychain.expired());
         useKeyring();
         QCOMPARE(stored("-access-token"), std::optional(QByteArray("sp\xc3\xa4t")));
+    }
+
+    void tokensOfALockedKeyringAreSavedOnceItIsOpen() {
+        useKeyring();
+        signIn();
+        m_keyring.kill();
+        m_keyring.start(true);
+        QSignalSpy failed(m_oauth.get(), &OAuthManager::storingFailed);
+        const sandbox::IssuedTokens tokens = signIn();
+        QCOMPARE(failed.size(), 1);
+        QVERIFY(await(m_oauth->loadTokens(account)));
+        await(m_oauth->storeUnsaved());
+        m_keyring.kill();
+        m_keyring.start();
+        await(m_oauth->storeUnsaved());
+        inUseAndStored(tokens);
     }
 
     void unsavedTokensStayInUseAndAreSavedLater() {

@@ -41,10 +41,12 @@ class Keyring {
 
     Q_DISABLE_COPY_MOVE(Keyring)
 
-    void start() {
-        m_daemon.start(QStringLiteral("/usr/bin/gnome-keyring-daemon"),
-                       {QStringLiteral("--foreground"), QStringLiteral("--unlock"),
-                        QStringLiteral("--components=secrets")});
+    /// `locked`: what was stored before is not to be had without a password, which nobody can be asked for.
+    void start(bool locked = false) {
+        QStringList arguments{QStringLiteral("--foreground"), QStringLiteral("--components=secrets")};
+        if (!locked)
+            arguments.append(QStringLiteral("--unlock"));
+        m_daemon.start(QStringLiteral("/usr/bin/gnome-keyring-daemon"), arguments);
         m_daemon.write("test");
         m_daemon.closeWriteChannel();
         const auto answers = [] {
