@@ -116,6 +116,9 @@ QCoro::Task<bool> TokenStore::store(QString accountID) {
     });
     watcher->setFuture(saved);
     const bool finished = co_await Async::finishesWithin(saved, m_limit);
+    if (self && finished)
+        endStoring(accountID, stored,
+                   saved.result()); // before the caller tries again; the watcher may be later
     co_return finished&& saved.result();
 }
 
