@@ -14,7 +14,7 @@ constexpr std::chrono::seconds longestEnd{5};
 
 HarvellonMountApp::HarvellonMountApp(const HostSystem& host, const ServerAddress& server,
                                      const QString& updateFeed, const QString& versionText)
-    : m_keychain(host), m_preferences(host.preferencesFile),
+    : m_keychain(std::make_shared<KeychainStore>(host)), m_preferences(host.preferencesFile),
       m_state({host, server, m_shell, m_keychain, m_preferences, m_network},
               {[this] { m_statusBar.toggle(); },
                [](const QString& text) { QGuiApplication::clipboard()->setText(text); },

@@ -39,7 +39,7 @@ class HarvellonMountApp : public QObject {
 
     QmlViews m_views;
     Shell m_shell;
-    KeychainStore m_keychain;
+    std::shared_ptr<KeychainStore> m_keychain;
     Preferences m_preferences;
     QNetworkAccessManager m_network;
     AppState m_state;

@@ -12,12 +12,14 @@
 #include <QCoreApplication>
 #include <QFile>
 #include <QTemporaryDir>
+#include <QThread>
 
 #include <vector>
 
 using namespace std::chrono_literals;
 
 namespace {
+constexpr std::chrono::seconds editorOpens = 1s;       // at the earliest
 constexpr std::chrono::milliseconds readyWithin = 19s; // the crawl begins within twenty seconds of connecting
 
 /// A step and the one after it in the same connection, if any.
@@ -28,7 +30,7 @@ struct Story {
     const char* again = nullptr;
     double (EditingSteps::*nextStep)() const = nullptr;
     std::optional<double> nextWanted = std::nullopt;
-    bool atOnce = false; ///< right after connecting, with all that may still be read ahead
+    bool whileReading = false; ///< as soon as an editor can have opened, with much still to be read ahead
 };
 
 const std::vector<Story>& stories() {
@@ -63,7 +65,9 @@ struct Connection {
 std::pair<double, double> play(const Story& story, EditingMount& mount, const EditingTree& tree) {
     const Connection connection(mount);
     const EditingSteps steps(mount.root(), tree);
-    if (!story.atOnce)
+    if (story.whileReading)
+        QThread::sleep(editorOpens.count());
+    else
         mount.settle(readyWithin);
     const double first = (steps.*story.step)();
     return {first, story.nextStep ? (steps.*story.nextStep)() : 0};

@@ -10,6 +10,7 @@
 #include "SignIn/IdentityClaims.h"
 #include "SignIn/OAuthError.h"
 #include "SignIn/TokenResponse.h"
+#include "System/Network/HttpAnswerReader.h"
 #include "Updates/UpdateFeed.h"
 
 #include <QUrl>
@@ -89,6 +90,19 @@ void session_file(const QByteArray& input) {
 
 void update_feed(const QByteArray& input) {
     static_cast<void>(newerRelease(input, u"1.0.0"_s));
+}
+
+void http_answer(const QByteArray& input) {
+    constexpr qint64 limit = 1000;
+    HttpAnswerReader whole(limit);
+    whole.read(input);
+    const HttpAnswerReader::State atOnce = whole.end();
+    HttpAnswerReader reader(limit);
+    for (const char byte : input)
+        reader.read(QByteArray(1, byte));
+    if (reader.end() != atOnce ||
+        (atOnce == HttpAnswerReader::State::complete && reader.body() != whole.body()))
+        qFatal("the answer depends on how it arrives");
 }
 } // namespace parsers
 

@@ -1,5 +1,7 @@
 #include "Directory/PlainDomain.h"
 
+#include "System/Text.h"
+
 #include <QUrl>
 
 #include <algorithm>
@@ -44,9 +46,5 @@ bool isPlainSite(const QString& domain) {
 }
 
 QString printableDomain(const QString& domain) {
-    QString shown = domain.left(longestDomain);
-    std::replace_if(
-        shown.begin(), shown.end(), [](QChar character) { return !character.isPrint(); },
-        QChar(QChar::ReplacementCharacter));
-    return shown;
+    return printable(domain.left(longestDomain));
 }

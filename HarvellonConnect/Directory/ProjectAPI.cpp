@@ -4,12 +4,10 @@
 #include "System/Async.h"
 #include "System/Logging.h"
 #include "System/Network/Http.h"
+#include "System/Text.h"
 
 #include <QNetworkRequest>
-#include <QStringDecoder>
 #include <QUrl>
-
-#include <algorithm>
 
 namespace {
 constexpr std::chrono::seconds timeLimit{15};
@@ -18,17 +16,9 @@ constexpr qsizetype loggedCharacters = 200;
 
 /// The beginning of a text, or nothing where it is none; the rest is not looked at.
 QString beginning(const QByteArray& bytes) {
-    constexpr qsizetype longestCharacter = 4;     // bytes
-    QStringDecoder decoder(QStringDecoder::Utf8); // with a state: the last character may be cut in two
-    QString text = decoder.decode(bytes.left(loggedCharacters * longestCharacter));
-    if (decoder.hasError())
-        return {};
-    text.truncate(loggedCharacters);
-    // A terminal would obey its control characters, and a line break would forge a line of our own.
-    std::replace_if(
-        text.begin(), text.end(), [](QChar character) { return !character.isPrint(); },
-        QChar(QChar::ReplacementCharacter));
-    return text;
+    constexpr qsizetype longestCharacter = 4; // bytes
+    const std::optional<QString> text = beginningOf(bytes, loggedCharacters * longestCharacter);
+    return printable(text.value_or(QString()).left(loggedCharacters));
 }
 } // namespace
 

@@ -2,20 +2,21 @@
 
 #include "SignIn/AuthorizationRequest.h"
 #include "SignIn/CallbackServer.h"
-#include "SignIn/FormBody.h"
 #include "SignIn/Pkce.h"
 #include "SignIn/SuccessPage.h"
-#include "SignIn/TokenResponse.h"
+#include "System/Async.h"
 #include "System/Logging.h"
 
 #include <QCoroFuture>
 #include <QCoroSignal>
 #include <QFile>
-#include <QNetworkAccessManager>
-#include <QPromise>
 
 namespace {
-constexpr qint64 largestAnswer = 1024 * 1024;
+/// An empty token is none.
+std::optional<QString> nonEmpty(const std::optional<QString>& token) {
+    return token && !token->isEmpty() ? token : std::nullopt;
+}
+
 constexpr int verifierBytes = 64;
 constexpr int stateBytes = 32;
 
@@ -30,21 +31,28 @@ OAuthManager::PendingWork::PendingWork(OAuthManager* oauth) : m_oauth(oauth) {
 }
 
 OAuthManager::PendingWork::~PendingWork() {
-    if (m_oauth && --m_oauth->m_pendingWork == 0)
-        Q_EMIT m_oauth->becameIdle();
+    if (!m_oauth || --m_oauth->m_pendingWork > 0)
+        return;
+    m_oauth->m_idle.finish();
 }
 
 QCoro::Task<> OAuthManager::finish(std::chrono::milliseconds limit) {
-    if (!isIdle())
-        co_await qCoro(this, &OAuthManager::becameIdle, limit);
+    m_ending = true;
+    storeUnsaved();
+    if (isIdle())
+        co_return;
+    m_idle = QPromise<void>();
+    m_idle.start();
+    const QFuture<void> idle = m_idle.future();
+    co_await Async::finishesWithin(idle, limit);
 }
 
 OAuthManager::OAuthManager(const ServerAddress& server, QNetworkAccessManager& network,
-                           KeychainStore& keychain, OpenAddress openAddress, OAuthLimits limits,
-                           QObject* parent)
+                           std::shared_ptr<KeychainStore> keychain, OpenAddress openAddress,
+                           OAuthLimits limits, QObject* parent)
     : QObject(parent), m_authorizationEndpoint(server.at(QLatin1StringView("/oauth/authorize"))),
-      m_tokenEndpoint(server.at(QLatin1StringView("/oauth/token"))), m_network(network),
-      m_store(keychain, limits.keyring), m_openAddress(std::move(openAddress)), m_limits(limits) {}
+      m_endpoint(server.at(QLatin1StringView("/oauth/token")), network, limits.request),
+      m_store(std::move(keychain), limits.keyring), m_openAddress(std::move(openAddress)), m_limits(limits) {}
 
 QCoro::Task<std::optional<OAuthManager::SignedIn>> OAuthManager::signIn(ChooseAccount choose) {
     const AuthResult result = co_await startLogin();
@@ -67,7 +75,8 @@ QCoro::Task<std::optional<OAuthManager::SignedIn>> OAuthManager::assign(AuthResu
         accountID = co_await choose(result);
     } catch (...) {
         // Tokens without an account are of no use. Those of the account before are loaded again when needed.
-        clearSession();
+        if (!m_activeAccountID)
+            clearSession();
         throw;
     }
     if (!accountID)
@@ -118,7 +127,15 @@ QCoro::Task<AuthResult> OAuthManager::login() {
     const QString code = callback->parameters.value(QStringLiteral("code"));
     if (code.isEmpty())
         throw OAuthError(OAuthError::Case::noCodeReceived);
-    co_return co_await exchangeCode(code, redirectURI, codeVerifier);
+    const TokenResponse tokens = co_await m_endpoint.exchange(code, redirectURI, codeVerifier);
+    if (m_cancelled) // while the token endpoint was asked
+        throw OAuthError(OAuthError::Case::listenerFailed, QStringLiteral("Listener abgebrochen."));
+    const std::optional<QString> refreshToken = nonEmpty(tokens.refreshToken);
+    setTokens(tokens.accessToken, refreshToken, std::nullopt);
+    const IdentityClaims claims = IdentityClaims::read(tokens.idToken.value_or(QString()));
+    qCInfo(lcOAuth).noquote().nospace()
+        << "OAuth-Login erfolgreich. Account-ID ableitbar: " << (claims.sub ? "ja" : "nein") << ".";
+    co_return AuthResult{claims.sub, claims.email, claims.name, tokens.accessToken, refreshToken};
 }
 
 void OAuthManager::cancelLogin() {
@@ -127,52 +144,32 @@ void OAuthManager::cancelLogin() {
         m_callbackServer->cancel();
 }
 
-QCoro::Task<AuthResult> OAuthManager::exchangeCode(QString code, QString redirectURI, QString codeVerifier) {
-    const std::optional<QUrl> url = Http::address(m_tokenEndpoint);
-    if (!url)
-        throw OAuthError(OAuthError::Case::tokenExchangeFailed, QStringLiteral("Ungueltige Token-URL."));
-    const QByteArray form = formBody({{QStringLiteral("grant_type"), QStringLiteral("authorization_code")},
-                                      {QStringLiteral("client_id"), oauthClientID},
-                                      {QStringLiteral("redirect_uri"), redirectURI},
-                                      {QStringLiteral("code"), code},
-                                      {QStringLiteral("code_verifier"), codeVerifier}});
-    const HttpAnswer answer = co_await post(*url, form);
-    if (!answer.succeeded()) {
-        // An error body may repeat what was sent, so it stays out of the log.
-        qCCritical(lcOAuth).noquote().nospace() << "Token-Exchange fehlgeschlagen: HTTP " << answer.status;
-        throw OAuthError(OAuthError::Case::tokenExchangeFailed, QStringLiteral("HTTP %1").arg(answer.status));
-    }
-    const TokenResponse tokens = TokenResponse::parse(answer.body);
-    if (m_cancelled) // while the token endpoint was asked
-        throw OAuthError(OAuthError::Case::listenerFailed, QStringLiteral("Listener abgebrochen."));
-    setTokens(tokens.accessToken, tokens.refreshToken, std::nullopt);
-    const IdentityClaims claims = IdentityClaims::read(tokens.idToken.value_or(QString()));
-    qCInfo(lcOAuth).noquote().nospace()
-        << "OAuth-Login erfolgreich. Account-ID ableitbar: " << (claims.sub ? "ja" : "nein") << ".";
-    co_return AuthResult{claims.sub, claims.email, claims.name, tokens.accessToken, tokens.refreshToken};
-}
-
-QCoro::Task<HttpAnswer> OAuthManager::post(QUrl url, QByteArray form) {
-    QNetworkRequest request(url);
-    request.setHeader(QNetworkRequest::ContentTypeHeader, QByteArray("application/x-www-form-urlencoded"));
-    const QByteArray method("POST");
-    co_return co_await Http::exchange(m_network, request, method, form, m_limits.request, largestAnswer);
-}
-
 QCoro::Task<> OAuthManager::renewTokens(QString refusedToken) {
-    while (m_renewal && m_renewal->accountID != m_activeAccountID)
-        co_await qCoro(this, &OAuthManager::renewalEnded); // another account's, whose outcome does not matter
-    if (m_accessToken && *m_accessToken != refusedToken)
+    const auto replaced = [this, refusedToken] { return m_accessToken && *m_accessToken != refusedToken; };
+    const auto another = [this] { // of another account or an older pair: its outcome does not matter
+        return m_renewal &&
+               (m_renewal->accountID != m_activeAccountID || m_renewal->refreshToken != m_refreshToken);
+    };
+    while (!replaced() && another()) {
+        QFuture<bool> running = m_renewal->outcome;
+        try {
+            co_await running;
+        } catch (const Failure&) {
+        }
+    }
+    if (replaced())
         co_return;
     if (m_renewal) {
         QFuture<bool> running = m_renewal->outcome;
         co_await running;
         co_return;
     }
+    if (m_ending)
+        throw NetworkError(QStringLiteral("Das Programm wird beendet."));
     const PendingWork pending(this);
     QPromise<bool> promise;
     promise.start();
-    m_renewal = Renewal{m_activeAccountID, promise.future()};
+    m_renewal = Renewal{m_activeAccountID, m_refreshToken, promise.future()};
     try {
         co_await performRenewal();
         promise.addResult(true);
@@ -181,35 +178,36 @@ QCoro::Task<> OAuthManager::renewTokens(QString refusedToken) {
     }
     m_renewal.reset();
     promise.finish();
-    Q_EMIT renewalEnded();
     promise.future().result(); // throws where the renewal has failed
 }
 
 QCoro::Task<> OAuthManager::performRenewal() {
     // The user may switch to another account meanwhile: what comes back belongs to the one that asked.
     const std::optional<QString> accountID = m_activeAccountID;
+    const quint64 version = m_store.version(accountID.value_or(QString()));
     const QString oldRefreshToken = m_refreshToken.value_or(QString());
-    if (oldRefreshToken.isEmpty())
-        throw OAuthError(OAuthError::Case::refreshFailed, QStringLiteral("Kein Refresh-Token vorhanden."));
-    const std::optional<QUrl> url = Http::address(m_tokenEndpoint);
-    if (!url)
-        throw OAuthError(OAuthError::Case::refreshFailed, QStringLiteral("Ungueltige Token-URL."));
-    const QByteArray form = formBody({{QStringLiteral("grant_type"), QStringLiteral("refresh_token")},
-                                      {QStringLiteral("client_id"), oauthClientID},
-                                      {QStringLiteral("refresh_token"), oldRefreshToken}});
-    const HttpAnswer answer = co_await post(*url, form);
-    if (!answer.succeeded()) {
-        qCCritical(lcOAuth).noquote().nospace() << "Token-Refresh fehlgeschlagen: HTTP " << answer.status;
+    TokenResponse tokens;
+    std::exception_ptr refusal;
+    try {
+        tokens = co_await m_endpoint.renew(oldRefreshToken);
+    } catch (const RenewalRefused&) {
+        refusal = std::current_exception();
+    }
+    // A sign-in has brought newer tokens, or the account was removed.
+    const bool replaced = accountID ? m_store.version(*accountID) != version
+                                    : m_activeAccountID || m_refreshToken != oldRefreshToken;
+    if (replaced)
+        co_return;
+    if (refusal) {
         if (accountID) {
             const QString refusedAccount = *accountID;
             co_await removeTokens(refusedAccount);
-        } else if (!m_activeAccountID) {
+        } else {
             clearSession();
         }
-        throw OAuthError(OAuthError::Case::refreshFailed, QStringLiteral("HTTP %1").arg(answer.status));
+        std::rethrow_exception(refusal);
     }
-    const TokenResponse tokens = TokenResponse::parse(answer.body);
-    const QString newRefreshToken = tokens.refreshToken.value_or(oldRefreshToken);
+    const QString newRefreshToken = nonEmpty(tokens.refreshToken).value_or(oldRefreshToken);
     if (m_activeAccountID == accountID)
         setTokens(tokens.accessToken, newRefreshToken, accountID);
     if (accountID) {
@@ -234,15 +232,22 @@ void OAuthManager::setAuthError(std::optional<QString> error) {
 
 QCoro::Task<bool> OAuthManager::store(Tokens tokens, QString accountID) {
     const PendingWork pending(this);
+    const QPointer<OAuthManager> self(this);
     const bool stored = co_await m_store.save(tokens, accountID);
-    if (!stored)
+    if (self && !stored)
         Q_EMIT storingFailed();
     co_return stored;
 }
 
-QCoro::Task<bool> OAuthManager::loadTokens(QString accountID) {
+QCoro::Task<> OAuthManager::storeUnsaved() {
+    const PendingWork pending(this);
+    co_await m_store.storeUnsaved();
+}
+
+QCoro::Task<bool> OAuthManager::loadTokens(QString accountID, StillWanted stillWanted) {
+    const QPointer<OAuthManager> self(this);
     const std::optional<Tokens> tokens = co_await m_store.load(accountID);
-    if (!tokens)
+    if (!self || !tokens || !stillWanted())
         co_return false;
     setTokens(tokens->accessToken, tokens->refreshToken, accountID);
     qCInfo(lcOAuth) << "OAuth-Tokens fuer Account geladen.";

@@ -4,13 +4,14 @@
 #include "SignIn/IdentityClaims.h"
 #include "SignIn/Keychain/TokenStore.h"
 #include "SignIn/OAuthError.h"
-#include "System/Network/Http.h"
+#include "SignIn/TokenEndpoint.h"
 #include "System/Network/ServerAddress.h"
 
 #include <QCoroTask>
 #include <QFuture>
 #include <QObject>
 #include <QPointer>
+#include <QPromise>
 #include <QString>
 #include <QUrl>
 
@@ -58,9 +59,13 @@ class OAuthManager : public QObject {
         QCoro::Task<bool> storing; ///< yields whether they could be stored
     };
 
-    /// `openAddress` shows an address in the default browser. The references must outlive this.
-    OAuthManager(const ServerAddress& server, QNetworkAccessManager& network, KeychainStore& keychain,
-                 OpenAddress openAddress, OAuthLimits limits = {}, QObject* parent = nullptr);
+    /// Says after a wait whether the tokens are still to be taken into use.
+    using StillWanted = std::function<bool()>;
+
+    /// `openAddress` shows an address in the default browser. `network` must outlive this.
+    OAuthManager(const ServerAddress& server, QNetworkAccessManager& network,
+                 std::shared_ptr<KeychainStore> keychain, OpenAddress openAddress, OAuthLimits limits = {},
+                 QObject* parent = nullptr);
 
     [[nodiscard]] bool isAuthenticating() const { return m_isAuthenticating; }
 
@@ -90,12 +95,14 @@ class OAuthManager : public QObject {
     /// Renews the access token with the refresh token and stores the new pair. Overlapping callers share one
     /// renewal, and a late caller (its `refusedToken` has been replaced meanwhile) needs none: using a
     /// refresh token twice ends the whole login. A refusal forgets the account's tokens; without an answer
-    /// nothing changes. Throws OAuthError or NetworkError.
+    /// nothing changes, nor where the account got newer tokens meanwhile or was removed. Throws OAuthError or
+    /// NetworkError.
     QCoro::Task<> renewTokens(QString refusedToken);
 
     /// Takes the stored tokens of an account into use; false, and nothing changes, when none are found (a
-    /// locked keyring shows none).
-    QCoro::Task<bool> loadTokens(QString accountID);
+    /// locked keyring shows none), or when `stillWanted` denies it.
+    QCoro::Task<bool> loadTokens(
+        QString accountID, StillWanted stillWanted = [] { return true; });
     /// Takes tokens into use for an account, at once, and stores them; says whether they are stored.
     QCoro::Task<bool> saveTokens(QString accessToken, std::optional<QString> refreshToken, QString accountID);
     /// Deletes the stored tokens of an account, and forgets them where they are in use.
@@ -106,8 +113,12 @@ class OAuthManager : public QObject {
     /// Whether no renewal is under way and the keyring is not being changed.
     [[nodiscard]] bool isIdle() const { return m_pendingWork == 0; }
 
-    /// Waits until `isIdle`, at most `limit`. Call it before the program ends: when the answer to a renewal
-    /// is not stored, the keyring keeps a used-up refresh token and the login is lost.
+    /// Tries again to store tokens that could not be stored.
+    QCoro::Task<> storeUnsaved();
+
+    /// Starts no more renewals, and waits until `isIdle`, at most `limit`. Call it before the program ends:
+    /// when the answer to a renewal is not stored, the keyring keeps a used-up refresh token and the login is
+    /// lost.
     QCoro::Task<> finish(std::chrono::milliseconds limit);
 
   Q_SIGNALS:
@@ -116,8 +127,6 @@ class OAuthManager : public QObject {
     void authErrorChanged();
     /// Tokens are in use that could not be stored.
     void storingFailed();
-    void renewalEnded();
-    void becameIdle();
 
   private:
     /// Counts as pending work while it lives; `finish` waits for it.
@@ -132,15 +141,14 @@ class OAuthManager : public QObject {
     };
 
     struct Renewal {
-        std::optional<QString> accountID; ///< whose tokens are renewed
-        QFuture<bool> outcome;            ///< or its exception
+        std::optional<QString> accountID;    ///< whose tokens are renewed
+        std::optional<QString> refreshToken; ///< the one that is used up
+        QFuture<bool> outcome;               ///< or its exception
     };
 
     QCoro::Task<AuthResult> login();
-    QCoro::Task<AuthResult> exchangeCode(QString code, QString redirectURI, QString codeVerifier);
     QCoro::Task<std::optional<SignedIn>> assign(AuthResult result, ChooseAccount choose);
     QCoro::Task<> performRenewal();
-    QCoro::Task<HttpAnswer> post(QUrl url, QByteArray form);
     QCoro::Task<bool> store(Tokens tokens, QString accountID);
     void setAuthenticating(bool authenticating);
     void setAuthError(std::optional<QString> error);
@@ -148,8 +156,7 @@ class OAuthManager : public QObject {
                    std::optional<QString> accountID);
 
     const QString m_authorizationEndpoint;
-    const QString m_tokenEndpoint;
-    QNetworkAccessManager& m_network;
+    TokenEndpoint m_endpoint;
     TokenStore m_store;
     OpenAddress m_openAddress;
     const OAuthLimits m_limits;
@@ -162,5 +169,7 @@ class OAuthManager : public QObject {
     QPointer<CallbackServer> m_callbackServer; ///< while a login waits for the browser
     bool m_cancelled = false;                  ///< the login that runs
     std::optional<Renewal> m_renewal;          ///< while one runs
+    bool m_ending = false;                     ///< no renewal starts any more
+    QPromise<void> m_idle;                     ///< awaited by `finish`
     int m_pendingWork = 0;                     ///< renewals and changes of the keyring
 };

@@ -1,14 +1,14 @@
 #include "State/AccountRules.h"
 
-#include "System/CaseFolding.h"
-
 #include <QHash>
+#include <QSet>
 
 #include <algorithm>
 
 namespace {
 QString key(const std::optional<QString>& email) {
-    return caseFolded(email.value_or(QString()));
+    // Lower case, not case folding: "straße" and "strasse" are two people.
+    return email.value_or(QString()).toLower();
 }
 } // namespace
 
@@ -52,10 +52,13 @@ QList<Account> withoutDuplicates(const QList<Account>& accounts, const std::opti
             keeper.insert(email, account.id);
     }
     QList<Account> kept;
+    QSet<QString> keptIDs;
     for (const Account& account : accounts) {
         const QString email = key(account.email);
-        if (email.isEmpty() || keeper.value(email) == account.id)
-            kept.append(account);
+        if (keptIDs.contains(account.id) || (!email.isEmpty() && keeper.value(email) != account.id))
+            continue;
+        keptIDs.insert(account.id);
+        kept.append(account);
     }
     return kept;
 }

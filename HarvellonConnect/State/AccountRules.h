@@ -19,6 +19,6 @@ QString displayNameFor(const std::optional<QString>& signInName, const std::opti
 /// Puts an account into the list: in place where its id is known, otherwise at the end.
 QList<Account> withAccount(QList<Account> accounts, const Account& account);
 
-/// The list without accounts whose e-mail another one has too. Of several, the active one stays, else the
-/// first.
+/// The list without accounts whose id or e-mail another one has too. Of several, the active one stays, else
+/// the first.
 QList<Account> withoutDuplicates(const QList<Account>& accounts, const std::optional<QString>& activeID);

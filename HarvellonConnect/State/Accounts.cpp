@@ -13,6 +13,7 @@
 namespace {
 const QString registryKey = QStringLiteral("AccountsRegistry");
 const QString activeKey = QStringLiteral("ActiveAccountID");
+const QString unreadableKey = QStringLiteral("AccountsRegistryUnreadable");
 } // namespace
 
 Accounts::Accounts(OAuthManager& oauth, ProjectAPI& api, Preferences& preferences, ActivityReport& report,
@@ -21,11 +22,11 @@ Accounts::Accounts(OAuthManager& oauth, ProjectAPI& api, Preferences& preference
 
 void Accounts::loadAccountsRegistry() {
     QList<Account> accounts;
-    if (const std::optional<QByteArray> data = m_preferences.data(registryKey)) {
+    if (m_preferences.value(registryKey).isValid()) {
         try {
-            accounts = decodeAccounts(*data);
+            accounts = decodeAccounts(m_preferences.data(registryKey).value_or(QByteArray()));
         } catch (const DecodingError&) {
-            // An unreadable registry counts as empty.
+            setRegistryAside(); // it counts as empty
         }
     }
     std::optional<QString> active = m_preferences.text(activeKey);
@@ -36,39 +37,56 @@ void Accounts::loadAccountsRegistry() {
     set(accounts, active);
 }
 
+void Accounts::setRegistryAside() {
+    const QVariant registry = m_preferences.value(registryKey);
+    if (m_preferences.value(unreadableKey) != registry)
+        m_preferences.set(unreadableKey, registry);
+}
+
 void Accounts::saveAccountsRegistry() {
-    if (activeID())
-        m_preferences.set(activeKey, *activeID());
-    else
-        m_preferences.remove(activeKey);
-    m_report.remember(registryKey, encodeAccounts(list()));
+    m_report.remember({{registryKey, encodeAccounts(list())},
+                       {activeKey, activeID() ? QVariant(*activeID()) : QVariant()}});
+}
+
+bool Accounts::knows(const QString& accountID) const {
+    return std::any_of(list().begin(), list().end(),
+                       [&accountID](const Account& account) { return account.id == accountID; });
+}
+
+bool Accounts::usesTokensOfActive() const {
+    return activeID() && m_oauth.accessToken() && m_oauth.activeAccountID() == activeID();
 }
 
 void Accounts::set(const QList<Account>& accounts, const std::optional<QString>& activeID) {
-    if (activeID != m_model.activeID())
+    if (activeID != m_model.activeID()) {
+        ++m_choice;
         m_loading.discard(); // a load that is under way belongs to another account
+    }
     m_model.set(accounts, activeID);
 }
 
 QCoro::Task<> Accounts::dropDuplicates() {
     const QList<Account> before = list();
-    const QList<Account> kept = withoutDuplicates(before, activeID());
-    if (kept.size() == before.size())
+    set(withoutDuplicates(before, activeID()), activeID());
+    if (list().size() == before.size())
         co_return;
     for (const Account& account : before) {
         const QString id = account.id;
-        if (!kept.contains(account) && id != activeID())
+        if (!knows(id)) // a sign-in may have added it again
             co_await m_oauth.removeTokens(id);
     }
-    set(withoutDuplicates(list(), activeID()), activeID());
     saveAccountsRegistry();
 }
 
-QCoro::Task<> Accounts::takeTokens() {
-    if (!activeID() || (m_oauth.accessToken() && m_oauth.activeAccountID() == activeID()))
-        co_return;
-    const QString id = *activeID();
-    co_await m_oauth.loadTokens(id);
+QCoro::Task<QString> Accounts::takeToken() {
+    if (activeID() && !usesTokensOfActive()) {
+        const QString id = *activeID();
+        const OAuthManager::StillWanted wanted = [this, id] {
+            return activeID() == id && !usesTokensOfActive();
+        };
+        co_await m_oauth.loadTokens(id, wanted);
+    }
+    co_return usesTokensOfActive() ? *m_oauth.accessToken() : QString();
 }
 
 QCoro::Task<> Accounts::addAccount() {
@@ -118,7 +136,13 @@ QCoro::Task<> Accounts::keep(QCoro::Task<bool> storing) {
 QCoro::Task<> Accounts::switchAccount(QString accountID) {
     if (accountID == activeID())
         co_return;
-    const bool found = co_await m_oauth.loadTokens(accountID);
+    const int choice = ++m_choice;
+    const OAuthManager::StillWanted wanted = [this, choice, accountID] {
+        return m_choice == choice && knows(accountID);
+    };
+    const bool found = co_await m_oauth.loadTokens(accountID, wanted);
+    if (m_choice != choice)
+        co_return; // the user has chosen another account meanwhile
     if (!found) {
         m_report.log(QStringLiteral("Account-Wechsel fehlgeschlagen: keine Tokens gefunden."),
                      ActivityLogLevel::error);
@@ -131,57 +155,60 @@ QCoro::Task<> Accounts::switchAccount(QString accountID) {
 }
 
 QCoro::Task<> Accounts::removeAccount(QString accountID) {
-    co_await m_oauth.removeTokens(accountID);
+    const bool wasActive = !activeID() || activeID() == accountID;
+    const QCoro::Task<> removing = m_oauth.removeTokens(accountID);
     QList<Account> remaining = list();
     remaining.removeIf([&accountID](const Account& account) { return account.id == accountID; });
-    const bool wasActive = !activeID() || activeID() == accountID;
     if (!wasActive) {
         set(remaining, activeID());
-    } else if (remaining.isEmpty()) {
-        set({}, std::nullopt);
-        m_oauth.clearSession();
-        m_loading.clear();
     } else {
-        const QString next = remaining.first().id;
-        set(remaining, next);
+        set(remaining, remaining.isEmpty() ? std::nullopt : std::optional(remaining.first().id));
         m_oauth.clearSession();
-        m_loading.refresh(); // which takes the tokens of the account that is active now
+        if (remaining.isEmpty())
+            m_loading.clear();
     }
+    co_await removing;
+    if (list().isEmpty()) // otherwise the next start would take them over again
+        co_await m_oauth.removeLegacyTokens();
     saveAccountsRegistry();
     m_report.log(QStringLiteral("Account entfernt."), ActivityLogLevel::info);
+    if (wasActive && activeID() && !usesTokensOfActive())
+        m_loading.refresh(); // which takes the tokens of the account that is active now
 }
 
 QCoro::Task<> Accounts::migrateLegacyLoginIfNeeded() {
-    Account account;
-    const OAuthManager::ChooseAccount choose = [this, &account](const AuthResult& legacy) {
-        return nameLegacyAccount(legacy, account);
+    const OAuthManager::ChooseAccount choose = [this](const AuthResult& legacy) {
+        return activateLegacyAccount(legacy);
     };
     std::optional<OAuthManager::SignedIn> signedIn = co_await m_oauth.takeOverLegacyLogin(choose);
     if (!signedIn)
         co_return;
     const bool stored = co_await signedIn->storing;
-    set(withAccount(list(), account), account.id);
     saveAccountsRegistry();
-    m_report.log(QStringLiteral("Bestehende Anmeldung migriert."), ActivityLogLevel::info);
-    if (stored)
+    const bool removed = !knows(signedIn->accountID); // by the user, meanwhile
+    if (!removed)
+        m_report.log(QStringLiteral("Bestehende Anmeldung migriert."), ActivityLogLevel::info);
+    if (stored || removed)
         co_await m_oauth.removeLegacyTokens();
 }
 
-QCoro::Task<std::optional<QString>> Accounts::nameLegacyAccount(AuthResult legacy, Account& account) {
-    if (!list().isEmpty())
-        co_return std::nullopt; // a sign-in was faster
-    std::optional<QString> profileName;
+QCoro::Task<std::optional<QString>> Accounts::activateLegacyAccount(AuthResult legacy) {
+    std::optional<UserProfile> profile;
     try {
         const QString token = legacy.accessToken;
         const ApplicationsResponse response = co_await m_api.fetchApplications(token);
-        profileName = response.user.name;
-        m_loading.setUserProfile(response.user);
+        profile = response.user;
     } catch (const Failure&) {
         // The refresh that follows reports the failure, and renews an expired token.
     }
+    if (!list().isEmpty())
+        co_return std::nullopt; // a sign-in was faster
+    if (profile)
+        m_loading.setUserProfile(profile);
+    const std::optional<QString> name = profile ? std::optional(profile->name) : std::nullopt;
     const QString id = legacy.accountID ? *legacy.accountID
-                       : profileName    ? QStringLiteral("name:") + *profileName
+                       : name           ? QStringLiteral("name:") + *name
                                         : QStringLiteral("legacy");
-    account = {id, legacy.email, displayNameFor(legacy.displayName, profileName, legacy.email, id)};
+    set({{id, legacy.email, displayNameFor(legacy.displayName, name, legacy.email, id)}}, id);
     co_return id;
 }

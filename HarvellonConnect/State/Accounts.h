@@ -22,7 +22,8 @@ class ProjectLoading;
 /// The registry and the keyring are two stores, and the program may end between two writes. The order makes
 /// sure that what is left is harmless: tokens are stored before the registry names their account (left
 /// behind: tokens that the next sign-in replaces), and deleted before the registry forgets it (left behind:
-/// an account that asks for a new sign-in and can be removed again).
+/// an account that asks for a new sign-in and can be removed again). A registry that cannot be read is kept
+/// under another key.
 class Accounts : public QObject {
     Q_OBJECT
 
@@ -43,8 +44,9 @@ class Accounts : public QObject {
     QCoro::Task<> dropDuplicates();
     /// Makes a login of the older layout, which knew one account, the first account.
     QCoro::Task<> migrateLegacyLoginIfNeeded();
-    /// Takes the stored tokens of the active account into use where they are not; a locked keyring has none.
-    QCoro::Task<> takeTokens();
+    /// Takes the stored tokens of the active account into use where they are not, and yields its access
+    /// token; empty when there is none. A locked keyring has none.
+    QCoro::Task<QString> takeToken();
 
     [[nodiscard]] const QList<Account>& list() const { return m_model.accounts(); }
 
@@ -55,9 +57,12 @@ class Accounts : public QObject {
   private:
     QCoro::Task<Ending> signIn();
     QCoro::Task<std::optional<QString>> activateAccountOf(AuthResult result);
-    QCoro::Task<std::optional<QString>> nameLegacyAccount(AuthResult legacy, Account& account);
+    QCoro::Task<std::optional<QString>> activateLegacyAccount(AuthResult legacy);
     QCoro::Task<> keep(QCoro::Task<bool> storing);
     void set(const QList<Account>& accounts, const std::optional<QString>& activeID);
+    void setRegistryAside();
+    [[nodiscard]] bool knows(const QString& accountID) const;
+    [[nodiscard]] bool usesTokensOfActive() const;
 
     OAuthManager& m_oauth;
     ProjectAPI& m_api;
@@ -65,4 +70,5 @@ class Accounts : public QObject {
     ActivityReport& m_report;
     ProjectLoading& m_loading;
     AccountListModel m_model;
+    int m_choice = 0; ///< counts who has been chosen as the active account; a later choice ends a switch
 };

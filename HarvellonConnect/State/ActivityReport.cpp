@@ -13,8 +13,8 @@ void ActivityReport::setLastError(std::optional<QString> error) {
     Q_EMIT lastErrorChanged();
 }
 
-void ActivityReport::remember(const QString& key, const QVariant& value) {
-    if (!m_preferences.set(key, value))
+void ActivityReport::remember(const QVariantMap& values) {
+    if (!m_preferences.set(values))
         log(QStringLiteral("Die Einstellungen konnten nicht gespeichert werden: %1")
                 .arg(m_preferences.file()),
             ActivityLogLevel::error);

@@ -21,8 +21,11 @@ class ActivityReport : public QObject, public Reporter {
     void log(const QString& message, ActivityLogLevel level) override;
     void setLastError(std::optional<QString> error) override;
 
-    /// Keeps a preference; logs an error where it cannot be stored.
-    void remember(const QString& key, const QVariant& value);
+    /// Keeps preferences, in one piece; logs an error where they cannot be stored. An invalid value removes
+    /// its key.
+    void remember(const QVariantMap& values);
+
+    void remember(const QString& key, const QVariant& value) { remember({{key, value}}); }
 
     [[nodiscard]] ActivityLog* activityLog() { return &m_activityLog; }
 

@@ -140,15 +140,17 @@ QCoro::Task<> AppState::startUp() {
     co_await Async::sleep(std::chrono::milliseconds(50));
     m_care.startUp(); // beside the first load
     m_repositories.look();
-    co_await m_accounts.dropDuplicates();
     if (accounts().isEmpty())
         co_await m_accounts.migrateLegacyLoginIfNeeded();
-    co_await m_loading.refresh();
+    const QCoro::Task<> loading = m_loading.refresh();
+    co_await m_accounts.dropDuplicates(); // second, because keyring calls run in their order
+    co_await loading;
 }
 
-QCoro::Task<> AppState::prepareLoad() {
+QCoro::Task<QString> AppState::prepareLoad() {
     m_preferences.retry(); // the disk may have room again
-    return m_accounts.takeTokens();
+    m_oauth.storeUnsaved();
+    return m_accounts.takeToken();
 }
 
 QCoro::Task<> AppState::shutDown() {

@@ -38,7 +38,7 @@ struct AppServices {
     HostSystem host;
     ServerAddress server;
     Shell& shell;
-    KeychainStore& keychain;
+    std::shared_ptr<KeychainStore> keychain; ///< also of calls that outlive the program's end
     Preferences& preferences;
     QNetworkAccessManager& network;
 };
@@ -199,7 +199,7 @@ class AppState : public QObject {
     void publishParts();
     void wireHotkey();
     QCoro::Task<> startUp();
-    QCoro::Task<> prepareLoad();
+    QCoro::Task<QString> prepareLoad();
     QCoro::Task<> fillSearch();
     void applyHotkeySetting();
     [[nodiscard]] RowState rowState(const QString& domain) const;

@@ -12,14 +12,14 @@ constexpr qsizetype shownTokenCharacters = 12;
 const QString sessionOver = QStringLiteral("Sitzung abgelaufen. Bitte erneut einloggen.");
 
 /// Enough of a token to tell two apart, too little to use one.
-QString shownToken(const std::optional<QString>& token) {
-    return token ? token->left(shownTokenCharacters) : QStringLiteral("nil");
+QString shownToken(const QString& token) {
+    return token.isEmpty() ? QStringLiteral("nil") : token.left(shownTokenCharacters);
 }
 } // namespace
 
 ProjectLoading::ProjectLoading(Reporter& report, OAuthManager& oauth, ProjectAPI& api, ProjectListModel& rows,
-                               TakeTokens takeTokens)
-    : m_report(report), m_oauth(oauth), m_api(api), m_rows(rows), m_takeTokens(std::move(takeTokens)) {}
+                               TakeToken takeToken)
+    : m_report(report), m_oauth(oauth), m_api(api), m_rows(rows), m_takeToken(std::move(takeToken)) {}
 
 QCoro::Task<> ProjectLoading::refresh() {
     m_report.setLastError(std::nullopt);
@@ -38,8 +38,9 @@ QCoro::Task<> ProjectLoading::refresh() {
 
 QCoro::Task<Ending> ProjectLoading::load(int generation) {
     // A keyring that was locked or absent when the program started may be open by now.
-    co_await m_takeTokens();
-    const QString token = m_oauth.accessToken().value_or(QString());
+    const QString token = co_await m_takeToken();
+    if (generation != m_generation)
+        co_return Ending{};
     if (token.isEmpty()) {
         publishFailure(QStringLiteral("Bitte einloggen."));
         co_return Ending{QStringLiteral("Nicht eingeloggt. Bitte ueber Einstellungen anmelden."),
@@ -74,13 +75,14 @@ QCoro::Task<Ending> ProjectLoading::renewAndLoad(QString refusedToken, int gener
     m_report.log(QStringLiteral("API gab 401/403 zurueck. Versuche Token-Erneuerung..."),
                  ActivityLogLevel::warning);
     try {
+        co_await m_takeToken(); // a login may have put its own tokens in use
         co_await m_oauth.renewTokens(refusedToken);
+        const QString renewed = co_await m_takeToken();
         if (generation != m_generation)
             co_return Ending{};
-        m_report.log(QStringLiteral("Token erneuert (%1...). Wiederhole API-Aufruf.")
-                         .arg(shownToken(m_oauth.accessToken())),
-                     ActivityLogLevel::info);
-        const QString renewed = m_oauth.accessToken().value_or(QString());
+        m_report.log(
+            QStringLiteral("Token erneuert (%1...). Wiederhole API-Aufruf.").arg(shownToken(renewed)),
+            ActivityLogLevel::info);
         if (renewed.isEmpty())
             co_return Ending{};
         const ApplicationsResponse response = co_await m_api.fetchApplications(renewed);

@@ -36,12 +36,12 @@ class ProjectLoading : public QObject {
     Q_OBJECT
 
   public:
-    using TakeTokens = std::function<QCoro::Task<>()>;
+    using TakeToken = std::function<QCoro::Task<QString>()>;
 
-    /// `rows` shows the list that is loaded. `takeTokens` sees to it that the active account's tokens are in
-    /// use. All outlive this.
+    /// `rows` shows the list that is loaded. `takeToken` sees to it that the active account's tokens are in
+    /// use, and yields its access token, empty when there is none. All outlive this.
     ProjectLoading(Reporter& report, OAuthManager& oauth, ProjectAPI& api, ProjectListModel& rows,
-                   TakeTokens takeTokens);
+                   TakeToken takeToken);
 
     /// Loads profile and projects, with one renewal of the token where it is refused. Never fails: every
     /// outcome is published and logged. Loads may overlap; the last to finish wins.
@@ -86,7 +86,7 @@ class ProjectLoading : public QObject {
     OAuthManager& m_oauth;
     ProjectAPI& m_api;
     ProjectListModel& m_rows;
-    TakeTokens m_takeTokens;
+    TakeToken m_takeToken;
     int m_loads = 0; ///< under way
     int m_generation = 0;
     ConnectionStatus::Case m_connectionStatus = ConnectionStatus::Case::idle;

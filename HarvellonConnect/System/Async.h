@@ -42,8 +42,9 @@ QCoro::Task<bool> allFinishWithin(QList<QFuture<void>> futures, std::chrono::mil
 /// Runs `work` on a worker thread and yields its result, or nothing when `limit` passes first. Work that is
 /// late goes on and its result is dropped, so it must own all that it touches.
 template <typename T>
-QCoro::Task<std::optional<T>> onWorker(std::function<T()> work, std::chrono::milliseconds limit = noLimit) {
-    QFuture<T> future = QtConcurrent::run(&workers(), std::move(work));
+QCoro::Task<std::optional<T>> onWorker(std::function<T()> work, std::chrono::milliseconds limit = noLimit,
+                                       QThreadPool& pool = workers()) {
+    QFuture<T> future = QtConcurrent::run(&pool, std::move(work));
     if (limit != noLimit) {
         const bool finished = co_await finishesWithin(future, limit);
         if (!finished)

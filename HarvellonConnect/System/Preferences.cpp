@@ -41,13 +41,13 @@ std::optional<QByteArray> Preferences::data(const QString& key) const {
     return std::nullopt;
 }
 
-bool Preferences::set(const QString& key, const QVariant& value) {
-    m_settings->setValue(key, value);
-    return write();
-}
-
-bool Preferences::remove(const QString& key) {
-    m_settings->remove(key);
+bool Preferences::set(const QVariantMap& values) {
+    for (auto value = values.begin(); value != values.end(); ++value) {
+        if (value->isValid())
+            m_settings->setValue(value.key(), *value);
+        else
+            m_settings->remove(value.key());
+    }
     return write();
 }
 

@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QSettings>
 #include <QString>
+#include <QVariantMap>
 
 #include <memory>
 #include <optional>
@@ -18,9 +19,14 @@ class Preferences {
     [[nodiscard]] std::optional<QString> text(const QString& key) const;
     [[nodiscard]] std::optional<QByteArray> data(const QString& key) const;
 
-    /// Stores `value` and says whether it has reached the store (a full disk keeps the old one).
-    bool set(const QString& key, const QVariant& value);
-    bool remove(const QString& key);
+    /// Stores `values` in one piece and says whether they have reached the store (a full disk keeps the old
+    /// ones). An invalid value removes its key.
+    bool set(const QVariantMap& values);
+
+    bool set(const QString& key, const QVariant& value) { return set({{key, value}}); }
+
+    /// The value as it is stored, of whatever type; invalid when there is none.
+    [[nodiscard]] QVariant value(const QString& key) const { return m_settings->value(key); }
 
     /// Tries again to store what could not be stored.
     void retry();

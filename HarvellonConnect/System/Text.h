@@ -4,6 +4,7 @@
 #include <QString>
 #include <QStringDecoder>
 
+#include <algorithm>
 #include <optional>
 
 /// `bytes` as text; nothing when they are not valid UTF-8. QString::fromUtf8 would replace invalid bytes.
@@ -11,4 +12,21 @@
     QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
     const QString text = decoder.decode(bytes);
     return decoder.hasError() ? std::nullopt : std::optional(text);
+}
+
+/// The text of the first `size` bytes; a character that is cut in two is left out. Nothing when they are not
+/// valid UTF-8.
+[[nodiscard]] inline std::optional<QString> beginningOf(const QByteArray& bytes, qsizetype size) {
+    QStringDecoder decoder(QStringDecoder::Utf8);
+    const QString text = decoder.decode(bytes.left(size));
+    return decoder.hasError() ? std::nullopt : std::optional(text);
+}
+
+/// The text for a log: a terminal would obey its control characters, and a line break would forge a line of
+/// our own.
+[[nodiscard]] inline QString printable(QString text) {
+    std::replace_if(
+        text.begin(), text.end(), [](QChar character) { return !character.isPrint(); },
+        QChar(QChar::ReplacementCharacter));
+    return text;
 }

@@ -31,7 +31,7 @@ class DesktopFixture {
         host.gitEnvironment = HostSystem::environmentOfGit(home.path());
         if (!sshfs.isEmpty())
             host.sshfsCandidates = {sshfs};
-        keychain = std::make_unique<KeychainStore>(host);
+        keychain = std::make_shared<KeychainStore>(host);
         preferences = std::make_unique<Preferences>(host.preferencesFile);
         shell.browser = [this](const QString& address) {
             if (address.startsWith(QLatin1String("http://127.0.0.1")))
@@ -42,7 +42,7 @@ class DesktopFixture {
         commands.copyText = [this](const QString& text) { copied = text; };
         commands.tellMountsEnded = [](const QStringList&) {};
         state = std::make_unique<AppState>(
-            AppServices{host, ServerAddress::checked(server), shell, *keychain, *preferences, network},
+            AppServices{host, ServerAddress::checked(server), shell, keychain, *preferences, network},
             commands);
         statusBar = std::make_unique<StatusBarController>(views, QStringLiteral("1.0.0 (42)"));
         settings = std::make_unique<SettingsWindowManager>(views, *statusBar, QStringLiteral("1.0.0 (42)"));
@@ -87,7 +87,7 @@ class DesktopFixture {
     QNetworkAccessManager network;
     QString identity; ///< whom the browser chooses
     QString copied;
-    std::unique_ptr<KeychainStore> keychain;
+    std::shared_ptr<KeychainStore> keychain;
     std::unique_ptr<Preferences> preferences;
     std::unique_ptr<AppState> state;
     std::unique_ptr<StatusBarController> statusBar;

@@ -27,14 +27,22 @@ class LoginFixture : public QObject {
   protected:
     std::unique_ptr<QTemporaryDir> m_folder;
     std::unique_ptr<sandbox::Sandbox> m_platform;
-    std::unique_ptr<KeychainStore> m_keychain;
+    std::shared_ptr<KeychainStore> m_keychain;
     std::unique_ptr<OAuthManager> m_oauth;
     QNetworkAccessManager m_network;
     std::function<void(QUrl)> m_browser;
 
+    /// Tokens go into the desktop's keyring from now on.
+    void useKeyring() {
+        HostSystem host = hostIn(m_folder->path());
+        host.usesKeyring = true;
+        m_keychain = std::make_shared<KeychainStore>(host);
+        makeManager({});
+    }
+
     void makeManager(OAuthLimits limits) {
         m_oauth = std::make_unique<OAuthManager>(
-            ServerAddress::checked(m_platform->server()), m_network, *m_keychain,
+            ServerAddress::checked(m_platform->server()), m_network, m_keychain,
             [this](const QUrl& address) { m_browser(address); }, limits);
     }
 
@@ -48,7 +56,7 @@ class LoginFixture : public QObject {
     void init() {
         m_folder = std::make_unique<QTemporaryDir>();
         m_platform = std::make_unique<sandbox::Sandbox>(sandbox::Options{m_folder->path(), 0, false});
-        m_keychain = std::make_unique<KeychainStore>(hostIn(m_folder->path()));
+        m_keychain = std::make_shared<KeychainStore>(hostIn(m_folder->path()));
         makeManager({});
     }
 

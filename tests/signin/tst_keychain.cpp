@@ -1,4 +1,5 @@
 #include "SignIn/Keychain/KeychainStore.h"
+#include "support/Keyring.h"
 
 #include <QFile>
 #include <QProcess>
@@ -21,61 +22,15 @@ HostSystem hostIn(const QString& folder, bool keyring) {
     return host;
 }
 
-/// A session bus with a keyring that can die.
-class Keyring {
-  public:
-    Keyring() {
-        QFile configuration(m_folder.filePath(u"bus.conf"_s));
-        if (!configuration.open(QIODevice::WriteOnly))
-            qFatal("no configuration");
-        configuration.write(
-            "<busconfig><type>session</type><listen>unix:path=" +
-            QFile::encodeName(m_folder.filePath(u"bus"_s)) +
-            "</listen><policy context='default'><allow send_destination='*' eavesdrop='true'/>"
-            "<allow eavesdrop='true'/><allow own='*'/></policy></busconfig>");
-        configuration.close();
-        m_bus.start(u"/usr/bin/dbus-daemon"_s,
-                    {u"--nofork"_s, u"--config-file="_s + configuration.fileName()});
-        if (!QTest::qWaitFor([this] { return QFile::exists(m_folder.filePath(u"bus"_s)); }))
-            qFatal("no bus");
-        qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + QFile::encodeName(m_folder.filePath(u"bus"_s)));
-        qputenv("XDG_DATA_HOME", QFile::encodeName(m_folder.path()));
-        qunsetenv("DISPLAY"); // a keyring that sees one opens a dialog
-        start();
-    }
-
-    ~Keyring() {
-        kill();
-        m_bus.kill();
-        m_bus.waitForFinished();
-    }
-
-    Q_DISABLE_COPY_MOVE(Keyring)
-
-    void start() {
-        m_daemon.start(u"/usr/bin/gnome-keyring-daemon"_s,
-                       {u"--foreground"_s, u"--unlock"_s, u"--components=secrets"_s});
-        m_daemon.write("test");
-        m_daemon.closeWriteChannel();
-        const auto answers = [] {
-            return QProcess::execute(u"/usr/bin/dbus-send"_s, {u"--session"_s, u"--print-reply=literal"_s,
-                                                               u"--dest=org.freedesktop.secrets"_s, u"/"_s,
-                                                               u"org.freedesktop.DBus.Peer.Ping"_s}) == 0;
-        };
-        if (!QTest::qWaitFor(answers))
-            qFatal("no keyring");
-    }
-
-    void kill() {
-        m_daemon.kill();
-        m_daemon.waitForFinished();
-    }
-
-  private:
-    QTemporaryDir m_folder;
-    QProcess m_bus;
-    QProcess m_daemon;
-};
+void onFullDisk(const std::function<void()>& work) {
+    rlimit before{};
+    ::getrlimit(RLIMIT_FSIZE, &before);
+    ::signal(SIGXFSZ, SIG_IGN);
+    const rlimit full{16, before.rlim_max}; // bytes: writing more fails as on a full disk
+    ::setrlimit(RLIMIT_FSIZE, &full);
+    work();
+    ::setrlimit(RLIMIT_FSIZE, &before);
+}
 } // namespace
 
 class TestKeychain : public QObject {
@@ -131,17 +86,28 @@ class TestKeychain : public QObject {
         QCOMPARE(store.load(service, item), std::optional(QByteArray("drei")));
     }
 
+    void fileThatCannotBeWrittenDoesNotWin() {
+        const QString other = u"other"_s;
+        m_keyring.kill();
+        {
+            KeychainStore store(hostIn(m_folder->path(), true));
+            QVERIFY(store.save("alt", service, item) && store.save("allein", service, other));
+        }
+        m_keyring.start();
+        KeychainStore store(hostIn(m_folder->path(), true));
+        onFullDisk([&store] { QVERIFY(store.save("neu", service, item)); });
+        for (const bool restarted : {false, true}) {
+            KeychainStore later(hostIn(m_folder->path(), true));
+            KeychainStore& asked = restarted ? later : store;
+            QCOMPARE(asked.load(service, item), std::optional(QByteArray("neu")));
+            QCOMPARE(asked.load(service, other), std::optional(QByteArray("allein")));
+        }
+    }
+
     void fullDiskKeepsWhatIsThere() {
         KeychainStore store(hostIn(m_folder->path(), false));
         QVERIFY(store.save("eins", service, item));
-        rlimit before{};
-        ::getrlimit(RLIMIT_FSIZE, &before);
-        ::signal(SIGXFSZ, SIG_IGN);
-        const rlimit full{16, before.rlim_max}; // bytes: writing more fails as on a full disk
-        ::setrlimit(RLIMIT_FSIZE, &full);
-        const bool saved = store.save("zwei", service, item);
-        ::setrlimit(RLIMIT_FSIZE, &before);
-        QVERIFY(!saved);
+        onFullDisk([&store] { QVERIFY(!store.save("zwei", service, item)); });
         QCOMPARE(store.load(service, item), std::optional(QByteArray("eins")));
     }
 

@@ -52,6 +52,54 @@ class TestRenewal : public LoginFixture {
         QCOMPARE(stored("-refresh-token"), std::optional(m_oauth->refreshToken()->toUtf8()));
     }
 
+    void noRenewalStartsAtTheEnd() {
+        signIn();
+        const auto refresh = m_oauth->refreshToken();
+        await(m_oauth->finish(std::chrono::seconds(1)));
+        QCOMPARE(renewalFailure(), u"network"_s);
+        QCOMPARE(m_platform->requests(tokenPath).size(), 0);
+        QCOMPARE(m_oauth->refreshToken(), refresh);
+    }
+
+    void failedExchangeIsLoggedWithoutSecrets_data() {
+        QTest::addColumn<QByteArray>("body");
+        QTest::addColumn<QString>("logged");
+        const QByteArray longText(1020, 'x');
+        QTest::newRow("reason") << QByteArray(R"({"error":"invalid_grant"})")
+                                << uR"({"error":"invalid_grant"})"_s;
+        QTest::newRow("secrets") << QByteArray(R"(c/1 c%2f1 c\/1 verifier-1 x)") << u"*** *** *** *** x"_s;
+        QTest::newRow("controls") << QByteArray("a\r\nb\x1b[1m") << u"a\ufffd\ufffdb\ufffd[1m"_s;
+        QTest::newRow("no text") << QByteArray("abc\xff") << QString();
+        QTest::newRow("long") << longText + longText << QString(1024, u'x');
+        QTest::newRow("secret at the end") << longText + "verifier-1" << QString(1020, u'x') + u"***"_s;
+        QTest::newRow("cut character") << longText + "abc\xc3\xa4" << QString(1020, u'x') + u"abc"_s;
+    }
+
+    void failedExchangeIsLoggedWithoutSecrets() {
+        QFETCH(QByteArray, body);
+        QFETCH(QString, logged);
+        Fault fault;
+        fault.status = 400;
+        fault.body = body;
+        m_platform->setFault(Endpoint::token, fault);
+        TokenEndpoint endpoint(m_platform->server() + QString::fromLatin1(tokenPath), m_network,
+                               std::chrono::seconds(5));
+        const QString line = u"Token-Exchange fehlgeschlagen: HTTP 400 - "_s + logged;
+        QTest::ignoreMessage(QtCriticalMsg, qPrintable(line));
+        QVERIFY_THROWS_EXCEPTION(OAuthError, await(endpoint.exchange(u"c/1"_s, u"r"_s, u"verifier-1"_s)));
+    }
+
+    void exchangeNeedsItsVerifier() {
+        TokenEndpoint endpoint(m_platform->server(), m_network, std::chrono::seconds(5));
+        try {
+            await(endpoint.exchange(u"code"_s, u"r"_s, QString()));
+            QFAIL("exchanged");
+        } catch (const OAuthError& error) {
+            QCOMPARE(error.description(), u"Token-Austausch fehlgeschlagen: Code Verifier fehlt."_s);
+        }
+        QVERIFY(m_platform->requests().isEmpty());
+    }
+
     void refusedRenewalForgetsTheTokens_data() {
         QTest::addColumn<int>("status");
         QTest::newRow("refused") << 400;
@@ -82,16 +130,42 @@ class TestRenewal : public LoginFixture {
         fault.body = "<html>";
         m_platform->setFault(Endpoint::token, fault);
         QCOMPARE(renewalFailure(), u"Token-Austausch fehlgeschlagen: Ungueltige JSON-Antwort."_s);
-        fault.body = R"({"access_token":"neu"})";
-        m_platform->setFault(Endpoint::token, fault);
         const auto refresh = m_oauth->refreshToken();
-        QCOMPARE(renewalFailure(), u"none"_s);
-        QCOMPARE(m_oauth->refreshToken(), refresh); // the old one is kept
-        QCOMPARE(stored("-refresh-token"), std::optional(refresh->toUtf8()));
+        for (const char* answer :
+             {R"({"access_token":"neu","refresh_token":""})", R"({"access_token":"neu"})"}) {
+            fault.body = answer;
+            m_platform->setFault(Endpoint::token, fault);
+            QCOMPARE(renewalFailure(), u"none"_s);
+            QCOMPARE(m_oauth->refreshToken(), refresh); // the old one is kept
+            QCOMPARE(stored("-refresh-token"), std::optional(refresh->toUtf8()));
+        }
         m_platform.reset();
         QCOMPARE(renewalFailure(), u"network"_s);
         QCOMPARE(stored("-access-token"), std::optional(QByteArray("neu")));
         QVERIFY(access != m_oauth->accessToken());
+    }
+
+    void renewalOfAnOlderPairIsNotJoined_data() {
+        QTest::addColumn<QString>("next");
+        QTest::newRow("same account") << account;
+        QTest::newRow("another account") << u"jonas"_s;
+    }
+
+    void renewalOfAnOlderPairIsNotJoined() {
+        QFETCH(QString, next);
+        signIn();
+        const sandbox::IssuedTokens other = m_platform->signIn(u"jonas"_s);
+        Fault slow;
+        slow.delay = std::chrono::milliseconds(100);
+        m_platform->setFault(Endpoint::token, slow);
+        auto first = m_oauth->renewTokens(*m_oauth->accessToken());
+        await(m_oauth->saveTokens(other.accessToken, other.refreshToken, next));
+        auto second = m_oauth->renewTokens(other.accessToken);
+        await(m_oauth->renewTokens(other.accessToken)); // joins the second
+        await(std::move(second));
+        await(std::move(first));
+        QCOMPARE(m_platform->requests(tokenPath).size(), 2);
+        QVERIFY(m_oauth->accessToken() != std::optional(other.accessToken));
     }
 
     void switchDuringRenewalKeepsTheAccountsApart() {

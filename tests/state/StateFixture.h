@@ -25,7 +25,7 @@ class StateFixture : public QObject {
     QByteArray m_searchPath;
     std::unique_ptr<QTemporaryDir> m_home;
     std::unique_ptr<DesktopShell> m_shell;
-    std::unique_ptr<KeychainStore> m_keychain;
+    std::shared_ptr<KeychainStore> m_keychain;
     std::unique_ptr<Preferences> m_preferences;
     std::unique_ptr<QNetworkAccessManager> m_network;
     std::unique_ptr<AppState> m_state;
@@ -46,14 +46,14 @@ class StateFixture : public QObject {
 
     void start(const HostSystem& host) {
         m_state.reset();
-        m_keychain = std::make_unique<KeychainStore>(host);
+        m_keychain = std::make_shared<KeychainStore>(host);
         m_preferences = std::make_unique<Preferences>(host.preferencesFile);
         DesktopCommands desktop;
         desktop.togglePanel = [] {};
         desktop.copyText = [this](const QString& text) { m_copied = text; };
         desktop.tellMountsEnded = [this](const QStringList& domains) { m_ended += domains; };
         m_state = std::make_unique<AppState>(AppServices{host, ServerAddress::checked(m_platform->server()),
-                                                         *m_shell, *m_keychain, *m_preferences, *m_network},
+                                                         *m_shell, m_keychain, *m_preferences, *m_network},
                                              desktop);
         settle();
     }

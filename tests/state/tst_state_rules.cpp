@@ -112,7 +112,8 @@ class TestStateRules : public QObject {
                                    accountWith("3", u"STRASSE@x.example"_s)};
         QCOMPARE(knownAccount(known, u"2"_s, u"a@x.example"_s)->id, u"2"_s);
         QCOMPARE(knownAccount(known, u"9"_s, u"A@X.example"_s)->id, u"1"_s);
-        QCOMPARE(knownAccount(known, u"9"_s, u"straße@x.example"_s)->id, u"3"_s);
+        QCOMPARE(knownAccount(known, u"9"_s, u"strasse@x.example"_s)->id, u"3"_s);
+        QCOMPARE(knownAccount(known, u"9"_s, u"straße@x.example"_s), std::nullopt); // somebody else
         QCOMPARE(knownAccount(known, u"9"_s, none), std::nullopt);
         QCOMPARE(knownAccount(known, u"9"_s, QString()), std::nullopt);
     }
@@ -123,6 +124,10 @@ class TestStateRules : public QObject {
                                       accountWith("5", QString())};
         QCOMPARE(idsOf(withoutDuplicates(accounts, u"2"_s)), u"1245"_s);
         QCOMPARE(idsOf(withoutDuplicates(accounts, u"3"_s)), u"2345"_s);
+        const QList<Account> alike{accountWith("1", u"a@x.example"_s), accountWith("1", u"a@x.example"_s),
+                                   accountWith("2", none), accountWith("2", none)};
+        QCOMPARE(idsOf(withoutDuplicates(alike, u"1"_s)), u"12"_s);
+        QCOMPARE(idsOf(withoutDuplicates(alike, none)), u"12"_s);
     }
 };
 

@@ -14,7 +14,7 @@ bool KeychainStore::save(const QByteArray& data, const QString& service, const Q
         status = nativeSave(data, service, account);
     bool saved = status.answer == Answer::done;
     if (saved) {
-        m_file.remove(service, account); // the keyring has come back: its item is the newer one now
+        leaveFile(service, account); // the keyring has come back: its item is the newer one now
     } else if (status.answer == Answer::unavailable) {
         warnOnce();
         saved = m_file.save(data, service, account);
@@ -47,6 +47,20 @@ bool KeychainStore::remove(const QString& service, const QString& account) {
         return fileClean;
     const Status status = nativeRemove(service, account);
     return fileClean && status.answer != Answer::refused;
+}
+
+void KeychainStore::leaveFile(const QString& service, const QString& account) {
+    if (m_file.remove(service, account))
+        return;
+    // The disk is full. The file would win over the keyring at the next start, so it goes as a whole.
+    const QList<SecretFile::Item> items = m_file.items();
+    for (const SecretFile::Item& item : items) {
+        const bool same = item.service == service && item.account == account;
+        if (!same && nativeSave(item.data, item.service, item.account).answer != Answer::done)
+            return;
+    }
+    if (!m_file.removeAll())
+        qCWarning(lcKeychain) << "a file with outdated tokens cannot be removed";
 }
 
 void KeychainStore::warnOnce() {

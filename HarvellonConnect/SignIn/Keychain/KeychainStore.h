@@ -37,6 +37,8 @@ class KeychainStore {
     static Status nativeLoad(QByteArray& data, const QString& service, const QString& account);
     static Status nativeRemove(const QString& service, const QString& account);
 
+    /// Takes an item out of the file that the keyring has now.
+    void leaveFile(const QString& service, const QString& account);
     void warnOnce();
 
     const bool m_usesKeyring;

@@ -18,7 +18,10 @@ std::optional<QJsonObject> read(const QString& path) {
         return QJsonObject();
     if (!file.open(QIODevice::ReadOnly))
         return std::nullopt;
-    const QJsonDocument document = QJsonDocument::fromJson(file.readAll());
+    const QByteArray content = file.readAll();
+    if (content.isEmpty())
+        return QJsonObject();
+    const QJsonDocument document = QJsonDocument::fromJson(content);
     return document.isObject() ? std::optional(document.object()) : std::nullopt;
 }
 
@@ -60,5 +63,20 @@ bool SecretFile::remove(const QString& service, const QString& account) {
     if (!items->contains(nameOf(service, account)))
         return true;
     items->remove(nameOf(service, account));
-    return write(m_path, *items);
+    return items->isEmpty() ? removeAll() : write(m_path, *items);
+}
+
+QList<SecretFile::Item> SecretFile::items() const {
+    QList<Item> list;
+    const QJsonObject items = read(m_path).value_or(QJsonObject());
+    for (auto item = items.begin(); item != items.end(); ++item) {
+        const QString name = item.key();
+        list.append({name.section(QLatin1Char('/'), 0, 0), name.section(QLatin1Char('/'), 1),
+                     QByteArray::fromBase64(item.value().toString().toLatin1())});
+    }
+    return list;
+}
+
+bool SecretFile::removeAll() {
+    return QFile::remove(m_path) || QFile::resize(m_path, 0); // in a folder that has become read-only
 }

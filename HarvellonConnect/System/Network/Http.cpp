@@ -1,15 +1,13 @@
 #include "System/Network/Http.h"
 
+#include "System/Network/SingleRequest.h"
+
 #include <QCoroNetworkReply>
 #include <QElapsedTimer>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QScopedPointer>
 #include <QTimer>
-
-namespace {
-constexpr std::chrono::milliseconds graceAfterSleep{2000};
-}
 
 std::optional<QUrl> Http::address(const QString& text) {
     const QUrl url(text, QUrl::StrictMode);
@@ -19,6 +17,8 @@ std::optional<QUrl> Http::address(const QString& text) {
 QCoro::Task<HttpAnswer> Http::exchange(QNetworkAccessManager& network, QNetworkRequest request,
                                        QByteArray method, QByteArray body, std::chrono::milliseconds limit,
                                        qint64 largestBody, Redirects redirects) {
+    if (method != "GET")
+        co_return co_await SingleRequest::exchange(request, method, body, limit, largestBody);
     request.setAttribute(QNetworkRequest::RedirectPolicyAttribute,
                          redirects == Redirects::followed ? QNetworkRequest::NoLessSafeRedirectPolicy
                                                           : QNetworkRequest::ManualRedirectPolicy);
@@ -38,8 +38,6 @@ QCoro::Task<HttpAnswer> Http::exchange(QNetworkAccessManager& network, QNetworkR
     };
     QTimer::singleShot(limit, Qt::PreciseTimer, reply.get(),
                        [limit, giveUp, sinceAsked, reply = reply.get()] {
-                           // After system sleep the timer fires before a reply that has already arrived;
-                           // allow a short grace period.
                            if (sinceAsked.hasExpired((limit + graceAfterSleep).count()))
                                QTimer::singleShot(graceAfterSleep, reply, giveUp);
                            else
@@ -56,10 +54,9 @@ QCoro::Task<HttpAnswer> Http::exchange(QNetworkAccessManager& network, QNetworkR
         co_await reply.get();
 
     if (late)
-        throw NetworkError(
-            QStringLiteral("Zeitüberschreitung: Der Server hat nicht rechtzeitig geantwortet."));
+        throw NetworkError(lateAnswer);
     if (tooLarge)
-        throw NetworkError(QStringLiteral("Die Antwort des Servers ist zu groß."));
+        throw NetworkError(largeAnswer);
     const QVariant status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
     if (reply->error() == QNetworkReply::InsecureRedirectError)
         throw NetworkError(

@@ -34,6 +34,14 @@ struct HttpAnswer {
 
 namespace Http {
 
+/// After system sleep a timer fires before a reply that has already arrived: so long it is still awaited.
+constexpr std::chrono::milliseconds graceAfterSleep{2000};
+
+// Descriptions of a NetworkError.
+inline const QString lateAnswer =
+    QStringLiteral("Zeitüberschreitung: Der Server hat nicht rechtzeitig geantwortet.");
+inline const QString largeAnswer = QStringLiteral("Die Antwort des Servers ist zu groß.");
+
 /// Parses an address; nothing when it is malformed or has no host name.
 [[nodiscard]] std::optional<QUrl> address(const QString& text);
 
@@ -41,7 +49,8 @@ namespace Http {
 enum class Redirects { answers, followed };
 
 /// Sends one request and waits for the whole answer, at most `limit` in all, redirects included. A body
-/// beyond `largestBody` bytes ends the transfer. Throws NetworkError. Main thread.
+/// beyond `largestBody` bytes ends the transfer. Anything but GET is sent once at most, without `network`,
+/// and its redirects are answers. Throws NetworkError. Main thread.
 QCoro::Task<HttpAnswer> exchange(QNetworkAccessManager& network, QNetworkRequest request, QByteArray method,
                                  QByteArray body, std::chrono::milliseconds limit, qint64 largestBody,
                                  Redirects redirects = Redirects::answers);

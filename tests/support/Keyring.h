@@ -1,0 +1,75 @@
+#pragma once
+
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <csignal>
+
+/// A session bus with a real, unlocked keyring that can die, or stand still as one that waits for its
+/// password. Main thread.
+class Keyring {
+  public:
+    Keyring() {
+        QFile configuration(m_folder.filePath(QStringLiteral("bus.conf")));
+        if (!configuration.open(QIODevice::WriteOnly))
+            qFatal("no configuration");
+        configuration.write(
+            "<busconfig><type>session</type><listen>unix:path=" +
+            QFile::encodeName(m_folder.filePath(QStringLiteral("bus"))) +
+            "</listen><policy context='default'><allow send_destination='*' eavesdrop='true'/>"
+            "<allow eavesdrop='true'/><allow own='*'/></policy></busconfig>");
+        configuration.close();
+        m_bus.start(
+            QStringLiteral("/usr/bin/dbus-daemon"),
+            {QStringLiteral("--nofork"), QStringLiteral("--config-file=") + configuration.fileName()});
+        if (!QTest::qWaitFor([this] { return QFile::exists(m_folder.filePath(QStringLiteral("bus"))); }))
+            qFatal("no bus");
+        qputenv("DBUS_SESSION_BUS_ADDRESS",
+                "unix:path=" + QFile::encodeName(m_folder.filePath(QStringLiteral("bus"))));
+        qputenv("XDG_DATA_HOME", QFile::encodeName(m_folder.path()));
+        qunsetenv("DISPLAY"); // a keyring that sees one opens a dialog
+        start();
+    }
+
+    ~Keyring() {
+        kill();
+        m_bus.kill();
+        m_bus.waitForFinished();
+    }
+
+    Q_DISABLE_COPY_MOVE(Keyring)
+
+    /// `locked`: what was stored before is not to be had without a password, which nobody can be asked for.
+    void start(bool locked = false) {
+        QStringList arguments{QStringLiteral("--foreground"), QStringLiteral("--components=secrets")};
+        if (!locked)
+            arguments.append(QStringLiteral("--unlock"));
+        m_daemon.start(QStringLiteral("/usr/bin/gnome-keyring-daemon"), arguments);
+        m_daemon.write("test");
+        m_daemon.closeWriteChannel();
+        const auto answers = [] {
+            return QProcess::execute(QStringLiteral("/usr/bin/dbus-send"),
+                                     {QStringLiteral("--session"), QStringLiteral("--print-reply=literal"),
+                                      QStringLiteral("--dest=org.freedesktop.secrets"), QStringLiteral("/"),
+                                      QStringLiteral("org.freedesktop.DBus.Peer.Ping")}) == 0;
+        };
+        if (!QTest::qWaitFor(answers))
+            qFatal("no keyring");
+    }
+
+    void kill() {
+        m_daemon.kill();
+        m_daemon.waitForFinished();
+    }
+
+    void freeze() { ::kill(static_cast<pid_t>(m_daemon.processId()), SIGSTOP); }
+
+    void thaw() { ::kill(static_cast<pid_t>(m_daemon.processId()), SIGCONT); }
+
+  private:
+    QTemporaryDir m_folder;
+    QProcess m_bus;
+    QProcess m_daemon;
+};
