@@ -98,6 +98,8 @@ QCoro::Task<Connections::Reconnected> Connections::reconnect(Project project) {
         const bool mayHelp = error.error() == MounterError::Case::mountFailed ||
                              error.error() == MounterError::Case::mountTimeout;
         outcome = mayHelp ? Reconnected::notYet : Reconnected::refused;
+    } catch (const SystemError&) {
+        outcome = Reconnected::notYet;
     }
     m_connecting.remove(domain);
     Q_EMIT connectingChanged(domain);
