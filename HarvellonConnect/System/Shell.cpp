@@ -105,10 +105,14 @@ void Shell::launch(const QString& executable, const QStringList& arguments) {
 
 QCoro::Task<std::optional<QString>> Shell::which(QString name) {
     const QStringList arguments{name};
-    const ShellResult result = co_await run(QStringLiteral("/usr/bin/which"), arguments, noLimit);
-    if (result.exitCode != 0)
-        co_return std::nullopt;
-    co_return result.stdout.trimmed();
+    try {
+        const ShellResult result = co_await run(QStringLiteral("/usr/bin/which"), arguments, noLimit);
+        if (result.exitCode == 0)
+            co_return result.stdout.trimmed();
+    } catch (const ShellError&) {
+        // Not every desktop has the command; the caller goes on where it would not find anything.
+    }
+    co_return std::nullopt;
 }
 
 #include "Shell.moc"

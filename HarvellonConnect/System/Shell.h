@@ -55,6 +55,7 @@ class Shell {
     /// survives the end of this program. Throws ShellError when it cannot be started.
     virtual void launch(const QString& executable, const QStringList& arguments);
 
-    /// Where `name` is found on the search path that this program inherited.
+    /// Where `name` is found on the search path that this program inherited; nothing also where the host has
+    /// no command that looks.
     [[nodiscard]] QCoro::Task<std::optional<QString>> which(QString name);
 };
