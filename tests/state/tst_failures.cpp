@@ -1,0 +1,48 @@
+#include "StateFixture.h"
+
+#include <QElapsedTimer>
+#include <QSslCertificate>
+#include <QSslConfiguration>
+
+using namespace Qt::StringLiterals;
+
+/// Where failures are told, besides the line of the activity log.
+class TestFailures : public StateFixture {
+    Q_OBJECT
+
+    void trustSites() {
+        QSslConfiguration configuration = QSslConfiguration::defaultConfiguration();
+        configuration.setCaCertificates(QSslCertificate::fromPath(m_platform->sites().certificate()));
+        QSslConfiguration::setDefaultConfiguration(configuration);
+    }
+
+  private Q_SLOTS:
+
+    void cacheIsClearedWhateverTheBody_data() {
+        QTest::addColumn<qint64>("padding");
+        QTest::addColumn<int>("drip");
+        QTest::newRow("long") << qint64(20) * 1024 * 1024 << 0;
+        QTest::newRow("endless") << qint64(0) << 1000;
+    }
+
+    void cacheIsClearedWhateverTheBody() {
+        QFETCH(qint64, padding);
+        QFETCH(int, drip);
+        trustSites();
+        Fault answer;
+        answer.body = QByteArray(30, 'x');
+        answer.padding = padding;
+        answer.drip = std::chrono::milliseconds(drip);
+        m_platform->setFault(Endpoint::site, answer);
+        const Project site{u"127.0.0.1:%1"_s.arg(m_platform->sites().port()), std::nullopt, u"1"_s, u"/"_s,
+                           ProjectType::ssh};
+        QElapsedTimer timer;
+        timer.start();
+        await(m_state->parts().actions.perform(HoverTarget::cache, site, false));
+        QCOMPARE(messages().last(), u"Cache fuer %1 geleert."_s.arg(site.domain));
+        QVERIFY(timer.elapsed() < 5000);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestFailures)
+#include "tst_failures.moc"
