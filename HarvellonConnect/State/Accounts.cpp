@@ -62,7 +62,10 @@ void Accounts::set(const QList<Account>& accounts, const std::optional<QString>&
         ++m_choice;
         m_loading.discard(); // a load that is under way belongs to another account
     }
+    const bool replaced = m_model.activeID() && activeID != m_model.activeID();
     m_model.set(accounts, activeID);
+    if (replaced)
+        m_loading.clear(); // nobody may take the former account's list for the one that is loading
 }
 
 QCoro::Task<> Accounts::dropDuplicates() {

@@ -6,6 +6,10 @@
 
 using namespace Qt::StringLiterals;
 
+namespace {
+const QString jonas = u"c9f0f895-jonas"_s;
+} // namespace
+
 /// Where failures are told, besides the line of the activity log.
 class TestFailures : public StateFixture {
     Q_OBJECT
@@ -17,6 +21,21 @@ class TestFailures : public StateFixture {
     }
 
   private Q_SLOTS:
+
+    void formerAccountIsNotShownWhileTheOtherOneLoads() {
+        signIn("jonas");
+        signIn("erika");
+        Fault slow;
+        slow.delay = std::chrono::milliseconds(500);
+        m_platform->setFault(Endpoint::directory, slow);
+        auto switching = m_state->parts().accounts.switchAccount(jonas);
+        QTRY_COMPARE(m_state->activeAccountID(), std::optional(jonas));
+        QVERIFY(m_state->isLoading());
+        QVERIFY(m_state->projects().isEmpty());
+        QVERIFY(!m_state->signedIn());
+        await(std::move(switching));
+        QCOMPARE(m_state->userName(), u"Jonas Muster"_s);
+    }
 
     void cacheIsClearedWhateverTheBody_data() {
         QTest::addColumn<qint64>("padding");
