@@ -61,6 +61,21 @@ class TestFailures : public StateFixture {
         QCOMPARE(messages().last(), u"Cache fuer %1 geleert."_s.arg(site.domain));
         QVERIFY(timer.elapsed() < 5000);
     }
+
+    void missingEditorIsTold() {
+        HostSystem host = this->host();
+        host.editorLaunchers.clear();
+        m_shell->hasEditor = false;
+        start(host);
+        signIn("erika");
+        const Project project = this->project(0);
+        await(m_state->parts().connections.connect(project));
+        const QString missing = u"VS Code wurde nicht gefunden."_s;
+        QCOMPARE(messages().last(), missing);
+        m_state->activityLog()->clear();
+        await(m_state->parts().actions.perform(HoverTarget::vscode, project, false));
+        QCOMPARE(messages(), QStringList(missing));
+    }
 };
 
 QTEST_GUILESS_MAIN(TestFailures)

@@ -12,13 +12,14 @@ class DesktopShell : public Shell {
     QStringList opened;                          ///< addresses, folders, and command lines of programs
     std::function<void(const QString&)> browser; ///< gets what the opener gets
     bool opensSsh = false;                       ///< whether a program handles ssh addresses
+    bool hasEditor = true;
 
     QCoro::Task<ShellResult> run(QString executable, QStringList arguments,
                                  std::chrono::milliseconds limit) override {
         if (executable.endsWith(QLatin1String("/xdg-mime")))
             co_return ShellResult{0, opensSsh ? QStringLiteral("ssh.desktop\n") : QString(), {}};
         if (executable.endsWith(QLatin1String("/which")) && arguments.value(0) == QLatin1String("code"))
-            co_return ShellResult{0, QStringLiteral("/test/code\n"), {}};
+            co_return ShellResult{hasEditor ? 0 : 1, QStringLiteral("/test/code\n"), {}};
         if (executable == QLatin1String("/test/code")) {
             opened.append(QStringLiteral("code ") + arguments.join(QLatin1Char(' ')));
             co_return ShellResult{};
