@@ -1,0 +1,44 @@
+#include "desktop/DesktopFixture.h"
+#include "desktop/Heard.h"
+
+using namespace Qt::StringLiterals;
+
+/// Failures where the user looks: at the account, in the error line, in the activity log.
+class TestTold : public QObject {
+    Q_OBJECT
+
+    QTemporaryDir m_platformFolder;
+    std::unique_ptr<sandbox::Sandbox> m_platform;
+    std::unique_ptr<DesktopFixture> m_desktop;
+
+  private Q_SLOTS:
+
+    void initTestCase() {
+        QAccessible::setActive(true);
+        m_platform = std::make_unique<sandbox::Sandbox>(sandbox::Options{m_platformFolder.path(), 0, false});
+    }
+
+    void init() { m_desktop = std::make_unique<DesktopFixture>(m_platform->server()); }
+
+    void cleanup() { m_desktop.reset(); }
+
+    void textSetByAssistiveTechnologyFilters() {
+        m_desktop->signIn("erika");
+        PanelWindow* const window = m_desktop->openPanel();
+        QAccessibleInterface* const field =
+            heard::find(window, u"Domain suchen"_s, QAccessible::EditableText);
+        field->setText(QAccessible::Value, u"backerei"_s);
+        QCOMPARE(m_desktop->state->searchText(), u"backerei"_s);
+        QTRY_COMPARE(heard::names(window, QAccessible::ListItem).size(), 1);
+        QTest::keyClick(window, Qt::Key_Escape);
+        QCOMPARE(field->text(QAccessible::Value), QString()); // the field still follows the search
+        m_desktop->state->setSearchText(u"alpen"_s);
+        QCOMPARE(field->text(QAccessible::Value), u"alpen"_s);
+    }
+};
+
+int main(int argc, char* argv[]) {
+    return runOnDesktop<TestTold>(argc, argv);
+}
+
+#include "tst_told.moc"
