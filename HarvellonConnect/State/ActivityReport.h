@@ -10,7 +10,8 @@
 
 class Preferences;
 
-/// Where operations tell the user what they do: the activity log and the last error. Main thread.
+/// Where operations tell the user what they do: the activity log and the last error. Of a text of more than
+/// 8192 characters the beginning is kept. Main thread.
 class ActivityReport : public QObject, public Reporter {
     Q_OBJECT
 

@@ -208,6 +208,10 @@ void AppState::dismissLastError() {
     m_report.setLastError(std::nullopt);
 }
 
+void AppState::copyText(const QString& text) const {
+    m_desktop.copyText(text);
+}
+
 void AppState::setSearchText(const QString& text) {
     if (text == searchText())
         return;

@@ -106,6 +106,7 @@ class AppState : public QObject {
     /// Closes the open alert with the button that was pressed, counted from 0; -1 for none.
     Q_INVOKABLE void answerGuidance(int button);
     Q_INVOKABLE void dismissLastError();
+    Q_INVOKABLE void copyText(const QString& text) const;
 
     void setSearchText(const QString& text);
     void setGlobalHotkeyEnabled(bool enabled);

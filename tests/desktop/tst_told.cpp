@@ -2,6 +2,8 @@
 #include "desktop/Heard.h"
 
 using namespace Qt::StringLiterals;
+using QAccessible::AlertMessage;
+using QAccessible::Button;
 
 /// Failures where the user looks: at the account, in the error line, in the activity log.
 class TestTold : public QObject {
@@ -21,6 +23,26 @@ class TestTold : public QObject {
     void init() { m_desktop = std::make_unique<DesktopFixture>(m_platform->server()); }
 
     void cleanup() { m_desktop.reset(); }
+
+    void longFailuresAreShownInPartAndCopiedWhole() {
+        PanelWindow* const window = m_desktop->openPanel();
+        const QString flood = u"Zeile\n"_s.repeated(1000) + u"Ende"_s;
+        m_desktop->state->parts().report.log(flood, ActivityLogLevel::error);
+        m_desktop->state->parts().report.setLastError(flood);
+        QAccessibleInterface* const line = heard::find(window, flood, AlertMessage);
+        QVERIFY(line);
+        QVERIFY(line->rect().height() < 150);
+        const QString copy = u"Meldung kopieren"_s;
+        QVERIFY(heard::press(heard::find(line, copy, Button)));
+        QCOMPARE(m_desktop->copied, flood);
+        m_desktop->state->dismissLastError();
+        m_desktop->copied.clear();
+        QVERIFY(!heard::find(window, copy, Button)); // the log is closed
+        QVERIFY(heard::press(heard::find(window, u"Anzeigen"_s, Button)));
+        QTRY_VERIFY(heard::find(window, copy, Button));
+        QVERIFY(heard::press(heard::find(window, copy, Button)));
+        QCOMPARE(m_desktop->copied, flood);
+    }
 
     void textSetByAssistiveTechnologyFilters() {
         m_desktop->signIn("erika");

@@ -62,6 +62,16 @@ class TestFailures : public StateFixture {
         QVERIFY(timer.elapsed() < 5000);
     }
 
+    void longErrorsAreBounded() {
+        const QString flood = QString(20'000, u'x');
+        m_state->parts().report.log(flood, ActivityLogLevel::error);
+        m_state->parts().report.setLastError(flood);
+        for (const QString& told : {messages().last(), m_state->lastErrorText()}) {
+            QCOMPARE(told.size(), 8 * 1024 + 1);
+            QVERIFY(told.endsWith(u'…'));
+        }
+    }
+
     void missingEditorIsTold() {
         HostSystem host = this->host();
         host.editorLaunchers.clear();
@@ -75,6 +85,25 @@ class TestFailures : public StateFixture {
         m_state->activityLog()->clear();
         await(m_state->parts().actions.perform(HoverTarget::vscode, project, false));
         QCOMPARE(messages(), QStringList(missing));
+    }
+
+    void systemErrorsOfAMountAreToldOnce() {
+        HostSystem host = this->host();
+        QFile script(m_home->filePath(u"sshfs"_s));
+        QVERIFY(script.open(QIODevice::WriteOnly));
+        script.write("#!/bin/sh\necho SSHFS version 3\n");
+        script.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        script.close();
+        host.sshfsCandidates = {script.fileName()};
+        start(host);
+        signIn("erika");
+        QFile blocker(m_home->filePath(u"Harvellon"_s));
+        QVERIFY(blocker.open(QIODevice::WriteOnly)); // a file where the mount points belong
+        const Project project = this->project(0);
+        await(m_state->parts().connections.connect(project));
+        const QString failure = u"%1/%2: Not a directory"_s.arg(blocker.fileName(), project.domain);
+        QCOMPARE(m_state->lastErrorText(), failure);
+        QCOMPARE(messages().last(), u"Mount fuer %1 fehlgeschlagen: "_s.arg(project.domain) + failure);
     }
 };
 

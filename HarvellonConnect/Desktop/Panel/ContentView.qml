@@ -125,6 +125,7 @@ FocusScope {
         x: Theme.panelMargin
         y: 152
 
+        onCopied: panel.state.copyText(text)
         onDismissed: panel.state.dismissLastError()
     }
 
