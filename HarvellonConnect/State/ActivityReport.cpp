@@ -26,6 +26,14 @@ void ActivityReport::setLastError(std::optional<QString> error) {
     Q_EMIT lastErrorChanged();
 }
 
+void ActivityReport::setAccountError(std::optional<QString> error) {
+    error = bounded(error);
+    if (m_accountError == error)
+        return;
+    m_accountError = std::move(error);
+    Q_EMIT accountErrorChanged();
+}
+
 void ActivityReport::remember(const QVariantMap& values) {
     if (!m_preferences.set(values))
         log(QStringLiteral("Die Einstellungen konnten nicht gespeichert werden: %1")

@@ -64,13 +64,15 @@ AppState::Parts AppState::parts() {
 }
 
 void AppState::publishParts() {
-    connect(&m_oauth, &OAuthManager::isAuthenticatingChanged, this, &AppState::isAuthenticatingChanged);
-    connect(&m_oauth, &OAuthManager::storingFailed, this, [this] {
-        m_report.log(
-            QStringLiteral(
-                "Die Anmeldung konnte nicht gespeichert werden und gilt nur, bis das Programm endet."),
-            ActivityLogLevel::error);
+    connect(&m_oauth, &OAuthManager::isAuthenticatingChanged, this, [this] {
+        m_report.setAccountError(std::nullopt); // a login that has failed reports its error after this
+        Q_EMIT isAuthenticatingChanged();
     });
+    connect(&m_oauth, &OAuthManager::storingFailed, this, [this] {
+        m_report.accountFailed(QStringLiteral(
+            "Die Anmeldung konnte nicht gespeichert werden und gilt nur, bis das Programm endet."));
+    });
+    connect(&m_report, &ActivityReport::accountErrorChanged, this, &AppState::accountErrorChanged);
     connect(&m_report, &ActivityReport::lastErrorChanged, this, &AppState::lastErrorChanged);
     connect(&m_loading, &ProjectLoading::projectsChanged, this, &AppState::projectsChanged);
     connect(&m_loading, &ProjectLoading::isLoadingChanged, this, &AppState::isLoadingChanged);
@@ -169,18 +171,28 @@ void AppState::refresh() {
 }
 
 void AppState::addAccount() {
-    m_accounts.addAccount();
+    signIn();
+}
+
+QCoro::Task<> AppState::signIn() {
+    m_loginCancelled = false;
+    co_await m_accounts.addAccount();
+    if (m_loginCancelled) // the user knows why it has failed
+        m_report.setAccountError(std::nullopt);
 }
 
 void AppState::cancelLogin() {
+    m_loginCancelled = true;
     m_oauth.cancelLogin();
 }
 
 void AppState::switchAccount(const QString& accountID) {
+    m_report.setAccountError(std::nullopt);
     m_accounts.switchAccount(accountID);
 }
 
 void AppState::removeAccount(const QString& accountID) {
+    m_report.setAccountError(std::nullopt);
     m_accounts.removeAccount(accountID);
 }
 
@@ -206,6 +218,10 @@ void AppState::answerGuidance(int button) {
 
 void AppState::dismissLastError() {
     m_report.setLastError(std::nullopt);
+}
+
+void AppState::dismissAccountError() {
+    m_report.setAccountError(std::nullopt);
 }
 
 void AppState::copyText(const QString& text) const {

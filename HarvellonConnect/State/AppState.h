@@ -61,6 +61,7 @@ class AppState : public QObject {
     Q_PROPERTY(bool signedIn READ signedIn NOTIFY userProfileChanged)
     Q_PROPERTY(QString userName READ userName NOTIFY userProfileChanged)
     Q_PROPERTY(bool isAuthenticating READ isAuthenticating NOTIFY isAuthenticatingChanged)
+    Q_PROPERTY(QString accountError READ accountError NOTIFY accountErrorChanged)
     Q_PROPERTY(AccountListModel* accountList READ accountList CONSTANT)
     Q_PROPERTY(QVariantMap guidance READ guidance NOTIFY guidanceChanged)
     Q_PROPERTY(QString hotkeyProblem READ hotkeyProblem NOTIFY hotkeyProblemChanged)
@@ -106,6 +107,7 @@ class AppState : public QObject {
     /// Closes the open alert with the button that was pressed, counted from 0; -1 for none.
     Q_INVOKABLE void answerGuidance(int button);
     Q_INVOKABLE void dismissLastError();
+    Q_INVOKABLE void dismissAccountError();
     Q_INVOKABLE void copyText(const QString& text) const;
 
     void setSearchText(const QString& text);
@@ -154,6 +156,9 @@ class AppState : public QObject {
 
     [[nodiscard]] bool isAuthenticating() const { return m_oauth.isAuthenticating(); }
 
+    /// What went wrong with the last sign-in or an account, until the next attempt; empty when nothing did.
+    [[nodiscard]] QString accountError() const { return m_report.accountError().value_or(QString()); }
+
     [[nodiscard]] const QList<Account>& accounts() const { return m_accounts.list(); }
 
     [[nodiscard]] AccountListModel* accountList() { return m_accounts.model(); }
@@ -188,6 +193,7 @@ class AppState : public QObject {
     void connectionStatusChanged();
     void userProfileChanged();
     void isAuthenticatingChanged();
+    void accountErrorChanged();
     void globalHotkeyEnabledChanged();
     void startsAtLoginChanged();
     void reconnectsAtStartChanged();
@@ -200,6 +206,7 @@ class AppState : public QObject {
     void publishParts();
     void wireHotkey();
     QCoro::Task<> startUp();
+    QCoro::Task<> signIn();
     QCoro::Task<QString> prepareLoad();
     QCoro::Task<> fillSearch();
     void applyHotkeySetting();
@@ -231,7 +238,8 @@ class AppState : public QObject {
     ProjectActions m_actions;
     SleepMonitor m_sleepMonitor;
     NetworkMonitor m_networkMonitor;
-    QDeadlineTimer m_nextLoad; ///< a load that failed is not tried again by itself before
+    QDeadlineTimer m_nextLoad;     ///< a load that failed is not tried again by itself before
+    bool m_loginCancelled = false; ///< by the user, the last one
     bool m_globalHotkeyEnabled = true;
     QString m_hotkeyProblem;
 };

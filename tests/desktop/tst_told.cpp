@@ -13,6 +13,11 @@ class TestTold : public QObject {
     std::unique_ptr<sandbox::Sandbox> m_platform;
     std::unique_ptr<DesktopFixture> m_desktop;
 
+    [[nodiscard]] QWindow* settings() const {
+        m_desktop->settings->show(*m_desktop->state);
+        return m_desktop->settings->window();
+    }
+
   private Q_SLOTS:
 
     void initTestCase() {
@@ -22,7 +27,30 @@ class TestTold : public QObject {
 
     void init() { m_desktop = std::make_unique<DesktopFixture>(m_platform->server()); }
 
-    void cleanup() { m_desktop.reset(); }
+    void cleanup() {
+        m_platform->setFault(sandbox::Sandbox::Endpoint::token, {});
+        m_desktop.reset();
+    }
+
+    void failedLoginIsShownAtTheAccount() {
+        sandbox::Fault refused;
+        refused.status = 500;
+        m_platform->setFault(sandbox::Sandbox::Endpoint::token, refused);
+        const QString failure = u"Token-Austausch fehlgeschlagen: HTTP 500"_s;
+        PanelWindow* const window = m_desktop->openPanel();
+        m_desktop->identity = u"erika"_s;
+        QVERIFY(heard::press(heard::find(window, u"Mit Harvellon anmelden"_s, Button)));
+        QTRY_VERIFY(heard::find(window, failure, AlertMessage));
+        const QRect line = heard::find(window, failure, AlertMessage)->rect();
+        QVERIFY(line.top() > heard::find(window, u"Account"_s, QAccessible::Grouping)->rect().bottom());
+        QVERIFY(line.bottom() < heard::find(window, u"Domain suchen"_s)->rect().top());
+        QVERIFY(heard::find(settings(), failure, AlertMessage));
+
+        m_platform->setFault(sandbox::Sandbox::Endpoint::token, {});
+        m_desktop->signIn("erika");
+        QVERIFY(!heard::find(m_desktop->openPanel(), failure));
+        QVERIFY(!heard::find(settings(), failure));
+    }
 
     void longFailuresAreShownInPartAndCopiedWhole() {
         PanelWindow* const window = m_desktop->openPanel();

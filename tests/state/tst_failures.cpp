@@ -22,6 +22,38 @@ class TestFailures : public StateFixture {
 
   private Q_SLOTS:
 
+    void failedLoginIsToldUntilTheNextOne() {
+        Fault refused;
+        refused.status = 500;
+        m_platform->setFault(Endpoint::token, refused);
+        signIn("erika");
+        const QString failure = u"Token-Austausch fehlgeschlagen: HTTP 500"_s;
+        QCOMPARE(m_state->accountError(), failure);
+        QCOMPARE(messages().last(), u"Login fehlgeschlagen: "_s + failure);
+        await(m_state->parts().loading.refresh()); // a load is no attempt to sign in
+        QCOMPARE(m_state->accountError(), failure);
+        m_platform->setFault(Endpoint::token, {});
+        signIn("erika");
+        QCOMPARE(m_state->accountError(), QString());
+
+        m_state->switchAccount(u"nobody"_s);
+        QTRY_COMPARE(m_state->accountError(), u"Account-Wechsel fehlgeschlagen: keine Tokens gefunden."_s);
+        m_state->dismissAccountError();
+        QCOMPARE(m_state->accountError(), QString());
+    }
+
+    void tokensThatCannotBeStoredAreTold() {
+        QFile blocker(m_home->filePath(u"file"_s));
+        QVERIFY(blocker.open(QIODevice::WriteOnly));
+        HostSystem host = this->host();
+        host.privateFolder = blocker.fileName() + u"/private"_s;
+        start(host);
+        signIn("erika");
+        QVERIFY(m_state->accountError().startsWith(u"Die Anmeldung konnte nicht gespeichert werden"_s));
+        m_state->removeAccount(u"8f14e45f-erika"_s);
+        QCOMPARE(m_state->accountError(), QString());
+    }
+
     void formerAccountIsNotShownWhileTheOtherOneLoads() {
         signIn("jonas");
         signIn("erika");
