@@ -11,6 +11,7 @@
 #include "State/Connections.h"
 #include "State/Git/MountedRepositories.h"
 #include "State/GuidanceQuestion.h"
+#include "State/Login/LoginPage.h"
 #include "State/ProjectLoading.h"
 #include "System/HostSystem.h"
 #include "System/Native/HotkeyManager.h"
@@ -98,6 +99,8 @@ class AppState : public QObject {
     Q_INVOKABLE void refresh();
     Q_INVOKABLE void addAccount();
     Q_INVOKABLE void cancelLogin();
+    /// Copies the address of the login that waits for the browser.
+    Q_INVOKABLE void copyLoginAddress() const;
     Q_INVOKABLE void switchAccount(const QString& accountID);
     Q_INVOKABLE void removeAccount(const QString& accountID);
     /// Does what can be done with a project; `target` is the value of a HoverTarget. Does nothing where the
@@ -228,6 +231,7 @@ class AppState : public QObject {
     VSCodeLauncher m_editor;
     SharedConnections m_shared;
     ActionContext m_context;
+    LoginPage m_loginPage;
     GuidanceQuestion m_guidance;
     ProjectListModel m_visibleProjects;
     ProjectLoading m_loading;

@@ -52,6 +52,26 @@ class TestTold : public QObject {
         QVERIFY(!heard::find(settings(), failure));
     }
 
+    void addressIsOfferedWhileTheBrowserIsAwaited() {
+        m_desktop->shell.browser = {};
+        m_desktop->shell.opens = false;
+        PanelWindow* const window = m_desktop->openPanel();
+        QVERIFY(heard::press(heard::find(window, u"Mit Harvellon anmelden"_s, Button)));
+        const QString copy = u"Adresse kopieren"_s;
+        QTRY_VERIFY(heard::find(window, copy, Button));
+        QTRY_VERIFY(heard::names(window, AlertMessage)
+                        .contains(u"Der Browser konnte nicht geöffnet werden. Kopiere die Adresse und öffne "
+                                  "sie in einem Browser deiner Wahl."_s));
+        QVERIFY(heard::press(heard::find(window, copy, Button)));
+        QCOMPARE(m_desktop->copied, m_desktop->shell.opened.last());
+        m_desktop->copied.clear();
+        QVERIFY(heard::press(heard::find(settings(), copy, Button)));
+        QCOMPARE(m_desktop->copied, m_desktop->shell.opened.last());
+        m_desktop->state->cancelLogin();
+        QTRY_VERIFY(!m_desktop->state->isAuthenticating());
+        QTRY_VERIFY(!heard::find(settings(), copy));
+    }
+
     void longFailuresAreShownInPartAndCopiedWhole() {
         PanelWindow* const window = m_desktop->openPanel();
         const QString flood = u"Zeile\n"_s.repeated(1000) + u"Ende"_s;

@@ -54,6 +54,34 @@ class TestFailures : public StateFixture {
         QCOMPARE(m_state->accountError(), QString());
     }
 
+    void addressOfALoginCanBeCopied_data() {
+        QTest::addColumn<bool>("browserOpens");
+        QTest::newRow("browser") << true;
+        QTest::newRow("no browser") << false;
+    }
+
+    void addressOfALoginCanBeCopied() {
+        QFETCH(bool, browserOpens);
+        m_shell->opens = browserOpens;
+        m_shell->browser = {}; // the user has not chosen anybody yet
+        m_state->addAccount();
+        QTRY_VERIFY(!m_shell->opened.isEmpty());
+        m_state->copyLoginAddress();
+        QCOMPARE(m_copied, m_shell->opened.last());
+        QVERIFY(m_copied.contains(u"code_challenge="_s));
+        QTest::qWait(50);
+        QCOMPARE(m_state->accountError().startsWith(u"Der Browser konnte nicht geöffnet werden."_s),
+                 !browserOpens);
+        QVERIFY(messages().filter(u"state="_s).isEmpty());
+        m_state->cancelLogin();
+        QTRY_VERIFY(!m_state->isAuthenticating());
+        QTest::qWait(50);
+        QCOMPARE(m_state->accountError(), QString()); // who cancels knows why
+        m_copied.clear();
+        m_state->copyLoginAddress();
+        QCOMPARE(m_copied, QString()); // nobody listens there any more
+    }
+
     void formerAccountIsNotShownWhileTheOtherOneLoads() {
         signIn("jonas");
         signIn("erika");

@@ -13,6 +13,7 @@ class DesktopShell : public Shell {
     std::function<void(const QString&)> browser; ///< gets what the opener gets
     bool opensSsh = false;                       ///< whether a program handles ssh addresses
     bool hasEditor = true;
+    bool opens = true; ///< whether the opener finds a program
 
     QCoro::Task<ShellResult> run(QString executable, QStringList arguments,
                                  std::chrono::milliseconds limit) override {
@@ -34,5 +35,10 @@ class DesktopShell : public Shell {
             ((opener ? QStringList() : QStringList(executable)) + arguments).join(QLatin1Char(' ')));
         if (opensAddresses && browser)
             browser(arguments.value(0));
+    }
+
+    QFuture<bool> launchWatched(const QString& executable, const QStringList& arguments) override {
+        launch(executable, arguments);
+        return QtFuture::makeReadyFuture(opens);
     }
 };
