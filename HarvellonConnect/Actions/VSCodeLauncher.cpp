@@ -63,7 +63,7 @@ QByteArray workspaceFor(const QString& folder, bool quiet) {
     return QJsonDocument(workspace).toJson(QJsonDocument::Indented);
 }
 
-QCoro::Task<> VSCodeLauncher::open(QString domain, QString folder) {
+QCoro::Task<bool> VSCodeLauncher::open(QString domain, QString folder) {
     const QString target = writeWorkspace(domain, folder).value_or(folder);
     try {
         const std::optional<QString> code = co_await locateCodeCommand();
@@ -74,10 +74,13 @@ QCoro::Task<> VSCodeLauncher::open(QString domain, QString folder) {
         } else if (!m_host.editorOpen.executable.isEmpty()) {
             const QStringList arguments = m_host.editorOpen.argumentsFor(target);
             co_await m_shell.run(m_host.editorOpen.executable, arguments);
+        } else {
+            co_return false;
         }
     } catch (const ShellError&) {
         // An editor that does not start is plain to see; the mount is unharmed.
     }
+    co_return true;
 }
 
 std::optional<QString> VSCodeLauncher::writeWorkspace(const QString& domain, const QString& folder) const {

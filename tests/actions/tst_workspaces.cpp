@@ -17,11 +17,12 @@ namespace {
 class RecordingShell : public Shell {
   public:
     QStringList calls;
+    bool hasWhich = true;
 
     QCoro::Task<ShellResult> run(QString executable, QStringList arguments,
                                  std::chrono::milliseconds) override {
         calls.append(executable + u'|' + arguments.join(u'|'));
-        if (executable.endsWith("which"_L1))
+        if (hasWhich && executable.endsWith("which"_L1))
             co_return ShellResult{1, {}, {}};
         throw ShellError::launchFailed(executable); // a missing editor must not fail the action
     }
@@ -92,9 +93,12 @@ class TestWorkspaces : public QObject {
         QVERIFY(QFile::copy(workspace, insiders));
         host.editorLaunchers = {folder.filePath(u"missing"_s), insiders};
         host.temporaryFolder = u"/proc/nowhere"_s; // cannot be written
-        shell.calls.clear();
-        await(VSCodeLauncher(host, shell).open(u"example.org"_s, tree));
-        QCOMPARE(shell.calls.last(), insiders + u"|--new-window|--disable-workspace-trust|"_s + tree);
+        for (const bool hasWhich : {true, false}) {
+            shell.hasWhich = hasWhich;
+            shell.calls.clear();
+            await(VSCodeLauncher(host, shell).open(u"example.org"_s, tree));
+            QCOMPARE(shell.calls.last(), insiders + u"|--new-window|--disable-workspace-trust|"_s + tree);
+        }
     }
 
     /// What another user of the machine can do to a folder that everybody may write into.

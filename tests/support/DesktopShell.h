@@ -12,6 +12,8 @@ class DesktopShell : public Shell {
     QStringList opened;                          ///< addresses, folders, and command lines of programs
     std::function<void(const QString&)> browser; ///< gets what the opener gets
     bool opensSsh = false;                       ///< whether a program handles ssh addresses
+    bool hasEditor = true;
+    bool opens = true; ///< whether the opener finds a program
 
     QCoro::Task<ShellResult> run(QString executable, QStringList arguments,
                                  std::chrono::milliseconds limit) override {
@@ -22,7 +24,7 @@ class DesktopShell : public Shell {
                                       : QString(),
                                   {}};
         if (executable.endsWith(QLatin1String("/which")) && arguments.value(0) == QLatin1String("code"))
-            co_return ShellResult{0, QStringLiteral("/test/code\n"), {}};
+            co_return ShellResult{hasEditor ? 0 : 1, QStringLiteral("/test/code\n"), {}};
         if (executable == QLatin1String("/test/code")) {
             opened.append(QStringLiteral("code ") + arguments.join(QLatin1Char(' ')));
             co_return ShellResult{};
@@ -39,5 +41,10 @@ class DesktopShell : public Shell {
             ((opener ? QStringList() : QStringList(executable)) + arguments).join(QLatin1Char(' ')));
         if (opensAddresses && browser)
             browser(arguments.value(0));
+    }
+
+    QFuture<bool> launchWatched(const QString& executable, const QStringList& arguments) override {
+        launch(executable, arguments);
+        return QtFuture::makeReadyFuture(opens);
     }
 };
