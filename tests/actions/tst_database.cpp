@@ -25,6 +25,8 @@ class LastLine : public Reporter {
     void log(const QString& message, ActivityLogLevel /*level*/) override { text = message; }
 
     void setLastError(std::optional<QString> /*error*/) override {}
+
+    void setAccountError(std::optional<QString> /*error*/) override {}
 };
 
 void write(const QString& path, const QByteArray& content, QFile::Permissions more = {}) {

@@ -39,6 +39,8 @@ class RecordingReporter : public Reporter {
     void log(const QString& message, ActivityLogLevel /*level*/) override { last = message; }
 
     void setLastError(std::optional<QString> /*error*/) override {}
+
+    void setAccountError(std::optional<QString> /*error*/) override {}
 };
 
 QCoro::Task<> search(ActionContext& context, Project project) {
