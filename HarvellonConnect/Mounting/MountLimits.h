@@ -17,7 +17,7 @@ struct WarmUpLimits {
     int readers = 8; ///< with more, a file that is opened meanwhile opens noticeably later
     std::size_t folders = 2'000;
     std::chrono::seconds time{25};
-    std::chrono::milliseconds entryLife{28'000}; ///< as long as sshfs remembers names
+    std::chrono::milliseconds entryLife{25'000}; ///< as long as sshfs remembers names
 };
 
 /// The time limits of the mounter. The defaults are those of the program.

@@ -186,7 +186,8 @@ std::optional<QFuture<bool>> SSHFSMounter::ask(const QString& domain,
 }
 
 void SSHFSMounter::warmUp(const QString& domain) {
-    if (const auto session = m_sessions.constFind(domain); session != m_sessions.constEnd())
+    const auto session = m_sessions.constFind(domain);
+    if (session != m_sessions.constEnd() && !m_running->unmounts.contains(domain))
         session->warmUp->start();
 }
 

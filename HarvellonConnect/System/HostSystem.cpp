@@ -58,12 +58,13 @@ HostSystem HostSystem::linuxDesktop(const QString& homeFolder, const QString& os
     // attr_timeout: sshfs remembers sizes; with the kernel remembering none, opening a file asks anew.
     // Otherwise a file that has grown on the server meanwhile is read only up to its former size. auto_cache:
     // a file whose size and time are still the same when it is opened again is not read again.
-    // negative_timeout: the kernel remembers that a name does not exist; git and editors ask in every folder.
-    // cache_timeout: what sshfs remembers, by the name that all its versions know. 28 seconds at most, so
-    // that a colleague's change is seen within 30: sshfs counts whole seconds, and the kernel adds one.
+    // negative_timeout: a name that does not exist is asked for several times in a row; longer than a second,
+    // and a file that a colleague has just made would be overwritten by programs that look first.
+    // cache_timeout: what sshfs remembers, by the name that all its versions know; long enough for names that
+    // are read in advance.
     // ControlPath: a connection shared with others would tell nothing about what this mount sends.
     host.platformMountOptions = {QStringLiteral("attr_timeout=0"), QStringLiteral("auto_cache"),
-                                 QStringLiteral("negative_timeout=28"), QStringLiteral("cache_timeout=28"),
+                                 QStringLiteral("negative_timeout=1"), QStringLiteral("cache_timeout=25"),
                                  QStringLiteral("ControlPath=none")};
     host.volumeNameOption = QStringLiteral("fsname");
     const QString fusermount = QStringLiteral("/usr/bin/fusermount3");

@@ -97,14 +97,14 @@ class TestLongDay : public MounterFixture {
         useLine({20ms, 1'000'000});
         QCOMPARE(mountFailure(project(0)), u"none"_s);
         const QString file = u"/web/gross.bin"_s;
-        Writer writer(mountPoint(0) + file, 4 * megabyte);
+        Writer writer(mountPoint(0) + file, 7 * megabyte);
         QTRY_VERIFY(QFileInfo(project(0).path + file).size() > megabyte / 2);
         QCOMPARE(await(writtenDomains(m_mounter->sessions().values(), {})), QStringList{hosted(0).domain});
         QCOMPARE(await(m_mounter->unmount(hosted(0).domain)), UnmountResult::writing);
         QVERIFY(!MountTable::lists(mountPoint(0)));
         QCOMPARE(await(writtenDomains({}, m_mounter->keptUntilClosed())), QStringList{hosted(0).domain});
         QVERIFY(writer.succeeds());
-        QCOMPARE(QFileInfo(project(0).path + file).size(), 4 * megabyte);
+        QCOMPARE(QFileInfo(project(0).path + file).size(), 7 * megabyte);
         QTRY_VERIFY_WITH_TIMEOUT(m_mounter->keptUntilClosed().isEmpty(), 20'000);
     }
 

@@ -44,7 +44,7 @@ class TestMountingRules : public QObject {
                               u"-f"_s}));
         QCOMPARE(mountOptions(HostSystem::linuxDesktop(u"/home/e"_s), projectNamed(u"N"_s)),
                  u"reconnect,ServerAliveInterval=15,ServerAliveCountMax=3,attr_timeout=0,auto_cache,"
-                 "negative_timeout=28,cache_timeout=28,ControlPath=none,fsname=HV "
+                 "negative_timeout=1,cache_timeout=25,ControlPath=none,fsname=HV "
                  "N,StrictHostKeyChecking=accept-new,"
                  "UserKnownHostsFile=/home/e/.local/share/HarvellonConnect/known_hosts"_s);
     }

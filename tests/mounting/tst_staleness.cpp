@@ -34,7 +34,7 @@ bool isListed(const QString& folder, const QString& name) {
 
 QString optionsThatForgetAfter(QStringList options, int seconds) {
     for (QString& option : options) {
-        if (option.startsWith("cache_timeout="_L1) || option.startsWith("negative_timeout="_L1))
+        if (option.startsWith("cache_timeout="_L1))
             option = option.section(QLatin1Char('='), 0, 0) + u"=%1"_s.arg(seconds);
     }
     return options.join(QLatin1Char(','));
@@ -146,6 +146,15 @@ class TestStaleness : public MounterFixture {
                  0);
         QCOMPARE(content(onServer(name)), QByteArray("über eine zweite Datei"));
         QCOMPARE(content(mounted(name)), QByteArray("über eine zweite Datei"));
+    }
+
+    void aNameThatDidNotExistIsSeenASecondLater() {
+        QCOMPARE(mountFailure(project(0)), u"none"_s);
+        QFile::remove(onServer(u"neu"_s));
+        QCOMPARE(size(mounted(u"neu"_s)), QByteArray("-"));
+        store(onServer(u"neu"_s), "von der Kollegin");
+        QTest::qWait(1'300);
+        QVERIFY(QFile::exists(mounted(u"neu"_s))); // a program that looks first overwrites nothing
     }
 
     void theLastOfTwoSavesWins() {

@@ -113,8 +113,10 @@ QCoro::Task<QStringList> writtenDomains(QList<MountSession> mounts, QList<MountS
             open.append(!MountTable::lists(mount.mountPoint) || anyWrittenBelow(mount.mountPoint));
         return open;
     };
+    QList<QFuture<void>> readers;
     for (const MountSession& mount : mounts)
-        mount.warmUp->cancel(); // its requests would look like data that is being written
+        readers.append(mount.warmUp->cancel());
+    co_await Async::allFinishWithin(readers, answerTime); // their traffic would look like data being written
     const QList<MountSession> all = mounts + detached;
     QStringList domains;
     if (all.isEmpty())

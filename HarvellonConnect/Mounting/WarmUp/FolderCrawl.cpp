@@ -7,9 +7,9 @@
 #include <sys/stat.h>
 
 namespace {
-/// What git and search tools look for in every folder. In the order of what each one saved when it was
-/// measured, because time may run out.
-constexpr std::array namesToAskFor{".gitignore", ".ignore", ".rgignore", ".git"};
+/// In bytes, as file systems count a folder: some thousands of names. sshfs fetches a folder in one request,
+/// which nothing can stop and which fills a slow line.
+constexpr off_t largestFolder = 256 * 1024;
 
 /// Large, and nobody reads them name by name.
 constexpr std::array foldersToLeaveOut{"node_modules", "cache", ".cache", "caches", "tmp", "temp"};
@@ -20,14 +20,15 @@ bool isLeftOut(const QByteArray& folder, const char* name) {
                        [name](const char* each) { return qstricmp(name, each) == 0; });
 }
 
-bool isFolder(DIR* directory, const dirent& entry) {
-    if (entry.d_type != DT_UNKNOWN)
-        return entry.d_type == DT_DIR;
+/// Whether `entry` is a folder that can be read in a moment. sshfs knows that from the listing.
+bool isSmallFolder(DIR* directory, const dirent& entry) {
+    if (entry.d_type != DT_UNKNOWN && entry.d_type != DT_DIR)
+        return false;
 
     struct stat status {};
 
     return ::fstatat(::dirfd(directory), entry.d_name, &status, AT_SYMLINK_NOFOLLOW) == 0 &&
-           S_ISDIR(status.st_mode);
+           S_ISDIR(status.st_mode) && status.st_size <= largestFolder;
 }
 } // namespace
 
@@ -39,15 +40,8 @@ FolderCrawl::FolderCrawl(QByteArray root, WarmUpLimits limits)
 void FolderCrawl::read() {
     if (!join())
         return;
-    while (const std::optional<Step> step = next()) {
-        if (step->list) {
-            list(step->path);
-        } else {
-            struct stat status {};
-
-            ::lstat(step->path.constData(), &status); // the kernel remembers the answer
-        }
-    }
+    while (const std::optional<QByteArray> folder = next())
+        list(*folder);
     leave();
 }
 
@@ -93,28 +87,15 @@ bool FolderCrawl::isStopped() const {
     return m_stopped || m_deadline->hasExpired();
 }
 
-std::optional<FolderCrawl::Step> FolderCrawl::next() {
+std::optional<QByteArray> FolderCrawl::next() {
     std::unique_lock lock(m_mutex);
     m_changed.wait(lock, [this] { return isStopped() || !m_waiting.empty() || m_listing == 0; });
-    if (isStopped())
+    if (isStopped() || m_waiting.empty())
         return std::nullopt;
-    if (m_waiting.empty())
-        return nextName();
-    const QByteArray folder = m_waiting.front();
+    QByteArray folder = std::move(m_waiting.front());
     m_waiting.pop_front();
-    if (!folder.contains("/.git/"))
-        m_listed.push_back(folder);
     ++m_listing;
-    return Step{folder, true};
-}
-
-std::optional<FolderCrawl::Step> FolderCrawl::nextName() {
-    if (m_asked == m_listed.size() * namesToAskFor.size())
-        return std::nullopt;
-    const char* const name = namesToAskFor.at(m_asked / m_listed.size());
-    const QByteArray& folder = m_listed.at(m_asked % m_listed.size());
-    ++m_asked;
-    return Step{folder + '/' + name, false};
+    return folder;
 }
 
 void FolderCrawl::list(const QByteArray& folder) {
@@ -122,7 +103,7 @@ void FolderCrawl::list(const QByteArray& folder) {
     if (DIR* const directory = ::opendir(folder.constData())) {
         while (const dirent* const entry = ::readdir(directory)) {
             if (qstrcmp(entry->d_name, ".") != 0 && qstrcmp(entry->d_name, "..") != 0 &&
-                isFolder(directory, *entry) && !isLeftOut(folder, entry->d_name))
+                isSmallFolder(directory, *entry) && !isLeftOut(folder, entry->d_name))
                 found.push_back(folder + '/' + entry->d_name);
         }
         ::closedir(directory);

@@ -15,9 +15,9 @@
 
 /// One walk through the folders of a mount by several readers. All operations may be called from any thread.
 ///
-///     folders to list ──each reader takes one, and adds what it finds below──▶ none left, nobody listing
-///                                                                                      │
-///     the end ◀──limit reached, stopped, every name asked for in every folder──────────┘
+///     folders to list ──each reader takes one, and adds what it finds below──▶ none left, nobody listing:
+///     the end
+///                       limit reached, or stopped ──────────────────────────▶ the end
 class FolderCrawl {
   public:
     FolderCrawl(QByteArray root, WarmUpLimits limits);
@@ -36,15 +36,9 @@ class FolderCrawl {
     [[nodiscard]] QFuture<void> end() const { return m_end.future(); }
 
   private:
-    struct Step {
-        QByteArray path; ///< of a folder to list, or of a name to ask for
-        bool list = false;
-    };
-
     bool join();
     void leave();
-    std::optional<Step> next();
-    std::optional<Step> nextName();
+    std::optional<QByteArray> next();
     [[nodiscard]] bool isStopped() const;
     void list(const QByteArray& folder);
     void add(std::vector<QByteArray> found);
@@ -53,9 +47,7 @@ class FolderCrawl {
     mutable std::mutex m_mutex;
     std::condition_variable m_changed;
     std::deque<QByteArray> m_waiting;
-    std::vector<QByteArray> m_listed; ///< where names are asked for
-    std::size_t m_folders = 1;        ///< found so far
-    std::size_t m_asked = 0;
+    std::size_t m_folders = 1; ///< found so far
     int m_listing = 0;
     int m_reading = 0;
     std::optional<QDeadlineTimer> m_deadline; ///< from the first reader's start

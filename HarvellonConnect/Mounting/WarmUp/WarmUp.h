@@ -10,13 +10,13 @@
 
 class FolderCrawl;
 
-/// Fills the caches of one mount, so that the first look of an editor or of git does not wait for a round
-/// trip with each name.
+/// Fills the cache of one mount, so that the first look of an editor or of git does not wait for a round trip
+/// with each name.
 ///
 /// Readers on worker threads list the folders from the root downwards, which lets sshfs answer for every name
-/// they contain, and then ask in each folder for names that editors and git look for, which lets the kernel
-/// answer that they do not exist. Both answers expire after `WarmUpLimits::entryLife`. Nobody is told how it
-/// goes. Main thread.
+/// they contain until `WarmUpLimits::entryLife` has passed. Names that do not exist are not asked for: as
+/// long as the kernel remembered them, a file that a colleague makes would be overwritten unseen. Nobody is
+/// told how it goes. Main thread.
 class WarmUp {
   public:
     WarmUp(QString mountPoint, WarmUpLimits limits);
