@@ -2,6 +2,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QStringEncoder>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QtEndian>
@@ -31,9 +32,7 @@ QByteArray command(quint8 id, qint32 first, qint32 second) {
 }
 
 QByteArray page(qint32 tab, qint32 index, const QByteArray& address, const QString& title) {
-    QByteArray text;
-    for (const QChar unit : title)
-        text += QByteArray(1, static_cast<char>(unit.unicode() & 0xff)) + char(unit.unicode() >> 8);
+    const QByteArray text = QStringEncoder(QStringEncoder::Utf16LE)(title);
     const auto padded = [](const QByteArray& bytes) {
         return bytes + QByteArray((4 - bytes.size() % 4) % 4, '\0');
     };

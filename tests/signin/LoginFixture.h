@@ -9,7 +9,6 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-using sandbox::Fault;
 using Endpoint = sandbox::Sandbox::Endpoint;
 
 inline const QString account = QStringLiteral("8f14e45f-erika");

@@ -43,28 +43,22 @@ class TestKeychain : public QObject {
 
     void init() { m_folder = std::make_unique<QTemporaryDir>(); }
 
-    void items_data() {
-        QTest::addColumn<bool>("keyring");
-        QTest::newRow("Secret Service") << true;
-        QTest::newRow("file") << false;
-    }
-
     void items() {
-        QFETCH(bool, keyring);
-        KeychainStore store(host(keyring));
-        QVERIFY(store.remove(service, item));
-        QCOMPARE(store.load(service, item), std::nullopt);
-        QVERIFY(store.save("eins", service, item));
-        QVERIFY(store.save("zw\xc3\xb6lf", service, item)); // replaces
-        QVERIFY(store.save(QByteArray(), service, u"empty"_s));
-        QCOMPARE(QFile::exists(file()), !keyring);
-
-        KeychainStore later(host(keyring));
-        QCOMPARE(later.load(service, item), std::optional(QByteArray("zw\xc3\xb6lf")));
-        QCOMPARE(later.load(service, u"empty"_s).value_or("x"), QByteArray());
-        QCOMPARE(later.load(service + u"2"_s, item), std::nullopt);
-        QVERIFY(later.remove(service, item));
-        QCOMPARE(later.load(service, item), std::nullopt);
+        for (const bool keyring : {true, false}) {
+            KeychainStore store(host(keyring));
+            QVERIFY(store.remove(service, item));
+            QCOMPARE(store.load(service, item), std::nullopt);
+            QVERIFY(store.save("eins", service, item));
+            QVERIFY(store.save("zw\xc3\xb6lf", service, item)); // replaces
+            QVERIFY(store.save(QByteArray(), service, u"empty"_s));
+            QCOMPARE(QFile::exists(file()), !keyring);
+            KeychainStore later(host(keyring));
+            QCOMPARE(later.load(service, item), std::optional(QByteArray("zw\xc3\xb6lf")));
+            QCOMPARE(later.load(service, u"empty"_s).value_or("x"), QByteArray());
+            QCOMPARE(later.load(service + u"2"_s, item), std::nullopt);
+            QVERIFY(later.remove(service, item));
+            QCOMPARE(later.load(service, item), std::nullopt);
+        }
     }
 
     void keyringMayDieAndComeBack() {
@@ -84,18 +78,15 @@ class TestKeychain : public QObject {
     void fileThatCannotBeWrittenDoesNotWin() {
         const QString other = u"other"_s;
         m_keyring.kill();
-        {
-            KeychainStore store(host(true));
-            QVERIFY(store.save("alt", service, item) && store.save("allein", service, other));
-        }
+        QVERIFY(KeychainStore(host(true)).save("alt", service, item));
+        QVERIFY(KeychainStore(host(true)).save("allein", service, other));
         m_keyring.start();
         KeychainStore store(host(true));
         onFullDisk([&store] { QVERIFY(store.save("neu", service, item)); });
-        for (const bool restarted : {false, true}) {
-            KeychainStore later(host(true));
-            KeychainStore& asked = restarted ? later : store;
-            QCOMPARE(asked.load(service, item), std::optional(QByteArray("neu")));
-            QCOMPARE(asked.load(service, other), std::optional(QByteArray("allein")));
+        KeychainStore later(host(true)); // as after another start
+        for (KeychainStore* asked : {&store, &later}) {
+            QCOMPARE(asked->load(service, item), std::optional(QByteArray("neu")));
+            QCOMPARE(asked->load(service, other), std::optional(QByteArray("allein")));
         }
     }
 

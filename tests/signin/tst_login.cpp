@@ -30,21 +30,17 @@ class TestLogin : public LoginFixture {
         socket.connectToHost(QHostAddress::LocalHost, static_cast<quint16>(redirect.port()));
         socket.write("GET " + target + " HTTP/1.1\r\nHost: 127.0.0.1\r\n\r\n");
         QByteArray answer;
-        QElapsedTimer timer;
-        timer.start();
-        while (socket.state() != QAbstractSocket::UnconnectedState && timer.elapsed() < 3000) {
-            QTest::qWait(5);
+        QTest::qWaitFor([&] {
             answer += socket.readAll();
-        }
+            return socket.state() == QAbstractSocket::UnconnectedState;
+        });
         return answer + socket.readAll();
     }
 
     QString loginFailure() {
         try {
             await(m_oauth->startLogin());
-        } catch (const OAuthError& error) {
-            return error.description();
-        } catch (const NetworkError& error) {
+        } catch (const Failure& error) {
             return error.description();
         }
         return u"none"_s;

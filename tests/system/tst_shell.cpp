@@ -50,11 +50,6 @@ class TestShell : public QObject {
         QCOMPARE(result.stderr, errors);
     }
 
-    void endBySignalIsNoSuccess() {
-        const QStringList script{u"-c"_s, u"kill -9 $$"_s};
-        QVERIFY(await(m_shell.run(u"/bin/sh"_s, script)).exitCode != 0);
-    }
-
     void whatCannotStartIsNamed() {
         const QString path = u"/no/such/../programm %1"_s;
         try {
@@ -66,7 +61,9 @@ class TestShell : public QObject {
         }
     }
 
-    void limitEndsTheWait() {
+    void whatIsKilledIsNoSuccess() {
+        const QStringList script{u"-c"_s, u"kill -9 $$"_s};
+        QVERIFY(await(m_shell.run(u"/bin/sh"_s, script)).exitCode != 0);
         QElapsedTimer timer;
         timer.start();
         const QStringList minute{u"60"_s};
