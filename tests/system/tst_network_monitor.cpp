@@ -30,10 +30,8 @@ class TestNetworkMonitor : public QObject {
   private Q_SLOTS:
 
     void initTestCase() {
-        if (!hasOwnNetwork)
-            QSKIP("no network of our own");
-        if (!ip(u"link add v0 type veth peer name v1"_s))
-            QSKIP("no virtual interfaces here");
+        if (!hasOwnNetwork || !ip(u"link add v0 type veth peer name v1"_s))
+            QSKIP("no network of our own, or no virtual interfaces");
         QVERIFY(ip(u"link set lo up"_s));
     }
 
