@@ -30,11 +30,11 @@ class TestLogin : public LoginFixture {
         socket.connectToHost(QHostAddress::LocalHost, static_cast<quint16>(redirect.port()));
         socket.write("GET " + target + " HTTP/1.1\r\nHost: 127.0.0.1\r\n\r\n");
         QByteArray answer;
-        QTest::qWaitFor([&] {
+        const bool ended = QTest::qWaitFor([&] {
             answer += socket.readAll();
             return socket.state() == QAbstractSocket::UnconnectedState;
         });
-        return answer + socket.readAll();
+        return ended ? answer + socket.readAll() : "still open";
     }
 
     QString loginFailure() {
@@ -119,10 +119,9 @@ class TestLogin : public LoginFixture {
         m_browser = [&](const QUrl& address) {
             early.connectToHost(QHostAddress::LocalHost,
                                 static_cast<quint16>(QUrl(valueIn(address, u"redirect_uri"_s)).port()));
-            connect(&early, &QTcpSocket::connected, this, [this, address, &early] {
-                early.disconnectFromHost();
-                browse(address, u"&identity=erika"_s);
-            });
+            QVERIFY(early.waitForConnected());
+            early.disconnectFromHost();
+            browse(address, u"&identity=erika"_s);
         };
         QCOMPARE(await(m_oauth->startLogin()).accountID, std::optional(account));
     }

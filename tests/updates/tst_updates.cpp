@@ -10,14 +10,6 @@
 
 using namespace Qt::StringLiterals;
 
-namespace {
-QByteArray item(const QByteArray& version, const QByteArray& address) {
-    return "<item><sparkle:shortVersionString>" + version + "</sparkle:shortVersionString><link>" + address +
-           "</link></item>";
-}
-
-} // namespace
-
 /// The feed over https, from the question to what the user is told.
 class TestUpdates : public QObject {
     Q_OBJECT
@@ -43,6 +35,10 @@ class TestUpdates : public QObject {
         const auto row = [](const char* name, const QByteArray& items, const QString& told, int status = 200,
                             const QString& scheme = u"https"_s) {
             QTest::newRow(name) << items << told << status << scheme;
+        };
+        const auto item = [](const QByteArray& version, const QByteArray& address) {
+            return "<item><sparkle:shortVersionString>" + version + "</sparkle:shortVersionString><link>" +
+                   address + "</link></item>";
         };
         const QByteArray newer = item("1.10.1", "https://x.example/2");
         const QString none = u"Harvellon Connect ist auf dem neuesten Stand."_s;
