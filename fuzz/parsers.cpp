@@ -4,12 +4,16 @@
 #include "BrowserTab/SessionFile.h"
 #include "Directory/ApplicationsResponse.h"
 #include "Directory/DecodingError.h"
+#include "Directory/PlainDomain.h"
+#include "Directory/StoredProjects.h"
 #include "SignIn/CallbackRequest.h"
 #include "SignIn/IdentityClaims.h"
 #include "SignIn/OAuthError.h"
 #include "SignIn/TokenResponse.h"
 #include "System/Network/HttpAnswerReader.h"
 #include "Updates/UpdateFeed.h"
+
+#include <QUrl>
 
 #include <cstdint>
 
@@ -34,9 +38,30 @@ void identity_claims(const QByteArray& input) {
 
 void directory(const QByteArray& input) {
     try {
-        ApplicationsResponse::decode(input);
+        const QList<Project> projects = ApplicationsResponse::decode(input).projects;
+        for (const Project& project : projects) {
+            if (project.webspaceID != QString::number(project.webspaceID.toLongLong()) ||
+                !project.path.startsWith(u'/'))
+                qFatal("a forged login");
+        }
     } catch (const DecodingError&) {
     }
+}
+
+void domain(const QByteArray& input) {
+    const QString name = QString::fromUtf8(input);
+    if (!isPlainDomain(name))
+        return;
+    const QUrl url(u"ssh://ssh1@"_s + name, QUrl::StrictMode);
+    if (!isPlainSite(name) || printableDomain(name) != name || name.contains(u'/') ||
+        name.contains(u".."_s) || QUrl::toAce(url.host()) != QUrl::toAce(name))
+        qFatal("not the same host for all");
+}
+
+void stored_projects(const QByteArray& input) {
+    const QList<Project> projects = projectsStoredIn(input);
+    if (projectsStoredIn(storedProjects(projects)) != projects)
+        qFatal("stored otherwise than read");
 }
 
 void configuration(const QByteArray& input) {

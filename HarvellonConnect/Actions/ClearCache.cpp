@@ -1,6 +1,7 @@
 #include "Actions/ClearCache.h"
 
 #include "Actions/Rules/SiteAddresses.h"
+#include "Directory/PlainDomain.h"
 #include "System/Network/Http.h"
 #include "System/Reporter.h"
 
@@ -8,16 +9,15 @@ using namespace std::chrono_literals;
 
 namespace {
 QCoro::Task<Ending> request(QNetworkAccessManager& network, Project project) {
-    constexpr qint64 ignoredBody = 16 * 1024 * 1024;
     const QString address = cacheAddress(project);
     const std::optional<QUrl> url = Http::address(address);
-    if (!url)
+    if (!url || !isPlainSite(project.domain))
         throw EndedEarly(QStringLiteral("Ungueltige Cache-URL: ") + address);
     const QNetworkRequest message(*url);
     const QByteArray method("GET");
     const QByteArray noBody;
-    const HttpAnswer answer = co_await Http::exchange(network, message, method, noBody, 10s, ignoredBody,
-                                                      Http::Redirects::followed);
+    const HttpAnswer answer = co_await Http::exchange(network, message, method, noBody, 10s,
+                                                      Http::statusAlone, Http::Redirects::followed);
     if (answer.status == 0)
         throw EndedEarly(QStringLiteral("Cache-Request hatte keine HTTP-Antwort."));
     if (!answer.succeeded())

@@ -26,6 +26,11 @@ QCoro::Task<ShellResult> readConfiguration(const ActionContext& context, Project
 QCoro::Task<Ending> readAndOpen(const ActionContext& context, Project project) {
     if (!isPlainDomain(project.domain))
         throw EndedEarly(QStringLiteral("SSH-Verbindung fehlgeschlagen: Die Domain ist nicht zulässig."));
+    const QString scheme = QStringLiteral("mysql");
+    const bool hasClient = co_await opensAddresses(context, scheme);
+    if (!hasClient)
+        throw EndedEarly(QStringLiteral("Kein Programm öffnet Datenbank-Adressen (mysql:). Bitte einen "
+                                        "Datenbank-Client installieren."));
     const ShellResult result = co_await readConfiguration(context, project);
     if (result.exitCode != 0)
         throw EndedEarly(QStringLiteral("Config konnte nicht gelesen werden: ") + result.stderr.trimmed());
@@ -38,7 +43,7 @@ QCoro::Task<Ending> readAndOpen(const ActionContext& context, Project project) {
     const Found credentials = answer.value_or(std::nullopt);
     if (!credentials)
         throw EndedEarly(QStringLiteral("DB-Credentials konnten nicht aus der Config gelesen werden."));
-    openAddress(context, databaseAddress(project, *credentials, context.host.homeFolder));
+    openSecretAddress(context, databaseAddress(project, *credentials, context.host.homeFolder));
     co_return Ending{
         QStringLiteral("Oeffne %1 DB in Sequel Ace (%2)...").arg(project.domain, credentials->database),
         ActivityLogLevel::success};

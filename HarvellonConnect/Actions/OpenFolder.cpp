@@ -39,8 +39,16 @@ QCoro::Task<> openInVSCode(ActionContext& context, Project project, bool /*alter
     }
     const QString folder = *target;
     context.warmUp(domain);
-    co_await context.editor.open(domain, folder);
-    context.report.log(QStringLiteral("Oeffne %1 in VS Code...").arg(domain), ActivityLogLevel::info);
+    const bool hasEditor = co_await openEditor(context, domain, folder);
+    if (hasEditor)
+        context.report.log(QStringLiteral("Oeffne %1 in VS Code...").arg(domain), ActivityLogLevel::info);
+}
+
+QCoro::Task<bool> openEditor(const ActionContext& context, QString domain, QString folder) {
+    const bool hasEditor = co_await context.editor.open(domain, folder);
+    if (!hasEditor)
+        context.report.log(QStringLiteral("VS Code wurde nicht gefunden."), ActivityLogLevel::warning);
+    co_return hasEditor;
 }
 
 QCoro::Task<std::optional<QString>> documentTarget(const ActionContext& context, Project project,

@@ -15,6 +15,10 @@ QCoro::Task<> openInFinder(ActionContext& context, Project project, bool alterna
 /// warning when the project is not mounted.
 QCoro::Task<> openInVSCode(ActionContext& context, Project project, bool alternative);
 
+/// Opens `folder` in the editor and yields whether the host has one; logs a warning where it has not.
+/// `context` outlives the wait.
+QCoro::Task<bool> openEditor(const ActionContext& context, QString domain, QString folder);
+
 /// Waits for the project's document folder below `mountPoint`, for `budget`, then for the mount point itself,
 /// for a second. Yields what can be opened; nothing when neither can be listed. A document folder that is a
 /// link which cannot be followed is handed to `offerLinks`. `context` outlives the wait.

@@ -2,28 +2,38 @@
 
 #include "Actions/Openers.h"
 #include "Actions/Rules/SiteAddresses.h"
+#include "Directory/PlainDomain.h"
 #include "System/Reporter.h"
 #include "System/Ssh/SharedConnections.h"
 
+namespace {
+void refuse(const ActionContext& context, const QString& what, const Project& project) {
+    context.report.log(
+        QStringLiteral("%1: %2 ist kein Rechnername.").arg(what, printableDomain(project.domain)),
+        ActivityLogLevel::warning);
+}
+} // namespace
+
 QCoro::Task<> openSite(ActionContext& context, Project project, bool alternative) {
-    openAddress(context, siteAddress(project, alternative));
+    if (isPlainSite(project.domain))
+        openAddress(context, siteAddress(project, alternative));
+    else
+        refuse(context, QStringLiteral("Seite nicht geoeffnet"), project);
     co_return;
 }
 
 QCoro::Task<> openShell(ActionContext& context, Project project, bool /*alternative*/) {
+    if (!isPlainDomain(project.domain)) {
+        refuse(context, QStringLiteral("SSH-Shell nicht moeglich"), project);
+        co_return;
+    }
     const QString scheme = QStringLiteral("ssh");
     const bool hasHandler = co_await opensAddresses(context, scheme);
     if (hasHandler) {
         openAddress(context, shellAddress(project));
         co_return;
     }
-    if (const std::optional<QStringList> arguments = shellArguments(project)) {
-        const QString login = project.sshLogin();
-        const QStringList shared = co_await context.shared.answering(login);
-        openTerminal(context, QStringList{context.host.ssh} + shared + *arguments);
-    } else {
-        context.report.log(
-            QStringLiteral("SSH-Shell nicht moeglich: %1 ist kein Rechnername.").arg(project.domain),
-            ActivityLogLevel::warning);
-    }
+    const QString login = project.sshLogin();
+    const QStringList shared = co_await context.shared.answering(login);
+    openTerminal(context, QStringList{context.host.ssh} + shared + QStringList{login});
 }

@@ -6,12 +6,22 @@
 
 using namespace std::chrono_literals;
 
-void openAddress(const ActionContext& context, const QString& address) {
+namespace {
+void openWith(Shell& shell, const ExternalCommand& opener, const QString& address) {
     try {
-        context.shell.launch(context.host.opener.executable, context.host.opener.argumentsFor(address));
+        shell.launch(opener.executable, opener.argumentsFor(address));
     } catch (const ShellError&) {
         // The user sees that nothing opens.
     }
+}
+} // namespace
+
+void openAddress(const ActionContext& context, const QString& address) {
+    openWith(context.shell, context.host.opener, address);
+}
+
+void openSecretAddress(const ActionContext& context, const QString& address) {
+    openWith(context.shell, context.host.secretOpener, address);
 }
 
 QCoro::Task<bool> opensAddresses(const ActionContext& context, QString scheme) {

@@ -12,6 +12,9 @@
 /// that.
 void openAddress(const ActionContext& context, const QString& address);
 
+/// Hands an address that holds a password to the program for its scheme, and to nothing else. Never fails.
+void openSecretAddress(const ActionContext& context, const QString& address);
+
 /// Whether a program of the desktop opens addresses of `scheme`.
 QCoro::Task<bool> opensAddresses(const ActionContext& context, QString scheme);
 

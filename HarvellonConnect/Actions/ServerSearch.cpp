@@ -1,5 +1,6 @@
 #include "Actions/ServerSearch.h"
 
+#include "Directory/PlainDomain.h"
 #include "System/Async.h"
 #include "System/Shell.h"
 #include "System/Ssh/SharedConnections.h"
@@ -80,6 +81,8 @@ QString searchCommand(const QString& folder, const QString& pattern) {
 
 QCoro::Task<SearchHits> searchOnServer(const ActionContext& context, Project project, QString pattern) {
     throwUnlessOneLine(pattern);
+    if (!isPlainDomain(project.domain))
+        throw SearchError(QStringLiteral("%1 ist kein Rechnername.").arg(printableDomain(project.domain)));
     const std::optional<QString> mountPoint = context.mountPoint(project.domain);
     if (!mountPoint)
         throw SearchError(QStringLiteral("%1 ist nicht verbunden.").arg(project.domain));

@@ -24,7 +24,7 @@ class SearchError : public Failure {
 
 /// Seeks a piece of text in the files of a mounted project, on the server: literally, upper and lower case
 /// told apart, without binary files, links, `.git` and `node_modules`. Takes 40 seconds at most; 1,000 hits
-/// at most. Throws SearchError: for a project that is not mounted, for a pattern that is empty, longer than
-/// 1,000 characters or not one line, and when ssh or the server's grep fails; ShellError without ssh. Main
-/// thread.
+/// at most. Throws SearchError: for a project that is not mounted or whose domain is no host name, for a
+/// pattern that is empty, longer than 1,000 characters or not one line, and when ssh or the server's grep
+/// fails; ShellError without ssh. Main thread.
 QCoro::Task<SearchHits> searchOnServer(const ActionContext& context, Project project, QString pattern);

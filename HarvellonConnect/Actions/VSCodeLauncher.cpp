@@ -1,6 +1,7 @@
 #include "Actions/VSCodeLauncher.h"
 
 #include "System/AtomicFile.h"
+#include "System/Files/PrivateFolder.h"
 
 #include <QDir>
 #include <QFile>
@@ -62,7 +63,7 @@ QByteArray workspaceFor(const QString& folder, bool quiet) {
     return QJsonDocument(workspace).toJson(QJsonDocument::Indented);
 }
 
-QCoro::Task<> VSCodeLauncher::open(QString domain, QString folder) {
+QCoro::Task<bool> VSCodeLauncher::open(QString domain, QString folder) {
     const QString target = writeWorkspace(domain, folder).value_or(folder);
     try {
         const std::optional<QString> code = co_await locateCodeCommand();
@@ -73,15 +74,20 @@ QCoro::Task<> VSCodeLauncher::open(QString domain, QString folder) {
         } else if (!m_host.editorOpen.executable.isEmpty()) {
             const QStringList arguments = m_host.editorOpen.argumentsFor(target);
             co_await m_shell.run(m_host.editorOpen.executable, arguments);
+        } else {
+            co_return false;
         }
     } catch (const ShellError&) {
         // An editor that does not start is plain to see; the mount is unharmed.
     }
+    co_return true;
 }
 
 std::optional<QString> VSCodeLauncher::writeWorkspace(const QString& domain, const QString& folder) const {
     const QString workspaces = m_host.temporaryFolder + QStringLiteral("/HarvellonConnect-VSCode");
-    if (!QDir().mkpath(workspaces))
+    QDir().mkdir(m_host.temporaryFolder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    // The editor opens the workspace without asking whether it is to be trusted.
+    if (!makePrivateFolder(workspaces))
         return std::nullopt;
     const QString path =
         workspaces + QLatin1Char('/') + sanitizedFileName(domain) + QStringLiteral(".code-workspace");

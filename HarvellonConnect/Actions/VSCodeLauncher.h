@@ -24,8 +24,9 @@ class VSCodeLauncher {
     VSCodeLauncher(HostSystem host, Shell& shell) : m_host(std::move(host)), m_shell(shell) {}
 
     /// Opens `folder` in a new window through a generated workspace file named after `domain`; where that
-    /// cannot be written, the folder itself. Never fails; returns when the launcher has ended.
-    QCoro::Task<> open(QString domain, QString folder);
+    /// cannot be written, or somebody else could replace it, the folder itself. Never fails; returns when the
+    /// launcher has ended, with false where the host has nothing that could open the editor.
+    QCoro::Task<bool> open(QString domain, QString folder);
 
     /// Whether workspaces are quiet ones, from the next `open` on.
     void setQuiet(bool quiet) { m_quiet = quiet; }

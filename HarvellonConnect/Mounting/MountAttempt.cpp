@@ -13,6 +13,8 @@
 
 #include <QDeadlineTimer>
 
+#include <exception>
+
 namespace {
 constexpr std::chrono::milliseconds answerStep{150};
 constexpr std::chrono::milliseconds tableStep{20}; // reading the mount table is cheap
@@ -37,7 +39,14 @@ QString MountAttempt::mountPoint() const {
 }
 
 QCoro::Task<MountSession> MountAttempt::run(std::shared_ptr<MountAttempt> attempt) {
-    const std::optional<MounterError> failure = co_await failureOf(attempt);
+    std::exception_ptr failure;
+    try {
+        co_await waitForTurn(attempt);
+        co_await start(attempt);
+        co_await waitUntilMounted(attempt);
+    } catch (const Failure&) {
+        failure = std::current_exception();
+    }
     const QString mountPoint = attempt->mountPoint();
     const mode_t folderMode = attempt->m_folder ? attempt->m_folder->formerMode() : 0;
     if (!failure)
@@ -49,7 +58,7 @@ QCoro::Task<MountSession> MountAttempt::run(std::shared_ptr<MountAttempt> attemp
         // As it was found: a folder that was sealed stays so, because an editor may have its tree open.
         MountPointFolder::release(mountPoint, folderMode);
     }
-    throw *failure;
+    std::rethrow_exception(failure);
 }
 
 MountSession MountAttempt::session(mode_t folderMode) const {
@@ -62,17 +71,6 @@ MountSession MountAttempt::session(mode_t folderMode) const {
             std::make_shared<WarmUp>(mountPoint(), m_warmUpLimits),
             m_folder->coversFiles(),
             folderMode};
-}
-
-QCoro::Task<std::optional<MounterError>> MountAttempt::failureOf(std::shared_ptr<MountAttempt> attempt) {
-    try {
-        co_await waitForTurn(attempt);
-        co_await start(attempt);
-        co_await waitUntilMounted(attempt);
-    } catch (const MounterError& error) {
-        co_return error;
-    }
-    co_return std::nullopt;
 }
 
 QCoro::Task<> MountAttempt::waitForTurn(std::shared_ptr<MountAttempt> attempt) {
@@ -120,7 +118,7 @@ QCoro::Task<> MountAttempt::waitUntilMounted(std::shared_ptr<MountAttempt> attem
             throw MounterError(MounterError::Case::mountTimeout);
         }
         if (!process.startFailure().isEmpty())
-            throw MounterError(MounterError::Case::mountFailed, process.startFailure());
+            throw SystemError(process.startFailure());
         if (!process.isRunning())
             throw MounterError::fromSSHFS(process.errorText(), domain);
         if (mounted)

@@ -5,7 +5,6 @@
 #include "Mounting/MountOptions.h"
 #include "Mounting/MountPointFolder.h"
 #include "Mounting/MountSession.h"
-#include "Mounting/MounterError.h"
 #include "System/HostSystem.h"
 #include "System/Shell.h"
 
@@ -45,7 +44,8 @@ class StartQueue {
 ///                     folder and host key list prepared,   └─ refused, cancelled, 15 s: all cleared
 ///                     sshfs started
 ///
-/// Each of the three steps throws MounterError when it fails; `run` then removes what the attempt has begun.
+/// Each of the three steps throws MounterError or SystemError when it fails; `run` then removes what the
+/// attempt has begun.
 /// Main thread.
 class MountAttempt {
   public:
@@ -55,8 +55,8 @@ class MountAttempt {
     ~MountAttempt();
     Q_DISABLE_COPY_MOVE(MountAttempt)
 
-    /// Mounts, and yields the session when the server has answered. Throws MounterError after everything that
-    /// was begun has been cleared. Call it once.
+    /// Mounts, and yields the session when the server has answered. Throws MounterError, or SystemError with
+    /// the system's own words, after everything that was begun has been cleared. Call it once.
     static QCoro::Task<MountSession> run(std::shared_ptr<MountAttempt> attempt);
 
     /// Makes `run` fail soon. `limits` are those of the clean-up.
@@ -74,7 +74,6 @@ class MountAttempt {
     [[nodiscard]] const QString& domain() const { return m_project.domain; }
 
   private:
-    static QCoro::Task<std::optional<MounterError>> failureOf(std::shared_ptr<MountAttempt> attempt);
     static QCoro::Task<> waitForTurn(std::shared_ptr<MountAttempt> attempt);
     static QCoro::Task<> start(std::shared_ptr<MountAttempt> attempt);
     static QCoro::Task<> waitUntilMounted(std::shared_ptr<MountAttempt> attempt);

@@ -3,7 +3,6 @@
 #include "Directory/PlainDomain.h"
 #include "Mounting/MounterError.h"
 #include "System/Ssh/SshOptions.h"
-#include "System/Text.h"
 
 #include <algorithm>
 
@@ -23,7 +22,7 @@ void throwUnlessPlain(const Project& project) {
     if (!isPlainDomain(project.domain))
         throw MounterError(
             MounterError::Case::mountFailed,
-            QStringLiteral("Die Domain „%1\" ist nicht zulässig.").arg(printable(project.domain)));
+            QStringLiteral("Die Domain „%1\" ist nicht zulässig.").arg(printableDomain(project.domain)));
     if (project.path.contains(QChar(QChar::Null)))
         throw MounterError(MounterError::Case::mountFailed,
                            QStringLiteral("Der Pfad des Projekts auf dem Server ist nicht zulässig."));

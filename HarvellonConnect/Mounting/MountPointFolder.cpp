@@ -29,9 +29,7 @@ MountPointFolder::MountPointFolder(const QString& path) : m_path(path) {
             error.assign(errno, std::generic_category());
     }
     if (error)
-        throw MounterError(
-            MounterError::Case::mountFailed,
-            QStringLiteral("%1: %2").arg(path, QString::fromLocal8Bit(error.message().c_str())));
+        throw SystemError(path, QString::fromLocal8Bit(error.message().c_str()));
 
     struct stat status {};
 

@@ -11,7 +11,7 @@
 class MountPointFolder {
   public:
     /// Makes the folder and its missing parents, or uses the one that exists, and makes it writable until
-    /// `seal`. Throws MounterError::mountFailed.
+    /// `seal`. Throws SystemError.
     explicit MountPointFolder(const QString& path);
     ~MountPointFolder();
     Q_DISABLE_COPY_MOVE(MountPointFolder)

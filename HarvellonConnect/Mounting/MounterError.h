@@ -30,3 +30,18 @@ class MounterError : public Failure {
     Case m_case;
     QString m_text;
 };
+
+/// What the operating system said when a folder or a file of a mount could not be made, or sshfs not started.
+class SystemError : public Failure {
+  public:
+    explicit SystemError(QString description) : m_description(std::move(description)) {}
+
+    /// For a file or folder.
+    SystemError(const QString& path, const QString& reason)
+        : m_description(QStringLiteral("%1: %2").arg(path, reason)) {}
+
+    [[nodiscard]] QString description() const override { return m_description; }
+
+  private:
+    QString m_description;
+};

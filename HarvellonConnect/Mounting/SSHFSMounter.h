@@ -67,8 +67,8 @@ class SSHFSMounter : public QObject {
 
     /// Mounts the project's tree at <mount root>/<domain>. From the start of sshfs this takes at most 15
     /// seconds plus the clean-up; simultaneous mounts start one after the other. Yields the existing session
-    /// of a mounted domain, and refuses a domain whose mount is in progress. Throws MounterError after
-    /// everything that was begun has been cleared.
+    /// of a mounted domain, and refuses a domain whose mount is in progress. Throws MounterError or
+    /// SystemError after everything that was begun has been cleared.
     QCoro::Task<MountSession> mount(Project project, Links links = Links::local);
 
     /// Unmounts `domain`, gently first and then by force, or cancels its mount in progress. Does nothing when

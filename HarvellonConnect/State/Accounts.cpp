@@ -62,7 +62,10 @@ void Accounts::set(const QList<Account>& accounts, const std::optional<QString>&
         ++m_choice;
         m_loading.discard(); // a load that is under way belongs to another account
     }
+    const bool replaced = m_model.activeID() && activeID != m_model.activeID();
     m_model.set(accounts, activeID);
+    if (replaced)
+        m_loading.clear(); // nobody may take the former account's list for the one that is loading
 }
 
 QCoro::Task<> Accounts::dropDuplicates() {
@@ -90,7 +93,8 @@ QCoro::Task<QString> Accounts::takeToken() {
 }
 
 QCoro::Task<> Accounts::addAccount() {
-    const OperationTexts texts{.begin = {}, .failure = QStringLiteral("Login fehlgeschlagen: ")};
+    const OperationTexts texts{
+        .begin = {}, .failure = QStringLiteral("Login fehlgeschlagen: "), .concernsAccount = true};
     const std::function<QCoro::Task<Ending>()> work = [this] { return signIn(); };
     co_await m_report.run(texts, work);
 }
@@ -144,8 +148,7 @@ QCoro::Task<> Accounts::switchAccount(QString accountID) {
     if (m_choice != choice)
         co_return; // the user has chosen another account meanwhile
     if (!found) {
-        m_report.log(QStringLiteral("Account-Wechsel fehlgeschlagen: keine Tokens gefunden."),
-                     ActivityLogLevel::error);
+        m_report.accountFailed(QStringLiteral("Account-Wechsel fehlgeschlagen: keine Tokens gefunden."));
         co_return;
     }
     set(list(), accountID);

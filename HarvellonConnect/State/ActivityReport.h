@@ -10,7 +10,8 @@
 
 class Preferences;
 
-/// Where operations tell the user what they do: the activity log and the last error. Main thread.
+/// Where operations tell the user what they do: the activity log, the last error and the accounts' error. Of
+/// a text of more than 8192 characters the beginning is kept. Main thread.
 class ActivityReport : public QObject, public Reporter {
     Q_OBJECT
 
@@ -20,6 +21,7 @@ class ActivityReport : public QObject, public Reporter {
 
     void log(const QString& message, ActivityLogLevel level) override;
     void setLastError(std::optional<QString> error) override;
+    void setAccountError(std::optional<QString> error) override;
 
     /// Keeps preferences, in one piece; logs an error where they cannot be stored. An invalid value removes
     /// its key.
@@ -31,11 +33,15 @@ class ActivityReport : public QObject, public Reporter {
 
     [[nodiscard]] const std::optional<QString>& lastError() const { return m_lastError; }
 
+    [[nodiscard]] const std::optional<QString>& accountError() const { return m_accountError; }
+
   Q_SIGNALS:
     void lastErrorChanged();
+    void accountErrorChanged();
 
   private:
     Preferences& m_preferences;
     ActivityLog m_activityLog;
     std::optional<QString> m_lastError;
+    std::optional<QString> m_accountError;
 };

@@ -1,7 +1,6 @@
 #include "State/AppState.h"
 
 #include "Actions/BrowserSearch.h"
-#include "Actions/Openers.h"
 #include "Mounting/Keys/LegacyKey.h"
 #include "System/Async.h"
 #include "System/Preferences.h"
@@ -18,7 +17,7 @@ AppState::AppState(AppServices services, DesktopCommands desktop, QObject* paren
     : QObject(parent), m_host(std::move(services.host)), m_preferences(services.preferences),
       m_desktop(std::move(desktop)), m_report(services.preferences),
       m_oauth(services.server, services.network, services.keychain,
-              [this](const QUrl& address) { openAddress(m_context, address.toString(QUrl::FullyEncoded)); }),
+              [this](const QUrl& address) { m_loginPage.open(address); }),
       m_api(services.server.at(QLatin1StringView("/api/json/applications")), services.network),
       m_loginItem(m_host), m_sshfsMounter(m_host, services.shell), m_editor(m_host, services.shell),
       m_shared(m_host, services.shell),
@@ -37,7 +36,8 @@ AppState::AppState(AppServices services, DesktopCommands desktop, QObject* paren
                 [this](const Project& project) { return m_connections.connect(project); },
                 [this](const QString& domain) { return m_connections.disconnect(domain, false); },
                 m_desktop.copyText},
-      m_guidance(m_context), m_visibleProjects([this](const QString& domain) { return rowState(domain); }),
+      m_loginPage(m_context), m_guidance(m_context),
+      m_visibleProjects([this](const QString& domain) { return rowState(domain); }),
       m_loading(m_report, m_oauth, m_api, m_visibleProjects, [this] { return prepareLoad(); }),
       m_accounts(m_oauth, m_api, services.preferences, m_report, m_loading),
       m_connections(m_context, m_sshfsMounter, m_preferences,
@@ -64,13 +64,17 @@ AppState::Parts AppState::parts() {
 }
 
 void AppState::publishParts() {
-    connect(&m_oauth, &OAuthManager::isAuthenticatingChanged, this, &AppState::isAuthenticatingChanged);
-    connect(&m_oauth, &OAuthManager::storingFailed, this, [this] {
-        m_report.log(
-            QStringLiteral(
-                "Die Anmeldung konnte nicht gespeichert werden und gilt nur, bis das Programm endet."),
-            ActivityLogLevel::error);
+    connect(&m_oauth, &OAuthManager::isAuthenticatingChanged, this, [this] {
+        m_report.setAccountError(std::nullopt); // a login that has failed reports its error after this
+        if (!isAuthenticating())
+            m_loginPage.forget();
+        Q_EMIT isAuthenticatingChanged();
     });
+    connect(&m_oauth, &OAuthManager::storingFailed, this, [this] {
+        m_report.accountFailed(QStringLiteral(
+            "Die Anmeldung konnte nicht gespeichert werden und gilt nur, bis das Programm endet."));
+    });
+    connect(&m_report, &ActivityReport::accountErrorChanged, this, &AppState::accountErrorChanged);
     connect(&m_report, &ActivityReport::lastErrorChanged, this, &AppState::lastErrorChanged);
     connect(&m_loading, &ProjectLoading::projectsChanged, this, &AppState::projectsChanged);
     connect(&m_loading, &ProjectLoading::isLoadingChanged, this, &AppState::isLoadingChanged);
@@ -169,18 +173,32 @@ void AppState::refresh() {
 }
 
 void AppState::addAccount() {
-    m_accounts.addAccount();
+    signIn();
+}
+
+QCoro::Task<> AppState::signIn() {
+    m_loginCancelled = false;
+    co_await m_accounts.addAccount();
+    if (m_loginCancelled) // the user knows why it has failed
+        m_report.setAccountError(std::nullopt);
 }
 
 void AppState::cancelLogin() {
+    m_loginCancelled = true;
     m_oauth.cancelLogin();
 }
 
+void AppState::copyLoginAddress() const {
+    m_loginPage.copyAddress();
+}
+
 void AppState::switchAccount(const QString& accountID) {
+    m_report.setAccountError(std::nullopt);
     m_accounts.switchAccount(accountID);
 }
 
 void AppState::removeAccount(const QString& accountID) {
+    m_report.setAccountError(std::nullopt);
     m_accounts.removeAccount(accountID);
 }
 
@@ -206,6 +224,14 @@ void AppState::answerGuidance(int button) {
 
 void AppState::dismissLastError() {
     m_report.setLastError(std::nullopt);
+}
+
+void AppState::dismissAccountError() {
+    m_report.setAccountError(std::nullopt);
+}
+
+void AppState::copyText(const QString& text) const {
+    m_desktop.copyText(text);
 }
 
 void AppState::setSearchText(const QString& text) {

@@ -11,6 +11,7 @@
 #include "State/Connections.h"
 #include "State/Git/MountedRepositories.h"
 #include "State/GuidanceQuestion.h"
+#include "State/Login/LoginPage.h"
 #include "State/ProjectLoading.h"
 #include "System/HostSystem.h"
 #include "System/Native/HotkeyManager.h"
@@ -61,6 +62,7 @@ class AppState : public QObject {
     Q_PROPERTY(bool signedIn READ signedIn NOTIFY userProfileChanged)
     Q_PROPERTY(QString userName READ userName NOTIFY userProfileChanged)
     Q_PROPERTY(bool isAuthenticating READ isAuthenticating NOTIFY isAuthenticatingChanged)
+    Q_PROPERTY(QString accountError READ accountError NOTIFY accountErrorChanged)
     Q_PROPERTY(AccountListModel* accountList READ accountList CONSTANT)
     Q_PROPERTY(QVariantMap guidance READ guidance NOTIFY guidanceChanged)
     Q_PROPERTY(QString hotkeyProblem READ hotkeyProblem NOTIFY hotkeyProblemChanged)
@@ -97,6 +99,8 @@ class AppState : public QObject {
     Q_INVOKABLE void refresh();
     Q_INVOKABLE void addAccount();
     Q_INVOKABLE void cancelLogin();
+    /// Copies the address of the login that waits for the browser.
+    Q_INVOKABLE void copyLoginAddress() const;
     Q_INVOKABLE void switchAccount(const QString& accountID);
     Q_INVOKABLE void removeAccount(const QString& accountID);
     /// Does what can be done with a project; `target` is the value of a HoverTarget. Does nothing where the
@@ -106,6 +110,8 @@ class AppState : public QObject {
     /// Closes the open alert with the button that was pressed, counted from 0; -1 for none.
     Q_INVOKABLE void answerGuidance(int button);
     Q_INVOKABLE void dismissLastError();
+    Q_INVOKABLE void dismissAccountError();
+    Q_INVOKABLE void copyText(const QString& text) const;
 
     void setSearchText(const QString& text);
     void setGlobalHotkeyEnabled(bool enabled);
@@ -153,6 +159,9 @@ class AppState : public QObject {
 
     [[nodiscard]] bool isAuthenticating() const { return m_oauth.isAuthenticating(); }
 
+    /// What went wrong with the last sign-in or an account, until the next attempt; empty when nothing did.
+    [[nodiscard]] QString accountError() const { return m_report.accountError().value_or(QString()); }
+
     [[nodiscard]] const QList<Account>& accounts() const { return m_accounts.list(); }
 
     [[nodiscard]] AccountListModel* accountList() { return m_accounts.model(); }
@@ -187,6 +196,7 @@ class AppState : public QObject {
     void connectionStatusChanged();
     void userProfileChanged();
     void isAuthenticatingChanged();
+    void accountErrorChanged();
     void globalHotkeyEnabledChanged();
     void startsAtLoginChanged();
     void reconnectsAtStartChanged();
@@ -199,6 +209,7 @@ class AppState : public QObject {
     void publishParts();
     void wireHotkey();
     QCoro::Task<> startUp();
+    QCoro::Task<> signIn();
     QCoro::Task<QString> prepareLoad();
     QCoro::Task<> fillSearch();
     void applyHotkeySetting();
@@ -220,6 +231,7 @@ class AppState : public QObject {
     VSCodeLauncher m_editor;
     SharedConnections m_shared;
     ActionContext m_context;
+    LoginPage m_loginPage;
     GuidanceQuestion m_guidance;
     ProjectListModel m_visibleProjects;
     ProjectLoading m_loading;
@@ -230,7 +242,8 @@ class AppState : public QObject {
     ProjectActions m_actions;
     SleepMonitor m_sleepMonitor;
     NetworkMonitor m_networkMonitor;
-    QDeadlineTimer m_nextLoad; ///< a load that failed is not tried again by itself before
+    QDeadlineTimer m_nextLoad;     ///< a load that failed is not tried again by itself before
+    bool m_loginCancelled = false; ///< by the user, the last one
     bool m_globalHotkeyEnabled = true;
     QString m_hotkeyProblem;
 };

@@ -1,5 +1,6 @@
 #include "State/ConnectionCare.h"
 
+#include "Directory/StoredProjects.h"
 #include "Mounting/Ending/ServerState.h"
 #include "Mounting/SSHFSMounter.h"
 #include "State/ActivityReport.h"
@@ -9,9 +10,6 @@
 #include "System/Preferences.h"
 
 #include <QCoroSignal>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QPointer>
 
 #include <algorithm>
@@ -23,35 +21,6 @@ constexpr SilenceLimits silence{std::chrono::seconds(2), std::chrono::seconds(20
 constexpr std::chrono::milliseconds firstPause{500};
 constexpr std::chrono::milliseconds longestPause{30'000};
 constexpr int mostPauses = 12; // about four minutes
-
-QByteArray encoded(const QList<Project>& projects) {
-    QJsonArray array;
-    for (const Project& project : projects)
-        array.append(
-            QJsonObject{{QStringLiteral("domain"), project.domain},
-                        {QStringLiteral("name"), project.name ? QJsonValue(*project.name) : QJsonValue()},
-                        {QStringLiteral("webspaceID"), project.webspaceID},
-                        {QStringLiteral("path"), project.path},
-                        {QStringLiteral("ssh"), project.type == ProjectType::ssh}});
-    return QJsonDocument(array).toJson(QJsonDocument::Compact);
-}
-
-QList<Project> decoded(const QByteArray& json) {
-    QList<Project> projects;
-    for (const QJsonValue value : QJsonDocument::fromJson(json).array()) {
-        Project project;
-        project.domain = value[QStringLiteral("domain")].toString();
-        if (const QJsonValue name = value[QStringLiteral("name")]; name.isString())
-            project.name = name.toString();
-        project.webspaceID = value[QStringLiteral("webspaceID")].toString();
-        project.path = value[QStringLiteral("path")].toString();
-        project.type = value[QStringLiteral("ssh")].toBool() ? ProjectType::ssh : ProjectType::harvellon;
-        if (!project.domain.isEmpty() && !project.webspaceID.isEmpty() &&
-            project.path.startsWith(QLatin1Char('/')))
-            projects.append(project);
-    }
-    return projects;
-}
 } // namespace
 
 ConnectionCare::ConnectionCare(Connections& connections, SSHFSMounter& mounter, Preferences& preferences,
@@ -80,7 +49,7 @@ void ConnectionCare::forget(const QString& domain) {
 
 QCoro::Task<> ConnectionCare::startUp() {
     const QPointer<ConnectionCare> guard(this);
-    const QList<Project> former = decoded(m_preferences.data(projectsKey).value_or(QByteArray()));
+    const QList<Project> former = projectsStoredIn(m_preferences.data(projectsKey).value_or(QByteArray()));
     if (m_reconnectsAtStart) {
         for (const Project& project : former) // from now on they are remembered
             m_comingBack.insert(project.domain, project);
@@ -107,7 +76,7 @@ void ConnectionCare::remember() {
     QHash<QString, Project> wanted = m_comingBack;
     for (const Project& project : m_connections.keptProjects() + m_detached)
         wanted.insert(project.domain, project);
-    const QByteArray projects = m_reconnectsAtStart ? encoded(wanted.values()) : QByteArray();
+    const QByteArray projects = m_reconnectsAtStart ? storedProjects(wanted.values()) : QByteArray();
     if (projects != m_preferences.data(projectsKey).value_or(QByteArray()))
         m_report.remember(projectsKey, projects);
 }

@@ -1,7 +1,6 @@
 #include "State/Connections.h"
 
 #include "Actions/OpenFolder.h"
-#include "Actions/VSCodeLauncher.h"
 #include "Mounting/SSHFSMounter.h"
 #include "Mounting/Setup/SSHFSGuidance.h"
 #include "Mounting/Setup/SSHFSReadiness.h"
@@ -77,7 +76,7 @@ QCoro::Task<> Connections::connect(Project project) {
         co_return;
     Q_EMIT handedOver(domain);
     const QString folder = *target;
-    co_await m_context.editor.open(domain, folder);
+    co_await openEditor(m_context, domain, folder);
 }
 
 QCoro::Task<Connections::Reconnected> Connections::reconnect(Project project) {
@@ -98,6 +97,8 @@ QCoro::Task<Connections::Reconnected> Connections::reconnect(Project project) {
         const bool mayHelp = error.error() == MounterError::Case::mountFailed ||
                              error.error() == MounterError::Case::mountTimeout;
         outcome = mayHelp ? Reconnected::notYet : Reconnected::refused;
+    } catch (const SystemError&) {
+        outcome = Reconnected::notYet;
     }
     m_connecting.remove(domain);
     Q_EMIT connectingChanged(domain);

@@ -25,6 +25,7 @@ HostSystem HostSystem::macOS(const QString& homeFolder) {
                             {umount, {}},
                             host.forcedUnmount};
     host.opener = {QStringLiteral("/usr/bin/open"), {}};
+    host.secretOpener = host.opener; // opens nothing where no program is registered
     host.editorLaunchers = {
         QStringLiteral("/Applications/Visual Studio Code.app/Contents/Resources/app/bin/code"),
         QStringLiteral("/Applications/Visual Studio Code - Insiders.app/Contents/Resources/app/bin/code")};
@@ -50,7 +51,8 @@ HostSystem HostSystem::linuxDesktop(const QString& homeFolder, const QString& os
     host.privateFolder = homeFolder + QStringLiteral("/.local/share/HarvellonConnect");
     host.autostartFile =
         homeFolder + QStringLiteral("/.config/autostart/com.harvellon.HarvellonConnect.desktop");
-    host.temporaryFolder = QDir::tempPath();
+    // Not /tmp, where a name belongs to whoever takes it first. Editors in a sandbox see the home folder.
+    host.temporaryFolder = homeFolder + QStringLiteral("/.cache");
     host.socketFolder = host.privateFolder + QStringLiteral("/ssh"); // where there is no runtime folder
     host.sshfsCandidates = sshfsPaths;
     // attr_timeout: sshfs remembers sizes; with the kernel remembering none, opening a file asks anew.
@@ -70,6 +72,9 @@ HostSystem HostSystem::linuxDesktop(const QString& homeFolder, const QString& os
     host.unmountCommands = {
         {fusermount, {QStringLiteral("-u")}}, {QStringLiteral("/usr/bin/umount"), {}}, host.forcedUnmount};
     host.opener = {QStringLiteral("/usr/bin/xdg-open"), {}};
+    // xdg-open hands what it cannot open to the browsers in this variable.
+    host.secretOpener = {QStringLiteral("/usr/bin/env"),
+                         {QStringLiteral("BROWSER=/bin/false"), host.opener.executable}};
     host.handlerQuery = {QStringLiteral("/usr/bin/xdg-mime"),
                          {QStringLiteral("query"), QStringLiteral("default")}};
     host.editorLaunchers = {QStringLiteral("/usr/bin/code"), QStringLiteral("/snap/bin/code"),

@@ -26,7 +26,7 @@ struct HostSystem {
     QString homeFolder;
     QString privateFolder;         ///< the folder of this program inside the user's data folder
     QString socketFolder;          ///< for sockets of ssh, which must have short paths; made when needed
-    QString temporaryFolder;       ///< for generated files that may be deleted at any time
+    QString temporaryFolder;       ///< for generated files that may be deleted at any time; the user's alone
     QString preferencesFile;       ///< empty: where the desktop keeps preferences by itself
     QString autostartFile;         ///< starts the program with the desktop; empty where a service does
     bool statusItemHasMenu = true; ///< otherwise every click is for the panel
@@ -42,6 +42,7 @@ struct HostSystem {
     bool forcedUnmountDetaches = false;     ///< files that are open stay usable after it
 
     ExternalCommand opener;       ///< opens an address or a folder with the user's own program
+    ExternalCommand secretOpener; ///< opens an address that holds a password; never in a browser instead
     ExternalCommand handlerQuery; ///< prints the program for a type of address; empty where ssh has one
     QStringList editorLaunchers;  ///< where the editor's `code` command is when the search path has none
     ExternalCommand editorOpen;   ///< opens a target in the editor when no launcher is found; empty where

@@ -17,6 +17,7 @@ HostSystem HostSystem::current() {
     if (development.isEmpty()) {
         host.privateFolder = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) +
                              QStringLiteral("/HarvellonConnect");
+        host.temporaryFolder = QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation);
         host.autostartFile = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
                              QStringLiteral("/autostart/com.harvellon.HarvellonConnect.desktop");
     } else {

@@ -5,6 +5,11 @@ void Reporter::warn(const QString& message) {
     setLastError(message);
 }
 
+void Reporter::accountFailed(const QString& message) {
+    log(message, ActivityLogLevel::error);
+    setAccountError(message);
+}
+
 QCoro::Task<bool> Reporter::run(OperationTexts texts, std::function<QCoro::Task<Ending>()> work) {
     if (texts.publishesFailure)
         setLastError(std::nullopt);
@@ -29,6 +34,8 @@ QCoro::Task<bool> Reporter::run(OperationTexts texts, std::function<QCoro::Task<
     }
     if (texts.publishesFailure)
         setLastError(description);
+    if (texts.concernsAccount)
+        setAccountError(description);
     log(line, ActivityLogLevel::error);
     co_return false;
 }

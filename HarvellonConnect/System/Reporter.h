@@ -37,6 +37,7 @@ struct OperationTexts {
     QString begin;                 ///< logged at info before the work; empty for none
     QString failure;               ///< stands before the description of a failure
     bool publishesFailure = false; ///< `lastError` is cleared at the start and takes the description
+    bool concernsAccount = false;  ///< the accounts' error takes the description
 };
 
 /// Reports operations to the user: in the activity log, and failures as `lastError`. Main thread.
@@ -49,9 +50,13 @@ class Reporter {
     /// Appends one line to the activity log.
     virtual void log(const QString& message, ActivityLogLevel level) = 0;
     virtual void setLastError(std::optional<QString> error) = 0;
+    /// What went wrong with a sign-in or an account; shown with the accounts, until the next attempt.
+    virtual void setAccountError(std::optional<QString> error) = 0;
 
     /// Reports a warning that must be seen: in the activity log and as `lastError`.
     void warn(const QString& message);
+    /// Reports an error in the activity log and as the accounts' error.
+    void accountFailed(const QString& message);
 
     /// Runs `work` and reports its end, whatever it throws. Yields whether it succeeded. Must outlive the
     /// work.

@@ -5,6 +5,10 @@
 #include <QCoreApplication>
 #include <QCoroSignal>
 #include <QProcess>
+#include <QPromise>
+
+#include <memory>
+#include <unistd.h>
 
 namespace {
 constexpr qsizetype largestOutput = 16 * 1024 * 1024; // far more than any command of ours has reason to print
@@ -103,12 +107,42 @@ void Shell::launch(const QString& executable, const QStringList& arguments) {
         throw ShellError::launchFailed(executable);
 }
 
+QFuture<bool> Shell::launchWatched(const QString& executable, const QStringList& arguments) {
+    auto* const process = new QProcess; // without an owner, whose end would kill the program
+    process->setProgram(executable);
+    process->setArguments(arguments);
+    process->setStandardInputFile(QProcess::nullDevice());
+    process->setStandardOutputFile(QProcess::nullDevice());
+    process->setStandardErrorFile(QProcess::nullDevice());
+    process->setChildProcessModifier([] { ::setsid(); });
+    const auto outcome = std::make_shared<QPromise<bool>>();
+    outcome->start();
+    const auto end = [process, outcome](bool succeeded) {
+        outcome->addResult(succeeded);
+        outcome->finish();
+        process->deleteLater();
+    };
+    QObject::connect(process, &QProcess::errorOccurred, process, [end](QProcess::ProcessError error) {
+        if (error == QProcess::FailedToStart)
+            end(false);
+    });
+    QObject::connect(process, &QProcess::finished, process, [end](int code, QProcess::ExitStatus status) {
+        end(status == QProcess::NormalExit && code == 0);
+    });
+    process->start();
+    return outcome->future();
+}
+
 QCoro::Task<std::optional<QString>> Shell::which(QString name) {
     const QStringList arguments{name};
-    const ShellResult result = co_await run(QStringLiteral("/usr/bin/which"), arguments, noLimit);
-    if (result.exitCode != 0)
-        co_return std::nullopt;
-    co_return result.stdout.trimmed();
+    try {
+        const ShellResult result = co_await run(QStringLiteral("/usr/bin/which"), arguments, noLimit);
+        if (result.exitCode == 0)
+            co_return result.stdout.trimmed();
+    } catch (const ShellError&) {
+        // Not every desktop has the command; the caller goes on where it would not find anything.
+    }
+    co_return std::nullopt;
 }
 
 #include "Shell.moc"

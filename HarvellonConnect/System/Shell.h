@@ -4,6 +4,7 @@
 
 #include <QByteArray>
 #include <QCoroTask>
+#include <QFuture>
 #include <QString>
 #include <QStringList>
 
@@ -55,6 +56,12 @@ class Shell {
     /// survives the end of this program. Throws ShellError when it cannot be started.
     virtual void launch(const QString& executable, const QStringList& arguments);
 
-    /// Where `name` is found on the search path that this program inherited.
+    /// As `launch`, and finishes when the program ends: with whether it could be started and has exited with
+    /// 0.
+    [[nodiscard]] virtual QFuture<bool> launchWatched(const QString& executable,
+                                                      const QStringList& arguments);
+
+    /// Where `name` is found on the search path that this program inherited; nothing also where the host has
+    /// no command that looks.
     [[nodiscard]] QCoro::Task<std::optional<QString>> which(QString name);
 };

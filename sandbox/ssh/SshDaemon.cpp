@@ -20,28 +20,38 @@ constexpr int endLimit = 5000;           // milliseconds
 
 // sshd runs below a shell whose standard input closes when this process ends, however it ends; the shell
 // then kills sshd. Each line the shell reads is a signal for sshd and its sessions. Sessions leave sshd's
-// process group and may lose it as parent, but all hold the log file open, so that is how they are found. No
-// other program's files are looked at: one of them may lie on a mount that does not answer. The second pass
-// reaches sessions that began during the first.
+// process group and may lose it as parent, but all hold the log file open, so that is how they are found. It
+// is compared through a descriptor: another sandbox in the same folder puts a new log in its place. No other
+// program's files are looked at: one of them may lie on a mount that does not answer. sshd itself is also
+// known by its number: it may not have opened the log yet, nor be called sshd. Its end is repeated until
+// nothing is found, because sessions may begin meanwhile.
 const QString watchScript = QStringLiteral(R"(
 log=$1
 shift
+exec 3<"$log"
 each() {
-    for pass in 1 2; do
-        for process in /proc/[0-9]*; do
-            read -r name <"$process/comm" && [ "$name" = sshd ] || continue
-            for file in "$process"/fd/*; do
-                [ "$file" -ef "$log" ] && kill -s "$1" "${process#/proc/}" && break
-            done
+    found=1
+    for process in /proc/[0-9]*; do
+        read -r name <"$process/comm" || continue
+        case $name in sshd*) ;; *) continue ;; esac
+        for file in "$process"/fd/*; do
+            [ "$file" -ef /proc/$$/fd/3 ] && kill -s "$1" "${process#/proc/}" && found=0 && break
         done
     done
+    return $found
 }
-trap 'each KILL; wait' EXIT
-trap exit HUP INT TERM
-"$@" -E "$log" </dev/null >/dev/null 2>&1 &
+end() {
+    kill -s KILL $!
+    while each KILL; do sleep 0.02; done
+    wait
+}
+trap end EXIT
+trap 'exit 1' HUP INT TERM
+"$@" -E "$log" </dev/null >/dev/null 2>&1 3<&- &
 exec 2>/dev/null
 while read -r signal; do
     each "$signal"
+    each "$signal" # sessions that have begun meanwhile
     echo
 done
 )");

@@ -3,14 +3,11 @@
 #include "Actions/Rules/GrepOutput.h"
 #include "Actions/Rules/SearchDomain.h"
 #include "Actions/Rules/TerminalProgram.h"
-#include "Actions/VSCodeLauncher.h"
 #include "support/Await.h"
 
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
@@ -19,106 +16,10 @@
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
-namespace {
-class RecordingShell : public Shell {
-  public:
-    QStringList calls;
-
-    QCoro::Task<ShellResult> run(QString executable, QStringList arguments,
-                                 std::chrono::milliseconds) override {
-        calls.append(executable + u'|' + arguments.join(u'|'));
-        if (executable.endsWith("which"_L1))
-            co_return ShellResult{1, {}, {}};
-        throw ShellError::launchFailed(executable); // a missing editor must not fail the action
-    }
-};
-
-const QByteArray usualWorkspace = "{\n"
-                                  "    \"folders\": [\n"
-                                  "        {\n"
-                                  "            \"path\": \"/m/a\"\n"
-                                  "        }\n"
-                                  "    ],\n"
-                                  "    \"settings\": {\n"
-                                  "        \"editor.codeActionsOnSave\": {\n"
-                                  "            \"source.fixAll\": \"never\",\n"
-                                  "            \"source.organizeImports\": \"never\"\n"
-                                  "        },\n"
-                                  "        \"editor.formatOnSave\": false,\n"
-                                  "        \"files.watcherExclude\": {\n"
-                                  "            \"**/pdfs/**\": true\n"
-                                  "        },\n"
-                                  "        \"search.exclude\": {\n"
-                                  "            \"**/pdfs/**\": true\n"
-                                  "        }\n"
-                                  "    }\n"
-                                  "}\n";
-} // namespace
-
 class TestActions : public QObject {
     Q_OBJECT
 
   private Q_SLOTS:
-
-    void fileNames_data() {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("name");
-        QTest::newRow("usual") << u"www.example-1.org"_s << u"www.example-1.org"_s;
-        QTest::newRow("umlaut and blank") << u"bücher laden.de"_s << u"b-cher-laden.de"_s;
-        QTest::newRow("beyond the first plane") << u"a😀b"_s << u"a-b"_s;
-        QTest::newRow("edges") << u"../-a_b-.."_s << u"a_b"_s;
-        QTest::newRow("nothing left") << u".-.-"_s << u"project"_s;
-        QTest::newRow("path") << u"../../etc/passwd"_s << u"etc-passwd"_s;
-    }
-
-    void fileNames() {
-        QFETCH(QString, text);
-        QFETCH(QString, name);
-        QCOMPARE(sanitizedFileName(text), name);
-    }
-
-    void editorIsAskedInOrder() {
-        QTemporaryDir folder;
-        RecordingShell shell;
-        HostSystem host = HostSystem::macOS(folder.path());
-        host.temporaryFolder = folder.path();
-        const QString workspace = folder.filePath(u"HarvellonConnect-VSCode/example.org.code-workspace"_s);
-        const QString tree = u"/m/a \"b\""_s;
-        await(VSCodeLauncher(host, shell).open(u"example.org"_s, tree));
-        QCOMPARE(shell.calls, (QStringList{u"/usr/bin/which|code"_s,
-                                           u"/usr/bin/open|-a|Visual Studio Code|"_s + workspace}));
-        QFile file(workspace);
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        const QJsonObject content = QJsonDocument::fromJson(file.readAll()).object();
-        QCOMPARE(content.value("folders"_L1)[0]["path"_L1].toString(), tree);
-        QCOMPARE(content["settings"_L1]["editor.formatOnSave"_L1], QJsonValue(false));
-
-        const QString insiders = folder.filePath(u"insiders"_s);
-        QVERIFY(QFile::copy(workspace, insiders));
-        host.editorLaunchers = {folder.filePath(u"missing"_s), insiders};
-        host.temporaryFolder = u"/proc/nowhere"_s; // cannot be written
-        shell.calls.clear();
-        await(VSCodeLauncher(host, shell).open(u"example.org"_s, tree));
-        QCOMPARE(shell.calls.last(), insiders + u"|--new-window|--disable-workspace-trust|"_s + tree);
-    }
-
-    void aQuietWorkspaceOnlyAddsSettings() {
-        const QString tree = u"/m/a"_s;
-        QCOMPARE(workspaceFor(tree, false), usualWorkspace);
-        const auto settingsOf = [](const QByteArray& workspace) {
-            return QJsonDocument::fromJson(workspace)["settings"_L1].toObject();
-        };
-        const QJsonObject usual = settingsOf(workspaceFor(tree, false));
-        QJsonObject quiet = settingsOf(workspaceFor(tree, true));
-        QCOMPARE(quiet.take("files.watcherExclude"_L1), (QJsonObject{{u"**"_s, true}}));
-        QCOMPARE(quiet.take("git.autorefresh"_L1), QJsonValue(false));
-        QCOMPARE(quiet.take("git.autofetch"_L1), QJsonValue(false));
-        QCOMPARE(quiet.take("npm.autoDetect"_L1), QJsonValue(u"off"_s));
-        QCOMPARE(quiet.take("search.followSymlinks"_L1), QJsonValue(false));
-        QCOMPARE(quiet.take("typescript.disableAutomaticTypeAcquisition"_L1), QJsonValue(true));
-        quiet["files.watcherExclude"_L1] = usual["files.watcherExclude"_L1];
-        QCOMPARE(quiet, usual);
-    }
 
     void folderThatAppearsInTimeIsFound() {
         QTemporaryDir parent;

@@ -27,6 +27,8 @@ namespace {
 class SilentReporter : public Reporter {
     void log(const QString& /*message*/, ActivityLogLevel /*level*/) override {}
 
+    void setAccountError(std::optional<QString> /*error*/) override {}
+
     void setLastError(std::optional<QString> /*error*/) override {}
 };
 

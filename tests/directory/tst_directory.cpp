@@ -1,7 +1,9 @@
 #include "Directory/Account.h"
 #include "Directory/ApplicationsResponse.h"
 #include "Directory/DecodingError.h"
+#include "Directory/PlainDomain.h"
 #include "Directory/ProjectAPI.h"
+#include "Directory/StoredProjects.h"
 #include "System/Network/Http.h"
 #include "sandbox/Sandbox.h"
 
@@ -125,6 +127,102 @@ class TestDirectory : public QObject {
         timer.start();
         QVERIFY_THROWS_EXCEPTION(NetworkError, fetch(endpoint(), u"t"_s));
         QVERIFY(timer.elapsed() >= 14900);
+    }
+
+    void domains_data() {
+        QTest::addColumn<QString>("domain");
+        QTest::addColumn<bool>("plain");
+        for (const QString& good :
+             {u"www.example.org"_s, u"WWW.Example.ORG"_s, u"a_b.1-2.example"_s, u"localhost"_s,
+              u"127.0.0.1"_s, u"bücher.example"_s, u"xn--bcher-kva.example"_s, u"日本.example"_s,
+              u"𠮷.example"_s, QString(63, u'a'), QStringList(127, u"a"_s).join(u'.')})
+            QTest::addRow("%s", qPrintable(good.left(30))) << good << true;
+        for (const QString& bad : {u""_s,
+                                   u"."_s,
+                                   u".."_s,
+                                   u"a..b"_s,
+                                   u".a"_s,
+                                   u"a."_s,
+                                   u"-oProxyCommand=x"_s,
+                                   u"a.-b"_s,
+                                   u"../x"_s,
+                                   u"a/b"_s,
+                                   u"a\\b"_s,
+                                   u"a b"_s,
+                                   u" a"_s,
+                                   u"a\nb"_s,
+                                   u"a\x1b[2Jb"_s,
+                                   u"a\u202eb"_s,
+                                   u"a\u00adb"_s,
+                                   u"a\u034fb"_s,
+                                   u"a\u200db"_s,
+                                   u"a%2eb"_s,
+                                   u"a@b"_s,
+                                   u"a:22"_s,
+                                   u"[a]"_s,
+                                   u"::1"_s,
+                                   u"a?b"_s,
+                                   u"a#b"_s,
+                                   u"a*"_s,
+                                   u"~a"_s,
+                                   u"a=b"_s,
+                                   u"a,b"_s,
+                                   u"$a"_s,
+                                   u"a`b`"_s,
+                                   u"ｅxample.org"_s,
+                                   u"a。b"_s,
+                                   u"ﷺ.org"_s,
+                                   u"½.org"_s,
+                                   u"0"_s,
+                                   u"127.1"_s,
+                                   u"0x7f.1"_s,
+                                   u"😀.org"_s,
+                                   QString(QChar(0)),
+                                   QString(QChar(0xd800)),
+                                   QString(64, u'a'),
+                                   QString(60, u'ü'),
+                                   QString(300, u'a'),
+                                   QStringList(128, u"a"_s).join(u'.')})
+            QTest::addRow("%s", bad.left(30).toUtf8().toHex().constData()) << bad << false;
+    }
+
+    void domains() {
+        QFETCH(QString, domain);
+        QFETCH(bool, plain);
+        QCOMPARE(isPlainDomain(domain), plain);
+        QCOMPARE(isPlainSite(domain), plain || domain == u"a:22"_s);
+    }
+
+    void portsOfSites() {
+        for (const QString& good : {u"a:1"_s, u"a:8443"_s, u"a:65535"_s})
+            QVERIFY2(isPlainSite(good), qPrintable(good));
+        for (const QString& bad : {u"a:"_s, u"a:0"_s, u"a:65536"_s, u"a:+1"_s, u"a: 1"_s, u"a:1:2"_s, u":1"_s,
+                                   u"a:١"_s, u"a@b:1"_s, u"a:1@b"_s})
+            QVERIFY2(!isPlainSite(bad), qPrintable(bad));
+    }
+
+    void storedProjectsAreWhatWasStored() {
+        const QList<Project> projects{
+            {u"d.example"_s, none, u"-9223372036854775807"_s, u"/"_s, ProjectType::ssh},
+            {u"e.example"_s, u"E"_s, u"7"_s, u"/a b"_s, ProjectType::harvellon}};
+        QCOMPARE(projectsStoredIn(storedProjects(projects)), projects);
+    }
+
+    void storedProjectsThatNoDirectorySendsAreLeftOut_data() {
+        QTest::addColumn<QByteArray>("project");
+        QTest::newRow("option") << json("{'domain':'-oX','webspaceID':'1','path':'/'}");
+        QTest::newRow("other login") << json("{'domain':'d.example','webspaceID':'1@evil:/','path':'/'}");
+        QTest::newRow("not as decoded") << json("{'domain':'d.example','webspaceID':'+01','path':'/'}");
+        QTest::newRow("beyond numbers")
+            << json("{'domain':'d.example','webspaceID':'9223372036854775808','path':'/'}");
+        QTest::newRow("number") << json("{'domain':'d.example','webspaceID':1,'path':'/'}");
+        QTest::newRow("relative") << json("{'domain':'d.example','webspaceID':'1','path':'a'}");
+        QTest::newRow("no object") << json("7");
+    }
+
+    void storedProjectsThatNoDirectorySendsAreLeftOut() {
+        QFETCH(QByteArray, project);
+        QCOMPARE(projectsStoredIn('[' + project + ']'), QList<Project>());
     }
 
     void projects_data() {

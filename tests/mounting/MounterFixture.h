@@ -102,7 +102,7 @@ class MounterFixture : public QObject {
         try {
             await(m_mounter->mount(project));
             return QStringLiteral("none");
-        } catch (const MounterError& error) {
+        } catch (const Failure& error) {
             return error.description();
         }
     }

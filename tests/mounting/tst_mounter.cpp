@@ -88,7 +88,7 @@ class TestMounter : public MounterFixture {
             << u"/usr/bin/sshfs"_s << u""_s
             << u"Mount fehlgeschlagen: Application Support Verzeichnis nicht zugänglich."_s;
         QTest::newRow("data folder below a file")
-            << u"/usr/bin/sshfs"_s << u"script/p"_s << u"Not a directory"_s;
+            << u"/usr/bin/sshfs"_s << u"script/p"_s << u"%: Not a directory"_s;
     }
 
     void missingProgramsAndFoldersAreReported() {
@@ -101,7 +101,24 @@ class TestMounter : public MounterFixture {
         host.privateFolder = privateFolder.isEmpty() ? QString() : m_home->filePath(privateFolder);
         m_mounter = mounter(host);
         const QString description = mountFailure(project(0));
-        QVERIFY2(description.endsWith(failure), qPrintable(description));
+        const QString wrapped = u"Mount fehlgeschlagen: "_s;
+        QVERIFY2(description.endsWith(QString(failure).replace(u'%', host.privateFolder)),
+                 qPrintable(description));
+        QCOMPARE(description.startsWith(wrapped), failure.startsWith(wrapped));
+    }
+
+    void anOccupiedMountPointIsForcedOffOnce() {
+        QCOMPARE(mountFailure(project(0)), u"none"_s);
+        m_mounter = mounter(host()); // the destructor leaves the mount in place
+        const QString forced = host().forcedUnmount.executable + u' ' +
+                               host().forcedUnmount.argumentsFor(mountPoint(0)).join(u' ');
+        m_shell->answers.insert(forced, ShellResult{});
+        m_shell->calls.clear();
+        QCOMPARE(mountFailure(project(0)),
+                 MounterError(MounterError::Case::mountPointOccupied, mountPoint(0)).description());
+        QCOMPARE(m_shell->calls, QStringList(forced));
+        m_shell->answers.clear();
+        QCOMPARE(mountFailure(project(0)), u"none"_s);
     }
 
     void mountsOfAnEarlierRunAreForcedOff_data() {

@@ -1,4 +1,3 @@
-#include "Directory/PlainDomain.h"
 #include "Mounting/Keys/LegacyKey.h"
 #include "Mounting/MountOptions.h"
 #include "Mounting/MounterError.h"
@@ -64,21 +63,17 @@ class TestMountingRules : public QObject {
         QVERIFY(options.contains(u"fsname=HV a ,StrictHostKeyChecking"_s));
     }
 
-    void domains_data() {
-        QTest::addColumn<QString>("domain");
-        QTest::addColumn<bool>("plain");
-        QTest::newRow("usual") << u"www.example.org"_s << true;
-        QTest::newRow("umlaut") << u"bücher.example"_s << true;
-        for (const char* bad : {"", ".", "..", "a/b", "../x", "a\nb", "a b", "-oProxyCommand=x", "a:b", "a@b",
-                                "a\\b", "[a]", "a`b`", "a\x1b[2Jb", "a\xe2\x80\xae"})
-            QTest::addRow("%s", QByteArray(bad).toHex().constData()) << QString::fromUtf8(bad) << false;
-        QTest::newRow("NUL") << QString(QChar(0)) << false;
-    }
-
-    void domains() {
-        QFETCH(QString, domain);
-        QFETCH(bool, plain);
-        QCOMPARE(isPlainDomain(domain), plain);
+    void hostileDomainIsNotMounted() {
+        Project project = projectNamed(std::nullopt);
+        throwUnlessPlain(project);
+        project.domain = u"a*.example"_s;
+        try {
+            throwUnlessPlain(project);
+            QFAIL("not refused");
+        } catch (const MounterError& error) {
+            QCOMPARE(error.description(),
+                     u"Mount fehlgeschlagen: Die Domain „a*.example\" ist nicht zulässig."_s);
+        }
     }
 
     void probes_data() {

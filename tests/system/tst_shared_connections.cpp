@@ -1,6 +1,7 @@
 #include "System/Ssh/SharedConnections.h"
 
-#include "System/Ssh/SocketFolder.h"
+#include "System/Files/PrivateFolder.h"
+#include "System/Ssh/SocketPath.h"
 #include "sandbox/Sandbox.h"
 #include "sandbox/ssh/SlowLine.h"
 #include "support/Await.h"
@@ -173,7 +174,7 @@ class TestSharedConnections : public QObject {
 
     void folderOfSomebodyElseIsRefused() {
         // $1 is the folder, in one of its own
-        QStringList makes{u"mkdir -m 750 $1"_s, u"mkdir -m 701 $1"_s,
+        QStringList makes{u"mkdir -m 770 $1"_s, u"mkdir -m 703 $1"_s,
                           u"mkdir -m 700 $1.real; ln -s $1.real $1"_s, u"chmod 1777 ${1%/*}"_s,
                           u"rmdir ${1%/*}"_s};
         if (::geteuid() == 0)
@@ -183,14 +184,16 @@ class TestSharedConnections : public QObject {
             QVERIFY(QDir(above.path()).mkdir(u"d"_s));
             const QString folder = above.filePath(u"d/s"_s);
             QCOMPARE(QProcess::execute(u"/bin/sh"_s, {u"-ec"_s, make, u"sh"_s, folder}), 0);
-            QVERIFY2(!makeSocketFolder(folder), qPrintable(make));
+            QVERIFY2(!makePrivateFolder(folder), qPrintable(make));
         }
+        const QTemporaryDir read; // others may read the folder in it
+        QVERIFY(QDir(read.path()).mkdir(u"s"_s) && makePrivateFolder(read.filePath(u"s"_s)));
     }
 
     void socketThatSomebodyElseMayHavePutThereIsNotUsed() {
         open();
         const QByteArray folder = QFile::encodeName(host().socketFolder);
-        QCOMPARE(::chmod(folder.constData(), 0755), 0);
+        QCOMPARE(::chmod(folder.constData(), 0777), 0);
         const auto former = std::exchange(m_shared, std::make_unique<SharedConnections>(host(), m_shell));
         m_shared->open(m_login);
         QTRY_COMPARE(shared(), u"none"_s);

@@ -85,6 +85,22 @@ class TestShell : public QObject {
         QVERIFY(lines.at(1).toLongLong() != ::getsid(0));
         QVERIFY_THROWS_EXCEPTION(ShellError, m_shell.launch(u"/no/such/program"_s, {}));
     }
+
+    void watchedProgramsTellHowTheyEnded_data() {
+        QTest::addColumn<QString>("program");
+        QTest::addColumn<bool>("succeeds");
+        QTest::newRow("success") << u"/bin/true"_s << true;
+        QTest::newRow("failure") << u"/bin/false"_s << false;
+        QTest::newRow("no program") << u"/no/such/program"_s << false;
+    }
+
+    void watchedProgramsTellHowTheyEnded() {
+        QFETCH(QString, program);
+        QFETCH(bool, succeeds);
+        const QFuture<bool> end = m_shell.launchWatched(program, {});
+        QTRY_VERIFY(end.isFinished());
+        QCOMPARE(end.result(), succeeds);
+    }
 };
 
 QTEST_GUILESS_MAIN(TestShell)

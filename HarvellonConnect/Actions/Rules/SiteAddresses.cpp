@@ -1,7 +1,5 @@
 #include "Actions/Rules/SiteAddresses.h"
 
-#include <QUrl>
-
 namespace {
 const QString scheme = QStringLiteral("https://");
 }
@@ -12,13 +10,6 @@ QString siteAddress(const Project& project, bool backEnd) {
 
 QString shellAddress(const Project& project) {
     return QStringLiteral("ssh://") + project.sshLogin();
-}
-
-std::optional<QStringList> shellArguments(const Project& project) {
-    const QUrl url(shellAddress(project), QUrl::StrictMode);
-    if (!url.isValid() || url.host().compare(project.domain, Qt::CaseInsensitive) != 0)
-        return std::nullopt;
-    return QStringList{project.sshLogin()};
 }
 
 QString cacheAddress(const Project& project) {

@@ -6,6 +6,8 @@ import Harvellon.Desktop
 T.Button {
     id: button
 
+    property color ink: Theme.ink
+
     Accessible.name: text
     Accessible.onPressAction: button.clicked()
     focusPolicy: Qt.TabFocus
@@ -23,7 +25,7 @@ T.Button {
     background: Item {
         Rectangle {
             anchors.fill: parent
-            color: Theme.ink
+            color: button.ink
             opacity: button.down ? ButtonLook.hoverFill : button.hovered ? 0.07 : 0
             radius: ButtonLook.radius
         }
@@ -35,7 +37,7 @@ T.Button {
         }
     }
     contentItem: Text {
-        color: Theme.ink
+        color: button.ink
         font: button.font
         horizontalAlignment: Text.AlignHCenter
         text: button.text

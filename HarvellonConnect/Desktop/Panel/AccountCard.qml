@@ -71,6 +71,18 @@ Card {
         }
 
         TextButton {
+            anchors.right: cancel.left
+            anchors.rightMargin: 6
+            anchors.verticalCenter: parent.verticalCenter
+            text: "Adresse kopieren"
+            visible: card.state.isAuthenticating
+
+            onClicked: card.state.copyLoginAddress()
+        }
+
+        TextButton {
+            id: cancel
+
             anchors.right: parent.right
             anchors.rightMargin: 7
             anchors.verticalCenter: parent.verticalCenter

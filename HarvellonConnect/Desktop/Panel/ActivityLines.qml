@@ -9,6 +9,8 @@ ListView {
 
     required property ActivityLog log
 
+    signal copyRequested(text: string)
+
     Accessible.name: "Aktivitaet"
     Accessible.role: Accessible.List
     boundsBehavior: Flickable.StopAtBounds
@@ -25,6 +27,8 @@ ListView {
     }
     delegate: ActivityRow {
         width: lines.width
+
+        onCopied: lines.copyRequested(message)
     }
 
     // Not by the count, which stands still when the log is full.

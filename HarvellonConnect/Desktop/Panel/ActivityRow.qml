@@ -1,7 +1,8 @@
 import QtQuick
 import Harvellon.Desktop
 
-/// One line of the activity log.
+/// One line of the activity log. Of a message with several lines, or a very long one, it shows the beginning, and
+/// offers to copy the rest.
 Item {
     id: row
 
@@ -9,6 +10,11 @@ Item {
     required property string symbol
     required property int level
     required property string message
+
+    readonly property int mostShown: 300 ///< more would not fit, and would be laid out all the same
+    readonly property bool isLong: message.length > mostShown || /[\r\n]/.test(message.trim())
+
+    signal copied
 
     Accessible.description: time
     Accessible.name: message
@@ -36,11 +42,25 @@ Item {
     NoteLabel {
         anchors.left: parent.left
         anchors.leftMargin: 92
-        anchors.right: parent.right
-        anchors.rightMargin: Theme.inset
+        anchors.right: copy.visible ? copy.left : parent.right
+        anchors.rightMargin: copy.visible ? 4 : Theme.inset
         anchors.verticalCenter: parent.verticalCenter
         color: Theme.ink
-        elide: Text.ElideMiddle
-        text: row.message.replace(/\s*[\r\n]+\s*/g, " ")
+        elide: row.isLong ? Text.ElideRight : Text.ElideMiddle
+        text: row.message.slice(0, row.mostShown).replace(/\s*[\r\n]+\s*/g, " ")
+    }
+
+    LinkButton {
+        id: copy
+
+        Accessible.description: row.message.slice(0, row.mostShown)
+        Accessible.name: "Meldung kopieren"
+        anchors.right: parent.right
+        anchors.rightMargin: 4
+        height: row.height
+        text: "Kopieren"
+        visible: row.isLong
+
+        onClicked: row.copied()
     }
 }

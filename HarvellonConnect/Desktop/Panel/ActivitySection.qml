@@ -62,5 +62,7 @@ Card {
         visible: card.isActivityExpanded
         width: parent.width
         y: 40
+
+        onCopyRequested: text => card.state.copyText(text)
     }
 }

@@ -99,6 +99,19 @@ FocusScope {
         y: 60
     }
 
+    ErrorLine {
+        id: accountError
+
+        text: panel.state.accountError
+        visible: text !== ""
+        width: parent.width - 2 * x
+        x: Theme.panelMargin
+        y: 112
+
+        onCopied: panel.state.copyText(text)
+        onDismissed: panel.state.dismissAccountError()
+    }
+
     SearchBar {
         id: search
 
@@ -109,7 +122,7 @@ FocusScope {
         state: panel.state
         width: parent.width - 2 * x
         x: Theme.panelMargin
-        y: 112
+        y: accountError.visible ? accountError.y + accountError.height + Theme.gap : accountError.y
 
         onEnabledChanged: if (enabled) {
             focusField();
@@ -123,8 +136,9 @@ FocusScope {
         visible: panel.hasError
         width: parent.width - 2 * x
         x: Theme.panelMargin
-        y: 152
+        y: search.y + search.height + Theme.gap
 
+        onCopied: panel.state.copyText(text)
         onDismissed: panel.state.dismissLastError()
     }
 

@@ -1,19 +1,22 @@
 import QtQuick
 import Harvellon.Desktop
 
-/// The last failure, until it is put aside. Grows with its text, up to six lines.
+/// A failure, until it is put aside. Grows with its text, up to six lines; a longer text can be copied.
 Rectangle {
     id: line
 
     required property string text
 
+    readonly property bool isLong: text.length > 300 || text.split("\n").length > 6
+
+    signal copied
     signal dismissed
 
     Accessible.name: text
     Accessible.role: Accessible.AlertMessage
     border.color: Theme.badEdge
     color: Theme.badBg
-    height: Math.max(32, words.height + 14)
+    height: Math.max(32, words.height + 14 + (isLong ? copy.height : 0))
     radius: Theme.rowRadius
 
     SymbolIcon {
@@ -32,11 +35,27 @@ Rectangle {
         anchors.right: close.left
         anchors.rightMargin: 8
         anchors.verticalCenter: parent.verticalCenter
+        anchors.verticalCenterOffset: line.isLong ? -copy.height / 2 : 0
         color: Theme.badInk
         elide: Text.ElideRight
         maximumLineCount: 6
         text: line.text
         wrapMode: Text.Wrap
+    }
+
+    LinkButton {
+        id: copy
+
+        Accessible.name: "Meldung kopieren"
+        anchors.bottom: parent.bottom
+        anchors.bottomMargin: 3
+        anchors.left: words.left
+        anchors.leftMargin: -8
+        ink: Theme.badInk
+        text: "Kopieren"
+        visible: line.isLong
+
+        onClicked: line.copied()
     }
 
     SmallButton {

@@ -21,7 +21,6 @@ Item {
     function type(text: string) {
         focusField();
         field.insert(field.cursorPosition, text);
-        state.searchText = field.text;
     }
 
     opacity: enabled ? 1 : 0.45
@@ -49,7 +48,8 @@ Item {
 
         Keys.onPressed: event => event.accepted = bar.keys.press(event.key, event.modifiers)
         Keys.priority: Keys.BeforeItem
-        onTextEdited: bar.state.searchText = text
+        // Not onTextEdited: assistive technology sets the text without editing it.
+        onTextChanged: bar.state.searchText = text
 
         background: Rectangle {
             border.color: field.activeFocus ? Theme.focus : Theme.outline

@@ -73,17 +73,26 @@ Card {
         text: "Warte auf Browser-Login..."
         visible: card.state.isAuthenticating
         x: card.empty ? (card.width - width) / 2 : 50
-        y: card.empty ? 58 : list.y + list.height + 14
+        y: card.empty ? 38 : list.y + list.height + 14
     }
 
-    TextButton {
-        anchors.right: parent.right
-        anchors.rightMargin: Theme.inset
-        anchors.verticalCenter: waiting.verticalCenter
-        text: "Abbrechen"
+    Row {
+        spacing: 8
         visible: card.state.isAuthenticating
+        x: card.empty ? (card.width - width) / 2 : card.width - Theme.inset - width
+        y: card.empty ? 66 : waiting.y + (waiting.height - height) / 2
 
-        onClicked: card.state.cancelLogin()
+        TextButton {
+            text: "Adresse kopieren"
+
+            onClicked: card.state.copyLoginAddress()
+        }
+
+        TextButton {
+            text: "Abbrechen"
+
+            onClicked: card.state.cancelLogin()
+        }
     }
 
     Column {

@@ -57,11 +57,15 @@ FocusScope {
         id: page
 
         /// The additional height of an enlarged window goes to the list of accounts.
-        readonly property real extra: Math.max(0, height - 610)
+        readonly property real extra: Math.max(0, height - leastHeight)
+        readonly property real leastHeight: 610 + told
+        readonly property real told: accountError.visible ? accountError.height + Theme.gap : 0
+        /// How much lower the sections below the accounts stand.
+        readonly property real below: extra + told
 
         anchors.fill: parent
         boundsBehavior: Flickable.StopAtBounds
-        contentHeight: Math.max(height, 610)
+        contentHeight: Math.max(height, leastHeight)
         pixelAligned: true
 
         T.ScrollBar.vertical: ListScrollBar {
@@ -94,10 +98,23 @@ FocusScope {
             y: 62
         }
 
+        ErrorLine {
+            id: accountError
+
+            text: view.state.accountError
+            visible: text !== ""
+            width: view.cardWidth
+            x: Theme.settingsMargin
+            y: 202 + page.extra
+
+            onCopied: view.state.copyText(text)
+            onDismissed: view.state.dismissAccountError()
+        }
+
         SectionLabel {
             text: "Tastatur und Start"
             x: Theme.settingsMargin
-            y: 202 + page.extra
+            y: 202 + page.below
         }
 
         StartSection {
@@ -105,13 +122,13 @@ FocusScope {
             state: view.state
             width: view.cardWidth
             x: Theme.settingsMargin
-            y: 220 + page.extra
+            y: 220 + page.below
         }
 
         SectionLabel {
             text: "Verbundene Projekte"
             x: Theme.settingsMargin
-            y: 350 + page.extra
+            y: 350 + page.below
         }
 
         ProjectsSection {
@@ -119,13 +136,13 @@ FocusScope {
             state: view.state
             width: view.cardWidth
             x: Theme.settingsMargin
-            y: 368 + page.extra
+            y: 368 + page.below
         }
 
         SectionLabel {
             text: "Über"
             x: Theme.settingsMargin
-            y: 502 + page.extra
+            y: 502 + page.below
         }
 
         AboutSection {
@@ -133,7 +150,7 @@ FocusScope {
             versionText: view.versionText
             width: view.cardWidth
             x: Theme.settingsMargin
-            y: 520 + page.extra
+            y: 520 + page.below
         }
     }
 

@@ -87,7 +87,7 @@ bool StatusBarController::hasTray() const {
 }
 
 void StatusBarController::showWithoutTray() {
-    if (!hasTray())
+    if (!hasTray() && !m_hasBeenShown) // a panel that the user has closed stays closed
         show();
 }
 
@@ -129,6 +129,7 @@ void StatusBarController::toggle() {
 }
 
 void StatusBarController::show() {
+    m_hasBeenShown = true;
     PanelWindow& window = panel();
     if (!window.isVisible()) {
         choosePanelKind();

@@ -69,6 +69,7 @@ class StatusBarController : public QObject {
     QString m_versionText;
     AppState* m_state = nullptr;
     bool m_isInstalled = false;
+    bool m_hasBeenShown = false; ///< the panel has
     QMenu m_menu;
     std::unique_ptr<QSystemTrayIcon> m_statusItem; ///< null while waiting for a tray
     QElapsedTimer m_sinceInstall;

@@ -9,10 +9,6 @@
 #include <sys/stat.h>
 
 namespace {
-MounterError inaccessible(const QString& path, const QString& reason) {
-    return MounterError(MounterError::Case::mountFailed, QStringLiteral("%1: %2").arg(path, reason));
-}
-
 /// Makes `path` and its missing parents, readable by the user alone.
 void makePrivateFolder(const QString& path) {
     const QFileInfo folder(path);
@@ -20,7 +16,7 @@ void makePrivateFolder(const QString& path) {
         return;
     makePrivateFolder(folder.absolutePath());
     if (::mkdir(QFile::encodeName(path).constData(), S_IRWXU) != 0 && errno != EEXIST)
-        throw inaccessible(path, qt_error_string(errno));
+        throw SystemError(path, qt_error_string(errno));
 }
 } // namespace
 
@@ -33,5 +29,5 @@ void prepareKnownHosts(const HostSystem& host) {
     if (file.exists())
         return;
     if (!file.open(QIODevice::WriteOnly | QIODevice::NewOnly, QFile::ReadOwner | QFile::WriteOwner))
-        throw inaccessible(file.fileName(), file.errorString());
+        throw SystemError(file.fileName(), file.errorString());
 }

@@ -45,10 +45,22 @@ QCoro::Task<HttpAnswer> Http::exchange(QNetworkAccessManager& network, QNetworkR
                        });
     QObject::connect(reply.get(), &QNetworkReply::readyRead, reply.get(),
                      [&tooLarge, largestBody, reply = reply.get()] {
-                         if (reply->bytesAvailable() <= largestBody)
+                         if (largestBody == statusAlone || reply->bytesAvailable() <= largestBody)
                              return;
                          tooLarge = true;
                          reply->abort();
+                     });
+    bool answered = false;
+    QObject::connect(reply.get(), &QNetworkReply::metaDataChanged, reply.get(),
+                     [&answered, largestBody, redirects, reply = reply.get()] {
+                         const int status =
+                             reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+                         const bool followed = redirects == Redirects::followed && status > 300 &&
+                                               status <= 308 && reply->hasRawHeader("Location");
+                         if (largestBody != statusAlone || followed)
+                             return;
+                         answered = true;
+                         QTimer::singleShot(0, reply, &QNetworkReply::abort);
                      });
     if (!reply->isFinished())
         co_await reply.get();
@@ -65,7 +77,7 @@ QCoro::Task<HttpAnswer> Http::exchange(QNetworkAccessManager& network, QNetworkR
         throw NetworkError(QStringLiteral("Zu viele Weiterleitungen."));
     // With a status the server has spoken: an error then only repeats it, unless the transfer itself failed.
     const QNetworkReply::NetworkError error = reply->error();
-    if (error != QNetworkReply::NoError &&
+    if (!answered && error != QNetworkReply::NoError &&
         (!status.isValid() || error < QNetworkReply::ProxyConnectionRefusedError))
         throw NetworkError(reply->errorString());
     co_return HttpAnswer{status.toInt(), reply->readAll()};

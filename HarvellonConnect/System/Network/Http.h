@@ -48,6 +48,9 @@ inline const QString largeAnswer = QStringLiteral("Die Antwort des Servers ist z
 /// Whether a redirect is returned as the answer, or followed as a browser does, but never from https to http.
 enum class Redirects { answers, followed };
 
+/// For `largestBody`: the status is the answer, and the transfer ends with the header.
+constexpr qint64 statusAlone = 0;
+
 /// Sends one request and waits for the whole answer, at most `limit` in all, redirects included. A body
 /// beyond `largestBody` bytes ends the transfer. Anything but GET is sent once at most, without `network`,
 /// and its redirects are answers. Throws NetworkError. Main thread.

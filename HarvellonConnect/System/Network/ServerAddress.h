@@ -11,7 +11,8 @@ struct ServerAddress {
         return address.isEmpty() ? QString() : address + path;
     }
 
-    /// Accepts https anywhere and plain http to this machine's own loopback addresses alone.
+    /// Accepts https anywhere and plain http to this machine's own loopback addresses alone: scheme, host and
+    /// port, nothing behind them.
     static ServerAddress checked(const QString& text);
     /// What the environment variable HARVELLON_SERVER says, otherwise `builtIn`.
     static ServerAddress configured(const QString& builtIn);

@@ -1,6 +1,7 @@
 #include "System/Ssh/SharedConnections.h"
 
-#include "System/Ssh/SocketFolder.h"
+#include "System/Files/PrivateFolder.h"
+#include "System/Ssh/SocketPath.h"
 #include "System/Ssh/SshOptions.h"
 
 #include <QCoroSignal>
@@ -125,7 +126,7 @@ QCoro::Task<> SharedConnections::work(QString login) {
     const QPointer<SharedConnections> guard(this);
     const std::optional<QString> socket = socketFor(login);
     m_opened.remove(login);
-    if (!socket || !makeSocketFolder(m_host.socketFolder))
+    if (!socket || !makePrivateFolder(m_host.socketFolder))
         co_return;
     if (QFileInfo::exists(*socket)) {
         const QStringList stop =

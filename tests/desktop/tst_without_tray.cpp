@@ -1,0 +1,55 @@
+#include "desktop/DesktopFixture.h"
+
+#include <QProcess>
+#include <QSystemTrayIcon>
+
+/// The panel on a desktop that has no tray.
+class TestWithoutTray : public QObject {
+    Q_OBJECT
+
+    QTemporaryDir m_platformFolder;
+    std::unique_ptr<sandbox::Sandbox> m_platform;
+
+  private Q_SLOTS:
+
+    void initTestCase() {
+        QVERIFY(!QSystemTrayIcon::isSystemTrayAvailable());
+        m_platform = std::make_unique<sandbox::Sandbox>(sandbox::Options{m_platformFolder.path(), 0, false});
+    }
+
+    void panelOpensByItselfUnlessTheUserHasClosedIt_data() {
+        QTest::addColumn<bool>("closed");
+        QTest::newRow("untouched") << false;
+        QTest::newRow("closed by the user") << true;
+    }
+
+    void panelOpensByItselfUnlessTheUserHasClosedIt() {
+        QFETCH(bool, closed);
+        const DesktopFixture desktop(m_platform->server());
+        if (closed) {
+            desktop.statusBar->toggle();
+            QVERIFY2(desktop.statusBar->isShown(), "it has opened by itself before");
+            desktop.statusBar->toggle();
+            QVERIFY(!desktop.statusBar->isShown());
+            QTest::qWait(1500);
+            QVERIFY(!desktop.statusBar->isShown());
+        } else {
+            QTRY_VERIFY(desktop.statusBar->isShown());
+        }
+    }
+};
+
+int main(int argc, char* argv[]) {
+    QProcess server; // with nothing on it
+    server.start(QStringLiteral("Xvfb"), {QStringLiteral("-displayfd"), QStringLiteral("1"),
+                                          QStringLiteral("-nolisten"), QStringLiteral("tcp")});
+    if (!server.waitForReadyRead())
+        qFatal("no X server");
+    qputenv("DISPLAY", ':' + server.readLine().trimmed());
+    const int failures = runOnDesktop<TestWithoutTray>(argc, argv);
+    server.terminate();
+    server.waitForFinished();
+    return failures;
+}
+
+#include "tst_without_tray.moc"
