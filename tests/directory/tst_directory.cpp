@@ -76,6 +76,9 @@ class TestDirectory : public QObject {
         QCOMPARE(requests.size(), 1);
         QCOMPARE(requests.first().method, QByteArray("POST"));
         QCOMPARE(requests.first().headers.value("authorization"), QByteArray("Bearer ") + token.toUtf8());
+        QCOMPARE(requests.first().headers.value("accept"), QByteArray("application/json"));
+        QCOMPARE(requests.first().headers.value("content-type"), QByteArray("application/json"));
+        QCOMPARE(requests.first().body, QByteArray());
     }
 
     void asksNothingWithoutTokenOrAddress() {
