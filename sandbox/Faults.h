@@ -17,9 +17,9 @@ struct Fault {
     int status = 0;                     ///< answered instead of the real answer; 0 for none
     bool refusePost = false;            ///< 405 on POST
     std::chrono::milliseconds delay{0}; ///< before any answer, the real one included
-    QByteArray body;                    ///< sent instead of the real body when not empty
+    QByteArray body{};                  ///< sent instead of the real body when not empty
     QByteArray contentType{"application/json"};
-    QByteArray location; ///< of a redirect; goes with a status of 3xx
+    QByteArray location{}; ///< of a redirect; goes with a status of 3xx
 
     qint64 padding = 0;                ///< number of blanks sent after the body
     bool cut = false;                  ///< Content-Length is larger than the body sent

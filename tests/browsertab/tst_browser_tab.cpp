@@ -2,6 +2,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QStringEncoder>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QtEndian>
@@ -31,9 +32,7 @@ QByteArray command(quint8 id, qint32 first, qint32 second) {
 }
 
 QByteArray page(qint32 tab, qint32 index, const QByteArray& address, const QString& title) {
-    QByteArray text;
-    for (const QChar unit : title)
-        text += QByteArray(1, static_cast<char>(unit.unicode() & 0xff)) + char(unit.unicode() >> 8);
+    const QByteArray text = QStringEncoder(QStringEncoder::Utf16LE)(title);
     const auto padded = [](const QByteArray& bytes) {
         return bytes + QByteArray((4 - bytes.size() % 4) % 4, '\0');
     };
@@ -83,39 +82,33 @@ class TestBrowserTab : public QObject {
     void sessionFiles_data() {
         QTest::addColumn<QByteArray>("file");
         QTest::addColumn<QString>("windows");
+        const auto row = [](const char* name, const QByteArray& file, const QString& windows) {
+            QTest::newRow(name) << file << windows;
+        };
         const QString both = u"https://b.example/ B, https://c.example/ C*"_s;
-        QTest::newRow("two windows") << session() << both;
-        QTest::newRow("torn tail") << session() + page(3, 1, "https://d.example/", {}).chopped(5) << both;
-        QTest::newRow("half a length") << session() + QByteArray(1, '\7') << both;
-        QTest::newRow("unknown commands")
-            << session() + command(99, number(1)) + command(19, QByteArray(3, 'x')) << both;
-        QTest::newRow("other tab") << session() + command(8, firstWindow, 0)
-                                   << u"https://a.example/ Ä, https://c.example/ C*"_s;
-        QTest::newRow("next page") << session() + page(3, 1, "https://d.example/", u"D"_s) + command(7, 3, 1)
-                                   << u"https://b.example/ B, https://d.example/ D*"_s;
-        QTest::newRow("title later") << session() + page(3, 0, "https://c.example/", u"Neu"_s)
-                                     << u"https://b.example/ B, https://c.example/ Neu*"_s;
-        QTest::newRow("history cut before")
-            << session() + page(3, 1, "https://d.example/", u"D"_s) + command(7, 3, 1) + command(11, 3, 1)
-            << u"https://b.example/ B, https://d.example/ D*"_s;
-        QTest::newRow("history cut inside")
-            << session() + page(3, 1, "https://x.example/", {}) + page(3, 2, "https://d.example/", u"D"_s) +
-                   command(7, 3, 2) + command(24, number(3) + number(1) + number(1))
-            << u"https://b.example/ B, https://d.example/ D*"_s;
-        QTest::newRow("tab closed") << session() + command(16, number(1) + QByteArray(12, '\0')) +
-                                           command(8, firstWindow, 0)
-                                    << both;
-        QTest::newRow("window closed") << session() + command(17, number(secondWindow) + QByteArray(12, '\0'))
-                                       << u"https://b.example/ B"_s;
-        QTest::newRow("window without a page") << session() + tabOf(300, 9, 0) + command(8, 300, 0) << both;
-        QTest::newRow("length that lies")
-            << session() + command(6, number(0) + number(3) + number(0) + number(0x7fffffff)) +
-                   command(6, number(0) + number(3) + number(0) + number(-1))
-            << both;
-        QTest::newRow("empty") << header(1) << u""_s;
-        QTest::newRow("encrypted") << "SNSS" + number(4) << QString();
-        QTest::newRow("something else") << QByteArray("SQLite format 3") << QString();
-        QTest::newRow("nothing") << QByteArray() << QString();
+        const QString next = u"https://b.example/ B, https://d.example/ D*"_s;
+        const QByteArray d = page(3, 1, "https://d.example/", u"D"_s);
+        row("torn tail", session() + d.chopped(5), both);
+        row("unknown commands", session() + command(99, number(1)) + command(19, "xxx"), both);
+        row("other tab", session() + command(8, firstWindow, 0),
+            u"https://a.example/ Ä, https://c.example/ C*"_s);
+        row("next page", session() + d + command(7, 3, 1), next);
+        row("history cut before", session() + d + command(7, 3, 1) + command(11, 3, 1), next);
+        row("history cut inside",
+            session() + page(3, 1, "https://x.example/", {}) + page(3, 2, "https://d.example/", u"D"_s) +
+                command(7, 3, 2) + command(24, number(3) + number(1) + number(1)),
+            next);
+        row("tab closed", session() + command(16, number(1)) + command(8, firstWindow, 0), both);
+        row("window closed", session() + command(17, number(secondWindow)), u"https://b.example/ B"_s);
+        row("window without a page", session() + tabOf(300, 9, 0) + command(8, 300, 0), both);
+        row("length that lies",
+            session() + command(6, number(0) + number(3) + number(0) + number(0x7fffffff)) +
+                command(6, number(0) + number(3) + number(0) + number(-1)),
+            both);
+        row("empty", header(1), u""_s);
+        row("encrypted", header(4), {});
+        row("something else", "SQLite format 3", {});
+        row("nothing", "", {});
     }
 
     void sessionFiles() {
@@ -131,30 +124,23 @@ class TestBrowserTab : public QObject {
         QTest::addColumn<QList<ScreenWindow>>("screen");
         QTest::addColumn<QString>("address"); // empty for none
         QTest::addColumn<bool>("current");
+        const auto row = [](const char* name, const QList<SavedWindow>& windows,
+                            const QList<ScreenWindow>& screen, const QString& address,
+                            bool current) { QTest::newRow(name) << windows << screen << address << current; };
         const SavedWindow a = saved("A", "https://a");
         const SavedWindow b = saved("B", "https://b", true);
         const ScreenWindow shownA = onScreen("A - Chromium");
         const ScreenWindow shownB = onScreen("B - Chromium");
-        using Saved = QList<SavedWindow>;
-        using Screen = QList<ScreenWindow>;
-        QTest::newRow("no screen: used last") << Saved{a, b} << Screen() << u"https://b"_s << true;
-        QTest::newRow("topmost, not used last")
-            << Saved{a, b} << Screen{shownA, shownB} << u"https://a"_s << true;
-        QTest::newRow("web app above")
-            << Saved{a, b} << Screen{onScreen("B - Chromium", 1, true), shownA} << u"https://a"_s << true;
-        QTest::newRow("same title twice: used last")
-            << Saved{a, saved("A", "https://c", true)} << Screen{shownA, shownA} << u"https://c"_s << true;
-        QTest::newRow("without a title")
-            << Saved{saved("", "http://x.example/p/"), b}
-            << Screen{onScreen("x.example/p - Chromium"), shownB} << u"http://x.example/p/"_s << true;
-        QTest::newRow("changed its title")
-            << Saved{a, b} << Screen{onScreen("(3) A! - Chromium"), shownB} << u"https://a"_s << false;
-        QTest::newRow("not saved") << Saved{a, b} << Screen{onScreen("Geheim - Chromium"), shownA, shownB}
-                                   << u""_s << false;
-        QTest::newRow("one of two not saved")
-            << Saved{a, b} << Screen{onScreen("Geheim - Chromium"), onScreen("(3) A! - Chromium"), shownB}
-            << u""_s << false;
-        QTest::newRow("nothing saved") << Saved() << Screen{shownA} << u""_s << false;
+        const ScreenWindow changed = onScreen("(3) A! - Chromium");
+        row("no screen: used last", {a, b}, {}, u"https://b"_s, true);
+        row("web app above", {a, b}, {onScreen("B - Chromium", 1, true), shownA}, u"https://a"_s, true);
+        row("same title twice: used last", {a, saved("A", "https://c", true)}, {shownA, shownA},
+            u"https://c"_s, true);
+        row("without a title", {saved("", "http://x.example/p/"), b},
+            {onScreen("x.example/p - Chromium"), shownB}, u"http://x.example/p/"_s, true);
+        row("changed its title", {a, b}, {changed, shownB}, u"https://a"_s, false);
+        row("one of two not saved", {a, b}, {onScreen("Geheim - Chromium"), changed, shownB}, {}, false);
+        row("nothing saved", {}, {shownA}, {}, false);
     }
 
     void frontWindows() {

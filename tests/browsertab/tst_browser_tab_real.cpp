@@ -33,50 +33,36 @@ class TestBrowserTabReal : public QObject {
         return QUrl::fromLocalFile(m_home->filePath(QLatin1String(name))).toString();
     }
 
-    [[nodiscard]] static QStringList browserArguments() {
-        return {u"--no-sandbox"_s,
-                u"--password-store=basic"_s,
-                u"--no-first-run"_s,
-                u"--disable-background-networking"_s,
-                u"--disable-component-update"_s,
-                u"--disable-sync"_s};
+    static QStringList browserArguments(const QStringList& further) {
+        return QStringList{u"--no-sandbox"_s,   u"--password-store=basic"_s,
+                           u"--no-first-run"_s, u"--disable-background-networking"_s,
+                           u"--disable-sync"_s, u"--disable-component-update"_s} +
+               further;
     }
 
-    static void browse(const QStringList& arguments) {
+    /// What a program prints; what it says and an exclamation mark when it fails.
+    static QString output(const QString& program, const QStringList& arguments = {}) {
         QProcess process;
-        process.setStandardOutputFile(QProcess::nullDevice());
-        process.setStandardErrorFile(QProcess::nullDevice());
-        process.start(u"chromium"_s, browserArguments() + arguments);
-        process.waitForFinished();
-    }
-
-    /// What the program prints; what it says and an exclamation mark when it fails.
-    static QString tab() {
-        QProcess process;
-        process.start(QStringLiteral(HARVELLON_BROWSER_TAB), QStringList());
+        process.start(program, arguments);
         process.waitForFinished();
         const QString out = QString::fromUtf8(process.readAllStandardOutput()).trimmed();
         const QString error = QString::fromUtf8(process.readAllStandardError()).trimmed();
-        return process.exitCode() == 0 && error.isEmpty() ? out : error + u'!';
+        return process.exitCode() == 0 ? out : error + u'!';
     }
 
-    static QByteArray xdotool(const QStringList& arguments) {
-        QProcess process;
-        process.start(u"xdotool"_s, arguments);
-        process.waitForFinished();
-        return process.readAllStandardOutput().trimmed();
-    }
+    static QString tab() { return output(QStringLiteral(HARVELLON_BROWSER_TAB)); }
 
-    static void type(const char* keys) { xdotool({u"key"_s, QLatin1String(keys)}); }
+    static void browse(const QStringList& further) { output(u"chromium"_s, browserArguments(further)); }
+
+    static QString xdotool(const QStringList& arguments) { return output(u"xdotool"_s, arguments); }
 
     /// Waits until a page's title is that of the focused window. A browser that has just been started is
     /// raised: no window manager is bound to give it the focus.
-    static bool isInFront(const char* title, bool raise = false) {
+    static bool isInFront(const QString& title, bool raise = false) {
         const auto isThere = [title, raise] {
             if (raise) {
-                const QByteArray window = xdotool(
-                    {u"search"_s, u"--onlyvisible"_s, u"--name"_s, QLatin1Char('^') + QLatin1String(title)});
-                xdotool({u"windowactivate"_s, QString::fromLatin1(window.split('\n').first())});
+                const QString found = xdotool({u"search"_s, u"--onlyvisible"_s, u"--name"_s, u'^' + title});
+                xdotool({u"windowactivate"_s, found.section(u'\n', 0, 0)});
             }
             return xdotool({u"getactivewindow"_s, u"getwindowname"_s}).startsWith(title);
         };
@@ -116,31 +102,31 @@ class TestBrowserTabReal : public QObject {
         QFETCH(bool, accessible);
         QCOMPARE(tab(), u"Google Chrome läuft nicht.!"_s);
         setAccessibility(accessible);
-        QStringList arguments = browserArguments();
+        QStringList arguments{page("a.html"), page("b.html")};
         if (accessible)
             arguments.append(u"--force-renderer-accessibility"_s);
-        m_browser.start(u"chromium"_s, arguments + QStringList{page("a.html"), page("b.html")});
-        QVERIFY(isInFront("Seite a", true));
+        m_browser.start(u"chromium"_s, browserArguments(arguments));
+        QVERIFY(isInFront(u"Seite a"_s, true));
         QTRY_COMPARE_WITH_TIMEOUT(tab(), page("a.html"), 10000);
 
         browse({u"--new-window"_s, page("c.html"), page("d.html")});
-        QVERIFY(isInFront("Seite c"));
+        QVERIFY(isInFront(u"Seite c"_s));
         QTRY_COMPARE_WITH_TIMEOUT(tab(), page("c.html"), 10000);
-        type("ctrl+Tab");
-        QVERIFY(isInFront("Seite d"));
+        xdotool({u"key"_s, u"ctrl+Tab"_s});
+        QVERIFY(isInFront(u"Seite d"_s));
         QCOMPARE(tab(), page("d.html")); // at once, before it is written down
 
         xdotool({u"search"_s, u"--name"_s, u"^Seite a"_s, u"windowactivate"_s, u"--sync"_s});
-        QVERIFY(isInFront("Seite a"));
+        QVERIFY(isInFront(u"Seite a"_s));
         QCOMPARE(tab(), page("a.html"));
-        type("ctrl+l");
+        xdotool({u"key"_s, u"ctrl+l"_s});
         xdotool({u"type"_s, u"half.typed.example"_s});
         QCOMPARE(tab(), page("a.html"));
         if (accessible)
             return;
 
         browse({u"--incognito"_s, u"data:text/html,<title>Geheim</title>x"_s});
-        QVERIFY(isInFront("Geheim"));
+        QVERIFY(isInFront(u"Geheim"_s));
         QCOMPARE(tab(), u"Das vorderste Chrome-Fenster ist nicht gespeichert; bei "
                         "Inkognito-Fenstern ist das immer so.!"_s);
     }

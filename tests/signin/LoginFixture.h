@@ -9,7 +9,6 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-using sandbox::Fault;
 using Endpoint = sandbox::Sandbox::Endpoint;
 
 inline const QString account = QStringLiteral("8f14e45f-erika");
@@ -44,6 +43,18 @@ class LoginFixture : public QObject {
         m_oauth = std::make_unique<OAuthManager>(
             ServerAddress::checked(m_platform->server()), m_network, m_keychain,
             [this](const QUrl& address) { m_browser(address); }, limits);
+    }
+
+    sandbox::IssuedTokens signIn() {
+        const sandbox::IssuedTokens tokens = m_platform->signIn(QStringLiteral("erika"));
+        await(m_oauth->saveTokens(tokens.accessToken, tokens.refreshToken, account));
+        return tokens;
+    }
+
+    /// Begins a renewal that takes a while, and ends with `status` where it is not 0.
+    QCoro::Task<> slowRenewal(int status = 0) {
+        m_platform->setFault(Endpoint::token, {.status = status, .delay = std::chrono::milliseconds(200)});
+        return m_oauth->renewTokens(*m_oauth->accessToken());
     }
 
     [[nodiscard]] std::optional<QByteArray> stored(const char* item) {

@@ -2,7 +2,6 @@
 
 #include <QElapsedTimer>
 #include <QNetworkReply>
-#include <QProcess>
 #include <QTcpSocket>
 #include <QTimer>
 #include <QUrlQuery>
@@ -20,9 +19,8 @@ class TestLogin : public LoginFixture {
     Q_OBJECT
 
     /// A browser that has chosen `parameters` on the sign-in page.
-    void browse(const QUrl& address, const QString& parameters) {
-        QNetworkRequest request(QUrl(address.toString(QUrl::FullyEncoded) + parameters));
-        connect(m_network.get(request), &QNetworkReply::finished, this, [] {});
+    QNetworkReply* browse(const QUrl& address, const QString& parameters) {
+        return m_network.get(QNetworkRequest(QUrl(address.toString(QUrl::FullyEncoded) + parameters)));
     }
 
     /// A request straight to the listener; returns all that it answers.
@@ -32,21 +30,17 @@ class TestLogin : public LoginFixture {
         socket.connectToHost(QHostAddress::LocalHost, static_cast<quint16>(redirect.port()));
         socket.write("GET " + target + " HTTP/1.1\r\nHost: 127.0.0.1\r\n\r\n");
         QByteArray answer;
-        QElapsedTimer timer;
-        timer.start();
-        while (socket.state() != QAbstractSocket::UnconnectedState && timer.elapsed() < 3000) {
-            QTest::qWait(5);
+        const bool ended = QTest::qWaitFor([&] {
             answer += socket.readAll();
-        }
-        return answer + socket.readAll();
+            return socket.state() == QAbstractSocket::UnconnectedState;
+        });
+        return ended ? answer + socket.readAll() : "still open";
     }
 
     QString loginFailure() {
         try {
             await(m_oauth->startLogin());
-        } catch (const OAuthError& error) {
-            return error.description();
-        } catch (const NetworkError& error) {
+        } catch (const Failure& error) {
             return error.description();
         }
         return u"none"_s;
@@ -56,9 +50,10 @@ class TestLogin : public LoginFixture {
 
     void loginYieldsTokensAndWhoTheyBelongTo() {
         QUrl asked;
-        m_browser = [this, &asked](const QUrl& address) {
+        QNetworkReply* page = nullptr;
+        m_browser = [&](const QUrl& address) {
             asked = address;
-            browse(address, u"&identity=erika"_s);
+            page = browse(address, u"&identity=erika"_s);
         };
         const AuthResult result = await(m_oauth->startLogin());
         QCOMPARE(result.accountID, std::optional(account));
@@ -72,6 +67,12 @@ class TestLogin : public LoginFixture {
         QCOMPARE(valueIn(asked, u"scope"_s), u"openid profile email"_s);
         QCOMPARE(valueIn(asked, u"state"_s).size(), 43);
         QVERIFY(!stored("-access-token")); // storing is the caller's step
+        QTRY_VERIFY(page->isFinished());   // as a whole, though the port is closed
+        QCOMPARE(page->error(), QNetworkReply::NoError);
+        const QByteArray text = page->readAll();
+        for (const char* told : {"Login erfolgreich", "Du bist jetzt mit Harvellon Connect verbunden.",
+                                 "Authentifiziert", "Du kannst diesen Tab jetzt schliessen.", "</html>"})
+            QVERIFY2(text.contains(told), told);
     }
 
     void badCallbacks_data() {
@@ -80,9 +81,7 @@ class TestLogin : public LoginFixture {
         const QString state = u"Sicherheitspruefung fehlgeschlagen (State stimmt nicht ueberein)."_s;
         const QString code = u"Kein Authorization Code vom Server erhalten."_s;
         QTest::newRow("wrong state") << QByteArray("/callback?code=abc&state=WRONG") << state;
-        QTest::newRow("no query") << QByteArray("/callback") << state;
         QTest::newRow("refused by the user") << QByteArray("/callback?error=access_denied&state=%S") << code;
-        QTest::newRow("empty code") << QByteArray("/x?code=&state=%S") << code;
         QTest::newRow("invented code")
             << QByteArray("/any/path?code=abc&state=%S") << u"Token-Austausch fehlgeschlagen: HTTP 400"_s;
     }
@@ -99,7 +98,6 @@ class TestLogin : public LoginFixture {
         };
         QCOMPARE(loginFailure(), failure);
         QTRY_VERIFY(answer.contains("Login erfolgreich")); // the tab shows the page in any case
-        QVERIFY(answer.endsWith("</html>\n"));
         QVERIFY(!m_oauth->isAuthenticating());
         QCOMPARE(m_oauth->authError(), std::optional(failure));
         QCOMPARE(callBack(asked, target), QByteArray()); // the port is closed
@@ -121,10 +119,9 @@ class TestLogin : public LoginFixture {
         m_browser = [&](const QUrl& address) {
             early.connectToHost(QHostAddress::LocalHost,
                                 static_cast<quint16>(QUrl(valueIn(address, u"redirect_uri"_s)).port()));
-            connect(&early, &QTcpSocket::connected, this, [this, address, &early] {
-                early.disconnectFromHost();
-                browse(address, u"&identity=erika"_s);
-            });
+            QVERIFY(early.waitForConnected());
+            early.disconnectFromHost();
+            browse(address, u"&identity=erika"_s);
         };
         QCOMPARE(await(m_oauth->startLogin()).accountID, std::optional(account));
     }
@@ -136,32 +133,10 @@ class TestLogin : public LoginFixture {
         QCOMPARE(loginFailure(), u"Callback-Server fehlgeschlagen: Listener abgebrochen."_s);
     }
 
-    void realBrowserShowsTheWholePage() {
-        const QString chromium = u"/usr/bin/chromium"_s;
-        QProcess browser;
-        QTemporaryDir profile;
-        m_browser = [&](const QUrl& address) {
-            browser.start(chromium,
-                          {u"--headless"_s, u"--no-sandbox"_s, u"--disable-gpu"_s, u"--no-first-run"_s,
-                           u"--disable-background-networking"_s, u"--disable-component-update"_s,
-                           u"--disable-sync"_s, u"--password-store=basic"_s,
-                           u"--user-data-dir="_s + profile.path(), u"--dump-dom"_s,
-                           address.toString(QUrl::FullyEncoded) + u"&identity=erika"_s});
-        };
-        QCOMPARE(await(m_oauth->startLogin()).accountID, std::optional(account));
-        QTRY_COMPARE_WITH_TIMEOUT(browser.state(), QProcess::NotRunning, 20000);
-        const QString page = QString::fromUtf8(browser.readAllStandardOutput());
-        for (const char* text : {"Login erfolgreich", "Du bist jetzt mit Harvellon Connect verbunden.",
-                                 "Authentifiziert", "Du kannst diesen Tab jetzt schliessen."})
-            QVERIFY2(page.contains(QString::fromUtf8(text)), text);
-    }
-
     void aBrowserThatStaysSilentEndsTheLogin() {
         QUrl asked;
         m_browser = [&asked](const QUrl& address) { asked = address; };
-        OAuthLimits limits;
-        limits.login = std::chrono::milliseconds(300);
-        makeManager(limits);
+        makeManager({.login = std::chrono::milliseconds(300)});
         QElapsedTimer timer;
         timer.start();
         QCOMPARE(loginFailure(), u"Login-Timeout: Keine Antwort vom Browser erhalten."_s);

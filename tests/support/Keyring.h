@@ -1,5 +1,7 @@
 #pragma once
 
+#include "support/PrivateBus.h"
+
 #include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
@@ -12,33 +14,14 @@
 class Keyring {
   public:
     Keyring() {
-        QFile configuration(m_folder.filePath(QStringLiteral("bus.conf")));
-        if (!configuration.open(QIODevice::WriteOnly))
-            qFatal("no configuration");
-        configuration.write(
-            "<busconfig><type>session</type><listen>unix:path=" +
-            QFile::encodeName(m_folder.filePath(QStringLiteral("bus"))) +
-            "</listen><policy context='default'><allow send_destination='*' eavesdrop='true'/>"
-            "<allow eavesdrop='true'/><allow own='*'/></policy></busconfig>");
-        configuration.close();
-        m_bus.start(
-            QStringLiteral("/usr/bin/dbus-daemon"),
-            {QStringLiteral("--nofork"), QStringLiteral("--config-file=") + configuration.fileName()});
-        if (!QTest::qWaitFor([this] { return QFile::exists(m_folder.filePath(QStringLiteral("bus"))); }))
-            qFatal("no bus");
-        qputenv("DBUS_SESSION_BUS_ADDRESS",
-                "unix:path=" + QFile::encodeName(m_folder.filePath(QStringLiteral("bus"))));
+        m_bus.start();
+        qputenv("DBUS_SESSION_BUS_ADDRESS", m_bus.address().toUtf8());
         qputenv("XDG_DATA_HOME", QFile::encodeName(m_folder.path()));
         qunsetenv("DISPLAY"); // a keyring that sees one opens a dialog
         start();
     }
 
-    ~Keyring() {
-        kill();
-        m_bus.kill();
-        m_bus.waitForFinished();
-    }
-
+    ~Keyring() { kill(); }
     Q_DISABLE_COPY_MOVE(Keyring)
 
     /// `locked`: what was stored before is not to be had without a password, which nobody can be asked for.
@@ -70,6 +53,6 @@ class Keyring {
 
   private:
     QTemporaryDir m_folder;
-    QProcess m_bus;
+    PrivateBus m_bus;
     QProcess m_daemon;
 };

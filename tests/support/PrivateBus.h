@@ -5,7 +5,8 @@
 #include <QString>
 #include <QTemporaryDir>
 
-/// A message bus for one test. It can be ended and started again at the same address. Main thread.
+/// A message bus for one test, which starts no services. It can be ended and started again at the same
+/// address. Main thread.
 class PrivateBus {
   public:
     PrivateBus() = default;
@@ -18,10 +19,17 @@ class PrivateBus {
     void start() {
         if (m_daemon.state() != QProcess::NotRunning)
             return;
+        QFile configuration(m_folder.filePath(QStringLiteral("bus.conf")));
+        if (!configuration.open(QIODevice::WriteOnly))
+            qFatal("no configuration");
+        configuration.write(
+            "<busconfig><type>session</type><listen>" + address().toUtf8() +
+            "</listen><policy context='default'><allow send_destination='*'/><allow eavesdrop='true'/>"
+            "<allow own='*'/></policy></busconfig>");
+        configuration.close();
         m_daemon.start(QStringLiteral("/usr/bin/dbus-daemon"),
-                       {QStringLiteral("--session"), QStringLiteral("--nofork"),
-                        QStringLiteral("--nopidfile"), QStringLiteral("--print-address"),
-                        QStringLiteral("--address=") + address()});
+                       {QStringLiteral("--nofork"), QStringLiteral("--print-address"),
+                        QStringLiteral("--config-file=") + configuration.fileName()});
         if (!m_daemon.waitForReadyRead()) // the address, printed when it listens
             qFatal("no bus");
     }

@@ -81,9 +81,7 @@ class StandInLoginManager : public QDBusVirtualObject {
             return false;
         requests.append(call.arguments());
         if (m_asleep)
-            bus().send(call.createErrorReply(
-                QStringLiteral("org.freedesktop.login1.OperationInProgress"),
-                QStringLiteral("The operation inhibition has been requested for is already running")));
+            bus().send(call.createErrorReply(QDBusError::Failed, QStringLiteral("already asleep")));
         else
             grant(call);
         return true;

@@ -3,12 +3,10 @@
 
 #include "support/Await.h"
 
-#include <QElapsedTimer>
 #include <QNetworkAccessManager>
 #include <QSslCertificate>
 #include <QSslConfiguration>
-#include <QSslKey>
-#include <QSslServer>
+#include <QTcpServer>
 #include <QTcpSocket>
 #include <QTemporaryDir>
 #include <QTest>
@@ -21,65 +19,45 @@ using namespace std::chrono_literals;
 namespace {
 enum class Then { keepsOpen, closes, resets };
 
-std::unique_ptr<QTcpServer> secureServer(const sandbox::Sites& sites) {
-    QSslConfiguration configuration = QSslConfiguration::defaultConfiguration();
-    configuration.setLocalCertificate(QSslCertificate::fromPath(sites.certificate()).first());
-    QFile key(QFileInfo(sites.certificate()).path() + u"/site.key"_s);
-    if (!key.open(QIODevice::ReadOnly))
-        qFatal("no key");
-    configuration.setPrivateKey(QSslKey(&key, QSsl::Ec));
-    auto server = std::make_unique<QSslServer>();
-    server->setSslConfiguration(configuration);
-    return server;
-}
-
 /// Gives each connection the same answer, and keeps what was asked.
 class Server {
   public:
-    Server(QByteArray body, QByteArray answer, Then then,
-           std::unique_ptr<QTcpServer> server = std::make_unique<QTcpServer>())
-        : m_server(std::move(server)) {
-        m_server->listen(QHostAddress::LocalHost);
-        QObject::connect(m_server.get(), &QTcpServer::pendingConnectionAvailable, m_server.get(),
-                         [this, body, answer, then] {
-                             QTcpSocket* socket = m_server->nextPendingConnection();
-                             QObject::connect(
-                                 socket, &QTcpSocket::readyRead, socket, [this, socket, body, answer, then] {
-                                     m_asked += socket->readAll();
-                                     if (!m_asked.endsWith("\r\n\r\n" + body))
-                                         return;
-                                     socket->write(answer);
-                                     socket->flush();
-                                     if (then == Then::resets) {
-                                         const linger now{1, 0};
-                                         ::setsockopt(static_cast<int>(socket->socketDescriptor()),
-                                                      SOL_SOCKET, SO_LINGER, &now, sizeof(now));
-                                         socket->abort();
-                                     } else if (then == Then::closes) {
-                                         socket->disconnectFromHost();
-                                     }
-                                 });
-                         });
+    Server(const QByteArray& body, const QByteArray& answer, Then then) {
+        m_server.listen(QHostAddress::LocalHost);
+        QObject::connect(&m_server, &QTcpServer::newConnection, &m_server, [=, this] {
+            QTcpSocket* socket = m_server.nextPendingConnection();
+            QObject::connect(socket, &QTcpSocket::readyRead, socket, [=, this] {
+                asked += socket->readAll();
+                if (!asked.endsWith("\r\n\r\n" + body))
+                    return;
+                socket->write(answer);
+                socket->flush();
+                const linger now{1, 0};
+                if (then == Then::resets)
+                    ::setsockopt(int(socket->socketDescriptor()), SOL_SOCKET, SO_LINGER, &now, sizeof now);
+                if (then != Then::keepsOpen)
+                    then == Then::resets ? socket->abort() : socket->disconnectFromHost();
+            });
+        });
     }
 
-    [[nodiscard]] QUrl address(const QString& host = u"127.0.0.1"_s) const {
-        return QUrl(u"http://%1:%2/oauth/token?x=%25"_s.arg(host).arg(m_server->serverPort()));
+    [[nodiscard]] QUrl address() const {
+        return QUrl(u"http://127.0.0.1:%1/oauth/token?x=%25"_s.arg(m_server.serverPort()));
     }
 
-    [[nodiscard]] const QByteArray& asked() const { return m_asked; }
+    QByteArray asked;
 
   private:
-    std::unique_ptr<QTcpServer> m_server;
-    QByteArray m_asked;
+    QTcpServer m_server;
 };
 
-QByteArray post(const QUrl& url, const QByteArray& body, std::chrono::milliseconds limit = 700ms) {
+QByteArray post(const QUrl& url, const QByteArray& body) {
     QNetworkAccessManager network;
     QNetworkRequest request(url);
     request.setRawHeader("Authorization", "Bearer a\r\nX-Forged: b");
     request.setHeader(QNetworkRequest::ContentTypeHeader, QByteArray("application/x-www-form-urlencoded"));
     try {
-        const HttpAnswer answer = await(Http::exchange(network, request, "POST", body, limit, 100));
+        const HttpAnswer answer = await(Http::exchange(network, request, "POST", body, 700ms, 100));
         return QByteArray::number(answer.status) + ' ' + answer.body;
     } catch (const NetworkError& error) {
         return error.description().isEmpty() ? "" : "no answer";
@@ -103,34 +81,24 @@ class TestHttp : public QObject {
         };
         const QByteArray none = "no answer";
         const QByteArray ok = "HTTP/1.1 200 OK\r\n";
-        row("reset before the answer", "", Then::resets, none);
+        row("reset", "", Then::resets, none);
         row("closed without an answer", "", Then::closes, none);
-        row("garbage", "garbage\r\n\r\n", Then::closes, none);
-        row("garbage without an end", QByteArray(100'000, 'x'), Then::keepsOpen, none);
-        row("half of the head", "HTTP/1.1 200 OK\r\nContent-Le", Then::closes, none);
-        row("half of the head, reset", "HTTP/1.1 200 OK\r\nContent-Le", Then::resets, none);
+        row("garbage", "garbage", Then::keepsOpen, none);
+        row("head without an end", ok + QByteArray(100'000, 'x'), Then::keepsOpen, none);
         row("half of the body", ok + "Content-Length: 4\r\n\r\nab", Then::closes, none);
-        row("promised and no answer", "HTTP/1.1 100 Continue\r\n\r\n", Then::closes, none);
         row("beyond the limit", ok + "\r\n" + QByteArray(200, 'x'), Then::closes, none);
         row("announced beyond the limit", ok + "Content-Length: 101\r\n\r\n", Then::keepsOpen, none);
-        row("half of a chunk", ok + "Transfer-Encoding: chunked\r\n\r\n4\r\nab", Then::closes, none);
         row("two lengths", ok + "Content-Length: 2\r\nContent-Length: 3\r\n\r\nabc", Then::closes, none);
         row("negative length", ok + "Content-Length: -2\r\n\r\nabc", Then::closes, none);
-        row("chunk beyond the limit", ok + "Transfer-Encoding: chunked\r\n\r\n7fffffffffffffff\r\n",
-            Then::keepsOpen, none);
-        row("chunk without an end", ok + "Transfer-Encoding: chunked\r\n\r\n2\r\nabcd\r\n", Then::keepsOpen,
-            none);
-        row("informed before",
-            "HTTP/1.1 103 Early Hints\r\nLink: x\r\n\r\n" + ok + "Content-Length: 0\r\n\r\n", Then::keepsOpen,
-            "200 ");
+        const QByteArray chunks = ok + "Transfer-Encoding: Chunked\r\n\r\n";
+        row("chunk beyond the limit", chunks + "7fffffffffffffff\r\n", Then::keepsOpen, none);
+        row("chunk without an end", chunks + "2\r\nabcd\r\n", Then::keepsOpen, none);
+        row("informed before", "HTTP/1.1 103 Early Hints\r\n\r\n" + ok + "Content-Length: 0\r\n\r\n",
+            Then::keepsOpen, "200 ");
         row("length", ok + "content-length:  4\r\n\r\nabcdefg", Then::keepsOpen, "200 abcd");
         row("until the end", ok + "\r\nabcd", Then::closes, "200 abcd");
-        row("chunks", ok + "Transfer-Encoding: Chunked\r\n\r\n2;x=y\r\nab\r\n02\r\ncd\r\n0\r\nX: y\r\n\r\n",
-            Then::keepsOpen, "200 abcd");
+        row("chunks", chunks + "2;x=y\r\nab\r\n02\r\ncd\r\n0\r\nX: y\r\n\r\n", Then::keepsOpen, "200 abcd");
         row("nothing to come", "HTTP/1.1 204 No Content\r\n\r\n", Then::keepsOpen, "204 ");
-        row("elsewhere", "HTTP/1.1 302 Found\r\nLocation: /x\r\nContent-Length: 0\r\n\r\n", Then::keepsOpen,
-            "302 ");
-        row("refused", "HTTP/1.0 400 \r\nContent-Length: 1\r\n\r\n!", Then::closes, "400 !");
     }
 
     void isSentOnce() {
@@ -141,49 +109,25 @@ class TestHttp : public QObject {
             const Server server(body, answer, Then(then));
             QCOMPARE(post(server.address(), body), outcome);
             QTest::qWait(100); // for a request too many
-            QCOMPARE(server.asked().count("POST "), 1);
-            QVERIFY(server.asked().startsWith("POST /oauth/token?x=%25 HTTP/1.1\r\n"));
-            QVERIFY(server.asked().contains("\r\nContent-Type: application/x-www-form-urlencoded\r\n"));
-            QVERIFY(!server.asked().contains("\r\nX-Forged"));
+            QCOMPARE(server.asked.count("POST "), 1);
+            QVERIFY(server.asked.startsWith("POST /oauth/token?x=%25 HTTP/1.1\r\n"));
+            QVERIFY(server.asked.contains("\r\nContent-Type: application/x-www-form-urlencoded\r\n"));
+            QVERIFY(server.asked.contains(
+                "\r\nHost: 127.0.0.1:" + QByteArray::number(server.address().port()) + "\r\n"));
+            QVERIFY(!server.asked.contains("\r\nX-Forged"));
         }
     }
 
-    void timeIsLimited() {
-        QElapsedTimer timer;
-        timer.start();
-        const Server server("", "HTTP/1.1 200 OK\r\n", Then::keepsOpen);
-        QCOMPARE(post(server.address(), "", 200ms), "no answer");
-        QVERIFY(timer.elapsed() >= 190 && timer.elapsed() < 2000);
-        QCOMPARE(post(QUrl(u"http://127.0.0.1:1/"_s), ""), "no answer");
-    }
-
-    void namesOfHosts() {
-        const Server server("", "HTTP/1.1 204 No Content\r\n\r\n", Then::closes);
-        QCOMPARE(post(server.address(u"localhost"_s), ""), "204 ");
-        QVERIFY(server.asked().contains(QByteArray("\r\nHost: localhost:%1\r\n")
-                                            .replace("%1", QByteArray::number(server.address().port()))));
-    }
-
-    void certificatesCountAndNothingIsRepeated() {
+    void certificatesCount() {
         const QTemporaryDir folder;
         sandbox::Faults faults;
         const sandbox::Sites sites(folder.path(), faults);
-        QCOMPARE(post(QUrl(u"https://localhost:%1/"_s.arg(sites.port())), ""), "no answer");
-        const QSslConfiguration before = QSslConfiguration::defaultConfiguration();
-        QSslConfiguration trusting = before;
+        const QUrl address(u"https://localhost:%1/"_s.arg(sites.port()));
+        QCOMPARE(post(address, ""), "no answer");
+        QSslConfiguration trusting = QSslConfiguration::defaultConfiguration();
         trusting.setCaCertificates(QSslCertificate::fromPath(sites.certificate()));
         QSslConfiguration::setDefaultConfiguration(trusting);
-        for (const Then then : {Then::resets, Then::closes}) {
-            for (const QByteArray answer : {"", "garbage\r\n\r\n", "HTTP/1.1 200 OK\r\nConte"}) {
-                const Server server("a=b", answer, then, secureServer(sites));
-                QUrl address = server.address(u"localhost"_s);
-                address.setScheme(u"https"_s);
-                QCOMPARE(post(address, "a=b"), "no answer");
-                QTest::qWait(100);
-                QCOMPARE(server.asked().count("POST "), 1);
-            }
-        }
-        QSslConfiguration::setDefaultConfiguration(before);
+        QCOMPARE(post(address, ""), "404 "); // the sites know no POST
     }
 };
 

@@ -12,14 +12,13 @@ namespace {
 
 using namespace OwnNetwork;
 
+bool hasOwnNetwork = false;
 constexpr auto quiet = 50ms;
 constexpr int silence = 250;      ///< milliseconds in which nothing may come
 constexpr int linkSilence = 1300; ///< the kernel may hold back the news of a link for a second
 
 struct Listener {
-    explicit Listener(std::chrono::milliseconds time = quiet) : monitor(time) {}
-
-    NetworkMonitor monitor;
+    NetworkMonitor monitor{quiet};
     QSignalSpy told{&monitor, &NetworkMonitor::changed};
 };
 
@@ -28,19 +27,11 @@ struct Listener {
 class TestNetworkMonitor : public QObject {
     Q_OBJECT
 
-    QByteArray m_refusal;
-
-  public:
-    /// `refusal`: why the kernel gives us no network to change; empty when it did.
-    explicit TestNetworkMonitor(const QByteArray& refusal) : m_refusal(refusal) {}
-
   private Q_SLOTS:
 
     void initTestCase() {
-        if (!m_refusal.isEmpty())
-            QSKIP(m_refusal.constData());
-        if (!ip(u"link add v0 type veth peer name v1"_s))
-            QSKIP("no virtual interfaces here");
+        if (!hasOwnNetwork || !ip(u"link add v0 type veth peer name v1"_s))
+            QSKIP("no network of our own, or no virtual interfaces");
         QVERIFY(ip(u"link set lo up"_s));
     }
 
@@ -65,25 +56,20 @@ class TestNetworkMonitor : public QObject {
         const auto row = [](const char* name, const QStringList& before, const QString& change, bool isTold) {
             QTest::newRow(name) << before << change << isTold;
         };
-        const QString address = u"addr %1 198.51.100.7/24 dev v0"_s;
-        row("address", {}, address.arg(u"add"_s), true);
-        row("address gone", {address.arg(u"add"_s)}, address.arg(u"del"_s), true);
-        const QString address6 = u"-6 addr %1 2001:db8:7::7/64 dev v0"_s;
-        row("IPv6 address", {}, address6.arg(u"add"_s) + u" nodad"_s, true);
-        const QString route = u"route %1 default via 192.0.2.%2"_s;
-        row("route", {}, route.arg(u"add"_s, u"2"_s), true);
-        row("another route", {route.arg(u"add"_s, u"2"_s)}, route.arg(u"replace"_s, u"3"_s), true);
-        row("route gone", {route.arg(u"add"_s, u"2"_s)}, route.arg(u"del"_s, u"2"_s), true);
-        const QString route6 = u"-6 route %1 default via 2001:db8::%2"_s;
-        row("switched off", {}, u"link set v0 down"_s, true);
+        row("address", {}, u"addr add 198.51.100.7/24 dev v0"_s, true);
+        row("address gone", {u"addr add 198.51.100.7/24 dev v0"_s}, u"addr del 198.51.100.7/24 dev v0"_s,
+            true);
+        const QString route = u"route add default via 192.0.2.2"_s;
+        row("route", {}, route, true);
+        row("another route", {route}, u"route replace default via 192.0.2.3"_s, true);
+        row("route gone", {route}, u"route del default via 192.0.2.2"_s, true);
         row("unplugged", {}, u"link set v1 down"_s, true);
         row("plugged in", {u"link set v1 down"_s}, u"link set v1 up"_s, true);
 
-        const QString lifetime = u" valid_lft %1 preferred_lft %1"_s;
-        row("address renewed", {address.arg(u"add"_s) + lifetime.arg(600)},
-            address.arg(u"change"_s) + lifetime.arg(900), false);
-        row("route renewed", {route6.arg(u"add"_s, u"2 expires 600"_s)},
-            route6.arg(u"replace"_s, u"2 expires 900"_s), false);
+        const QString address = u"addr %1 198.51.100.7/24 dev v0 valid_lft %2 preferred_lft %2"_s;
+        row("address renewed", {address.arg(u"add"_s).arg(600)}, address.arg(u"change"_s).arg(900), false);
+        const QString route6 = u"-6 route %1 default via 2001:db8::2 expires %2"_s;
+        row("route renewed", {route6.arg(u"add"_s).arg(600)}, route6.arg(u"replace"_s).arg(900), false);
         row("loopback address", {}, u"addr add 198.51.100.8/32 dev lo"_s, false);
         row("link-local address", {}, u"-6 addr add fe80::77/64 dev v0 nodad"_s, false);
         row("another table", {}, u"route add default via 192.0.2.2 table 100"_s, false);
@@ -100,9 +86,7 @@ class TestNetworkMonitor : public QObject {
             QVERIFY(ip(command));
         QTest::qWait(change.startsWith(u"link"_s) ? linkSilence : silence / 2);
         const Listener listener;
-        const Witness witness;
         QVERIFY(ip(change));
-        QTRY_VERIFY(isTold ? !listener.told.isEmpty() : witness.hasHeard());
         QTest::qWait(change.startsWith(u"link"_s) ? linkSilence : silence);
         QCOMPARE(listener.told.size(), isTold ? 1 : 0);
     }
@@ -120,10 +104,9 @@ class TestNetworkMonitor : public QObject {
 };
 
 int main(int argc, char* argv[]) {
-    const QByteArray refusal =
-        enterOwnNetwork() ? QByteArray() : "no network of our own: " + qt_error_string(errno).toUtf8();
+    hasOwnNetwork = enterOwnNetwork();
     const QCoreApplication application(argc, argv);
-    TestNetworkMonitor test(refusal);
+    TestNetworkMonitor test;
     return QTest::qExec(&test, argc, argv);
 }
 
