@@ -2,7 +2,9 @@
 
 #include <QElapsedTimer>
 #include <QNetworkReply>
+#include <QProcess>
 #include <QTcpSocket>
+#include <QTemporaryDir>
 #include <QTimer>
 #include <QUrlQuery>
 
@@ -131,6 +133,26 @@ class TestLogin : public LoginFixture {
             QTimer::singleShot(10, m_oauth.get(), &OAuthManager::cancelLogin);
         };
         QCOMPARE(loginFailure(), u"Callback-Server fehlgeschlagen: Listener abgebrochen."_s);
+    }
+
+    void realBrowserShowsTheWholePage() {
+        const QString chromium = u"/usr/bin/chromium"_s;
+        QProcess browser;
+        QTemporaryDir profile;
+        m_browser = [&](const QUrl& address) {
+            browser.start(chromium,
+                          {u"--headless"_s, u"--no-sandbox"_s, u"--disable-gpu"_s, u"--no-first-run"_s,
+                           u"--disable-background-networking"_s, u"--disable-component-update"_s,
+                           u"--disable-sync"_s, u"--password-store=basic"_s,
+                           u"--user-data-dir="_s + profile.path(), u"--dump-dom"_s,
+                           address.toString(QUrl::FullyEncoded) + u"&identity=erika"_s});
+        };
+        QCOMPARE(await(m_oauth->startLogin()).accountID, std::optional(account));
+        QTRY_COMPARE_WITH_TIMEOUT(browser.state(), QProcess::NotRunning, 20000);
+        const QString page = QString::fromUtf8(browser.readAllStandardOutput());
+        for (const char* text : {"Login erfolgreich", "Du bist jetzt mit Harvellon Connect verbunden.",
+                                 "Authentifiziert", "Du kannst diesen Tab jetzt schliessen."})
+            QVERIFY2(page.contains(QString::fromUtf8(text)), text);
     }
 
     void aBrowserThatStaysSilentEndsTheLogin() {

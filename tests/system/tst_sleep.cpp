@@ -3,10 +3,14 @@
 #include "support/PrivateBus.h"
 #include "support/StandInLoginManager.h"
 
+#include <QDeadlineTimer>
+#include <QDir>
 #include <QElapsedTimer>
 #include <QProcess>
 #include <QSignalSpy>
 #include <QTest>
+
+#include <functional>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -15,6 +19,20 @@ namespace {
 
 constexpr int quiet = 150; ///< milliseconds in which nothing may come
 constexpr auto never = 1h; ///< a limit that no test reaches
+
+qsizetype openDescriptors() {
+    return QDir(u"/proc/self/fd"_s).entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot).size();
+}
+
+/// As QTest::qWaitFor, without its pauses of ten milliseconds.
+bool soon(const std::function<bool()>& condition) {
+    const QDeadlineTimer limit(5s);
+    while (!condition() && !limit.hasExpired()) {
+        QCoreApplication::processEvents();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+    return condition();
+}
 
 /// A sleep monitor that counts what it is told.
 struct Program {
@@ -111,6 +129,22 @@ class TestSleep : public QObject {
         QCOMPARE(program.sleeps.size(), 0);
         m_manager->sleep();
         QTRY_COMPARE(program.sleeps.size(), 1);
+    }
+
+    void manySleepsAllowedAtOnceLeaveNothingOpen() {
+        Program program;
+        connect(&program.monitor, &SleepMonitor::aboutToSleep, &program.monitor, &SleepMonitor::allowSleep);
+        QTRY_VERIFY(m_manager->lockIsHeld());
+        const qsizetype before = openDescriptors();
+        for (int count = 1; count <= 500; ++count) {
+            m_manager->sleep();
+            QVERIFY(soon([this] { return !m_manager->lockIsHeld(); }));
+            m_manager->wake();
+            QVERIFY(soon([this] { return m_manager->lockIsHeld(); }));
+        }
+        QCOMPARE(program.sleeps.size(), 500);
+        QCOMPARE(program.wakes.size(), 500);
+        QTRY_VERIFY(openDescriptors() <= before); // fewer: an earlier test closes in the background
     }
 };
 
