@@ -6,6 +6,7 @@
 #include "support/Await.h"
 #include "support/DesktopShell.h"
 
+#include <QFile>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QTemporaryDir>
@@ -76,10 +77,44 @@ class StateFixture : public QObject {
         return texts;
     }
 
+    void answer(Endpoint endpoint, int status, std::chrono::milliseconds delay = {}) {
+        Fault fault;
+        fault.status = status;
+        fault.delay = delay;
+        m_platform->setFault(endpoint, fault);
+    }
+
+    void load() { await(m_state->parts().loading.refresh()); }
+
+    void connectTo(const Project& project) { await(m_state->parts().connections.connect(project)); }
+
+    void connectTo(int index) {
+        connectTo(project(index));
+        QVERIFY(m_state->connectedDomains().contains(project(index).domain));
+    }
+
+    void disconnectFrom(int index) { await(m_state->parts().connections.disconnect(domain(index), false)); }
+
+    void perform(HoverTarget target, const Project& project) {
+        await(m_state->parts().actions.perform(target, project, false));
+    }
+
+    [[nodiscard]] QString domain(int index) const {
+        return m_platform->people().at(0).projects.at(index).domain;
+    }
+
+    [[nodiscard]] QString mountPoint(int index) const {
+        return m_home->path() + QStringLiteral("/Harvellon/") + domain(index);
+    }
+
+    static QByteArray content(const QString& path) {
+        QFile file(path);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+
     [[nodiscard]] Project project(int index) const {
-        const QString domain = m_platform->people().at(0).projects.at(index).domain;
         for (const Project& project : m_state->projects()) {
-            if (project.domain == domain)
+            if (project.domain == domain(index))
                 return project;
         }
         qFatal("no such project");
