@@ -103,13 +103,6 @@ class MounterFixture : public QObject {
         return std::make_unique<SSHFSMounter>(host, *m_shell, limits);
     }
 
-    static void writeScript(const QString& path, const QByteArray& text) {
-        QFile script(path);
-        QVERIFY(script.open(QIODevice::WriteOnly) &&
-                script.setPermissions(QFile::ReadOwner | QFile::ExeOwner));
-        script.write(text);
-    }
-
     QString mountFailure(const Project& project) {
         try {
             await(m_mounter->mount(project));

@@ -18,27 +18,6 @@ using namespace std::chrono_literals;
 
 namespace {
 constexpr qint64 megabyte = 1024 * 1024;
-
-/// Another program that writes `size` bytes into a file. In this process the file would be inherited by every
-/// command the mounter starts, which would have to wait for the server when they close it.
-class Writer {
-  public:
-    Writer(const QString& path, qint64 size) {
-        m_program.start(u"/usr/bin/dd"_s, {u"if=/dev/zero"_s, u"of="_s + path, u"bs=64k"_s,
-                                           u"count=%1"_s.arg(size / (64 * 1024))});
-    }
-
-    ~Writer() { m_program.waitForFinished(); }
-    Q_DISABLE_COPY_MOVE(Writer)
-
-    bool succeeds() {
-        return QTest::qWaitFor([this] { return m_program.state() == QProcess::NotRunning; }, 30'000) &&
-               m_program.exitCode() == 0;
-    }
-
-  private:
-    QProcess m_program;
-};
 } // namespace
 
 /// What a mount meets in the hours after it was made: colleagues, slow lines, lost servers, sleep.
@@ -59,7 +38,9 @@ class TestLongDay : public MounterFixture {
         mountFirst();
         const MountSession session = m_mounter->sessions().value(domain());
         QCOMPARE(await(serverState(session, 600ms)), ServerState::answering);
-        Writer writer(mounted(event), 2 * megabyte);
+        QProcess writer; // a file of this process would be inherited by every command that the mounter starts
+        writer.start(u"/usr/bin/dd"_s,
+                     {u"if=/dev/zero"_s, u"of="_s + mounted(event), u"bs=64k"_s, u"count=32"_s});
         QTRY_VERIFY(QFileInfo(onServer(event)).size() > megabyte / 2);
         if (event.startsWith(u"slow"_s)) {
             QCOMPARE(unmountFirst(), UnmountResult::writing);
@@ -77,7 +58,8 @@ class TestLongDay : public MounterFixture {
                 QVERIFY(!await(std::move(renewing)));
             }
         }
-        QVERIFY(writer.succeeds());
+        QTRY_COMPARE_WITH_TIMEOUT(writer.state(), QProcess::NotRunning, 30'000);
+        QCOMPARE(writer.exitCode(), 0);
         QCOMPARE(QFileInfo(onServer(event)).size(), 2 * megabyte);
         if (!event.endsWith(u"network"_s))
             QTRY_VERIFY_WITH_TIMEOUT(m_mounter->keptUntilClosed().isEmpty(), 20'000);
@@ -104,16 +86,6 @@ class TestLongDay : public MounterFixture {
                  QStringList{domain()}); // for who quits right after it
         await(std::move(unmounting));
         file.close();
-    }
-
-    void aDisconnectDuringTheWayToSleepIsDone() {
-        mountFirst();
-        QFile file(mounted(u"offen.txt"_s));
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        auto detaching = m_mounter->detachIdle();
-        QCOMPARE(unmountFirst(), UnmountResult::filesOpen);
-        QVERIFY(await(std::move(detaching)).isEmpty());
-        QVERIFY(!MountTable::lists(mountPoint(0)));
     }
 
     void onlyOurOwnMountsAreLeftBehind() {

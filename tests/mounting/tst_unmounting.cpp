@@ -7,8 +7,6 @@
 #include <QProcess>
 #include <QTimer>
 
-#include <thread>
-
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
@@ -100,13 +98,6 @@ class TestUnmounting : public MounterFixture {
         QVERIFY(nobodyCanSaveInto(folder));
         QCOMPARE(unmountFirst(), UnmountResult::ended);
         QCOMPARE(QFile::permissions(folder), before);
-
-        mountFirst();
-        loseFirst(); // and given up
-        QTRY_VERIFY(m_mounter->sessions().isEmpty());
-        QVERIFY(nobodyCanSaveInto(folder));
-        QCOMPARE(unmountFirst(), UnmountResult::ended);
-        QCOMPARE(QFile::permissions(folder), before);
     }
 
     void commandsThatCutOffWaitForWriters() {
@@ -157,33 +148,6 @@ class TestUnmounting : public MounterFixture {
         timer.start();
         await(m_mounter->unmountAll());
         QVERIFY2(timer.elapsed() < 2500, qPrintable(QString::number(timer.elapsed())));
-        verifyNothingLeft();
-    }
-
-    void silentServerHoldsUpNeitherUnmountNorEnd() {
-        MountLimits limits;
-        limits.unmount = {200ms, 200ms, 100ms, true, 0ms};
-        limits.quit = {200ms, 200ms, 100ms, false, 0ms};
-        limits.killAfter = 450ms;
-        limits.warmUp.readers = 0; // they would hang too
-        m_mounter = mounter(host(), limits);
-        for (int i = 0; i < 3; ++i)
-            QCOMPARE(mountFailure(project(i)), u"none"_s);
-        m_platform->ssh().freeze();
-        // One reader hangs in each mount.
-        std::vector<std::thread> readers;
-        for (int i = 0; i < 3; ++i)
-            readers.emplace_back([path = mountPoint(i)] { QFile::exists(path + u"/web/unknown"_s); });
-        QTRY_COMPARE(blockedThreads(), 3);
-        QElapsedTimer timer;
-        timer.start();
-        unmountFailure(domain());
-        QVERIFY2(timer.elapsed() < 2500, qPrintable(QString::number(timer.elapsed())));
-        timer.restart();
-        await(m_mounter->unmountAll());
-        QVERIFY2(timer.elapsed() < 1500, qPrintable(QString::number(timer.elapsed())));
-        for (std::thread& reader : readers)
-            reader.join();
         verifyNothingLeft();
     }
 };
