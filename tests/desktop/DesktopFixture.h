@@ -12,6 +12,7 @@
 #include "support/Await.h"
 #include "support/DesktopShell.h"
 
+#include <QAccessible>
 #include <QApplication>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
@@ -93,6 +94,45 @@ class DesktopFixture {
     std::unique_ptr<StatusBarController> statusBar;
     std::unique_ptr<SettingsWindowManager> settings;
     std::unique_ptr<GuidanceAlerts> alerts;
+};
+
+/// A test with a new desktop for each function.
+class DesktopTest : public QObject {
+    Q_OBJECT
+
+  public:
+    explicit DesktopTest(bool withSsh) : m_withSsh(withSsh) { QAccessible::setActive(true); }
+
+  protected:
+    QTemporaryDir m_platformFolder;
+    std::unique_ptr<sandbox::Sandbox> m_platform;
+    std::unique_ptr<DesktopFixture> m_desktop;
+
+    PanelWindow* openSignedIn(const char* who = "erika") {
+        m_desktop->signIn(who);
+        PanelWindow* const window = m_desktop->openPanel();
+        m_desktop->shell.opened.clear();
+        return window;
+    }
+
+  private Q_SLOTS:
+
+    void initTestCase() {
+        m_platform =
+            std::make_unique<sandbox::Sandbox>(sandbox::Options{m_platformFolder.path(), 0, m_withSsh});
+        if (m_withSsh)
+            qputenv("PATH", m_platform->ssh().binFolder().toUtf8() + ':' + qgetenv("PATH"));
+    }
+
+    void init() { m_desktop = std::make_unique<DesktopFixture>(m_platform->server()); }
+
+    void cleanup() {
+        m_platform->setFault(sandbox::Sandbox::Endpoint::token, {});
+        m_desktop.reset();
+    }
+
+  private:
+    bool m_withSsh;
 };
 
 template <typename Test>

@@ -79,4 +79,9 @@ inline bool press(QAccessibleInterface* control) {
     control->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
     return true;
 }
+
+/// Presses the first button with this name.
+inline bool press(QWindow* window, const QString& name) {
+    return press(find(window, name, QAccessible::Button));
+}
 } // namespace heard

@@ -18,27 +18,16 @@ class TestDesktopRules : public QObject {
 
   private Q_SLOTS:
 
-    void keepsFramesInside_data() {
-        QTest::addColumn<QRect>("frame");
-        QTest::addColumn<QPoint>("corner");
-        QTest::newRow("inside stays") << QRect(100, 100, 640, 660) << QPoint(100, 100);
-        QTest::newRow("touching stays") << QRect(1280, 24, 640, 660) << QPoint(1280, 24);
-        QTest::newRow("right by one") << QRect(1281, 100, 640, 660) << QPoint(1280, 100);
-        QTest::newRow("right by much") << QRect(1800, 100, 640, 660) << QPoint(1280, 100);
-        QTest::newRow("left") << QRect(-20, 100, 640, 660) << QPoint(0, 100);
-        QTest::newRow("above") << QRect(100, 0, 640, 660) << QPoint(100, 24);
-        QTest::newRow("below") << QRect(100, 500, 640, 660) << QPoint(100, 420);
-        QTest::newRow("corner") << QRect(1900, 1000, 640, 660) << QPoint(1280, 420);
-        QTest::newRow("too wide shows its left") << QRect(10, 100, 2500, 660) << QPoint(0, 100);
-        QTest::newRow("too tall shows its lower edge") << QRect(100, 100, 640, 1200) << QPoint(100, -120);
-    }
-
     void keepsFramesInside() {
-        QFETCH(QRect, frame);
-        QFETCH(QPoint, corner);
-        const QRect kept = keepInside(frame, belowBar);
-        QCOMPARE(kept.topLeft(), corner);
-        QCOMPARE(kept.size(), frame.size());
+        const auto kept = [](int x, int y, int width = 640, int height = 660) {
+            const QRect frame = keepInside(QRect(x, y, width, height), belowBar);
+            return frame.size() == QSize(width, height) ? frame.topLeft() : QPoint(-9, -9);
+        };
+        QCOMPARE(kept(1280, 24), QPoint(1280, 24)); // touching
+        QCOMPARE(kept(1281, 500), QPoint(1280, 420));
+        QCOMPARE(kept(-20, 0), QPoint(0, 24));
+        QCOMPARE(kept(10, 100, 2500), QPoint(0, 100));          // shows its left
+        QCOMPARE(kept(100, 100, 640, 1200), QPoint(100, -120)); // shows its lower edge
     }
 
     void standsBesideItsItem() {
@@ -50,25 +39,17 @@ class TestDesktopRules : public QObject {
         QCOMPARE(besideItem(panel, QRect(0, 200, 48, 48), besideColumn).topLeft(), QPoint(48, 252));
     }
 
-    void standsAtTheBarWhereTheItemIsUntold_data() {
-        QTest::addColumn<QRect>("visible");
-        QTest::addColumn<QPoint>("pointer");
-        QTest::addColumn<QPoint>("corner");
-        QTest::newRow("upper bar, pointer anywhere") << belowBar << QPoint(300, 700) << QPoint(1272, 32);
-        QTest::newRow("upper bar, clicked at its left") << belowBar << QPoint(40, 10) << QPoint(8, 32);
-        QTest::newRow("lower bar") << QRect(0, 0, 1920, 1040) << QPoint(1700, 1060) << QPoint(1272, 372);
-        QTest::newRow("left bar") << QRect(60, 0, 1860, 1080) << QPoint(30, 900) << QPoint(68, 412);
-        QTest::newRow("left bar, clicked at its top")
-            << QRect(60, 0, 1860, 1080) << QPoint(30, 90) << QPoint(68, 8);
-        QTest::newRow("right bar") << QRect(0, 0, 1860, 1080) << QPoint(500, 500) << QPoint(1212, 412);
-        QTest::newRow("no bar told") << screen << QPoint(500, 500) << QPoint(1272, 8);
-    }
-
     void standsAtTheBarWhereTheItemIsUntold() {
-        QFETCH(QRect, visible);
-        QFETCH(QPoint, pointer);
-        QFETCH(QPoint, corner);
-        QCOMPARE(besideBar(panel, screen, visible, pointer).topLeft(), corner);
+        const auto corner = [](const QRect& visible, int x, int y) {
+            return besideBar(panel, screen, visible, QPoint(x, y)).topLeft();
+        };
+        QCOMPARE(corner(belowBar, 300, 700), QPoint(1272, 32));
+        QCOMPARE(corner(belowBar, 40, 10), QPoint(8, 32)); // clicked at its left
+        QCOMPARE(corner(QRect(0, 0, 1920, 1040), 1700, 1060), QPoint(1272, 372));
+        QCOMPARE(corner(QRect(60, 0, 1860, 1080), 30, 900), QPoint(68, 412));
+        QCOMPARE(corner(QRect(60, 0, 1860, 1080), 30, 90), QPoint(68, 8));
+        QCOMPARE(corner(QRect(0, 0, 1860, 1080), 500, 500), QPoint(1212, 412));
+        QCOMPARE(corner(screen, 500, 500), QPoint(1272, 8)); // no bar told
     }
 
     void theNextButtonMayBeEnteredBeforeThisOneIsLeft() {
@@ -83,30 +64,23 @@ class TestDesktopRules : public QObject {
         QCOMPARE(rail.hoveredButton(), std::nullopt);
     }
 
-    void movesThroughRows_data() {
-        QTest::addColumn<int>("key");
-        QTest::addColumn<bool>("control");
-        QTest::addColumn<int>("row");
-        QTest::addColumn<int>("after"); // -9: the key is not ours
-        QTest::newRow("first down") << int(Qt::Key_Down) << false << -1 << 0;
-        QTest::newRow("first up") << int(Qt::Key_Up) << false << -1 << 0;
-        QTest::newRow("down at the end") << int(Qt::Key_Down) << false << 24 << 24;
-        QTest::newRow("up at the start") << int(Qt::Key_Up) << false << 0 << 0;
-        QTest::newRow("page down") << int(Qt::Key_PageDown) << false << 3 << 13;
-        QTest::newRow("page down at the end") << int(Qt::Key_PageDown) << false << 20 << 24;
-        QTest::newRow("page up") << int(Qt::Key_PageUp) << false << 12 << 2;
-        QTest::newRow("home belongs to the cursor") << int(Qt::Key_Home) << false << 12 << -9;
-        QTest::newRow("control home") << int(Qt::Key_Home) << true << 12 << 0;
-        QTest::newRow("control end") << int(Qt::Key_End) << true << 12 << 24;
-    }
-
     void movesThroughRows() {
-        QFETCH(int, key);
-        QFETCH(bool, control);
-        QFETCH(int, row);
-        QFETCH(int, after);
-        QCOMPARE(rowAfter(key, control, row, 25, 10).value_or(-9), after);
-        QCOMPARE(rowAfter(key, control, -1, 0, 10), std::nullopt);
+        const auto after = [](int key, int row, bool control = false, int count = 25) {
+            return rowAfter(key, control, row, count, 10);
+        };
+        using Row = std::optional<int>;
+        for (const int key : {Qt::Key_Down, Qt::Key_Up})
+            QCOMPARE(after(key, -1), Row(0));
+        QCOMPARE(after(Qt::Key_Down, 24), Row(24));
+        QCOMPARE(after(Qt::Key_Up, 0), Row(0));
+        QCOMPARE(after(Qt::Key_PageDown, 3), Row(13));
+        QCOMPARE(after(Qt::Key_PageDown, 20), Row(24));
+        QCOMPARE(after(Qt::Key_PageUp, 12), Row(2));
+        QCOMPARE(after(Qt::Key_Home, 12), Row()); // belongs to the cursor
+        QCOMPARE(after(Qt::Key_Home, 12, true), Row(0));
+        QCOMPARE(after(Qt::Key_End, 12, true), Row(24));
+        for (const int key : {Qt::Key_Down, Qt::Key_Up, Qt::Key_PageDown})
+            QCOMPARE(after(key, -1, false, 0), Row()); // no rows
     }
 };
 

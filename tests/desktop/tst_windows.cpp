@@ -7,26 +7,21 @@
 #include <QWidget>
 
 using namespace Qt::StringLiterals;
+using QAccessible::AlertMessage;
 using QAccessible::Button;
 
-/// The status item with its panel, the settings and the alerts, as windows of the desktop.
-class TestWindows : public QObject {
+/// The status item with its panel, the settings and the alerts, as windows of the desktop; and failures where
+/// the user looks: at the account, in the error line, in the activity log.
+class TestWindows : public DesktopTest {
     Q_OBJECT
 
-    QTemporaryDir m_platformFolder;
-    std::unique_ptr<sandbox::Sandbox> m_platform;
-    std::unique_ptr<DesktopFixture> m_desktop;
+  public:
+    TestWindows() : DesktopTest(false) {}
 
+  private:
     [[nodiscard]] QWindow* settings() const {
         m_desktop->settings->show(*m_desktop->state);
         return m_desktop->settings->window();
-    }
-
-    [[nodiscard]] int settingsWindows() const {
-        const QWindowList windows = QGuiApplication::topLevelWindows();
-        return static_cast<int>(std::count_if(windows.begin(), windows.end(), [](const QWindow* window) {
-            return window->title() == "Einstellungen"_L1;
-        }));
     }
 
     /// Where the status item lies in the tray; empty while it does not.
@@ -39,15 +34,6 @@ class TestWindows : public QObject {
     }
 
   private Q_SLOTS:
-
-    void initTestCase() {
-        QAccessible::setActive(true);
-        m_platform = std::make_unique<sandbox::Sandbox>(sandbox::Options{m_platformFolder.path(), 0, false});
-    }
-
-    void init() { m_desktop = std::make_unique<DesktopFixture>(m_platform->server()); }
-
-    void cleanup() { m_desktop.reset(); }
 
     void aLowScreenTakesFromTheList() {
         PanelWindow* const window = m_desktop->openPanel();
@@ -100,15 +86,14 @@ class TestWindows : public QObject {
 
     void keysReachTheProgram() {
         PanelWindow* const window = m_desktop->openPanel();
-        const QSignalSpy settingsAsked(m_desktop->statusBar.get(), &StatusBarController::settingsRequested);
-        const QSignalSpy updatesAsked(m_desktop->statusBar.get(), &StatusBarController::updatesRequested);
-        const QSignalSpy quitAsked(m_desktop->statusBar.get(), &StatusBarController::quitRequested);
-        QTest::keyClick(window, Qt::Key_Comma, Qt::ControlModifier);
-        QTest::keyClick(window, Qt::Key_U, Qt::ControlModifier);
-        QTest::keyClick(window, Qt::Key_Q, Qt::ControlModifier);
-        QCOMPARE(settingsAsked.size(), 1);
-        QCOMPARE(updatesAsked.size(), 1);
-        QCOMPARE(quitAsked.size(), 1);
+        using Bar = StatusBarController;
+        for (const auto& [key, signal] :
+             {std::pair(Qt::Key_Comma, &Bar::settingsRequested), std::pair(Qt::Key_U, &Bar::updatesRequested),
+              std::pair(Qt::Key_Q, &Bar::quitRequested)}) {
+            const QSignalSpy asked(m_desktop->statusBar.get(), signal);
+            QTest::keyClick(window, key, Qt::ControlModifier);
+            QCOMPARE(asked.size(), 1);
+        }
     }
 
     void settingsAreOneWindow() {
@@ -122,22 +107,15 @@ class TestWindows : public QObject {
         window->close();
         QCOMPARE(settings(), window);
         QVERIFY(window->isVisible());
-        QCOMPARE(settingsWindows(), 1);
     }
 
     void settingsOfNobody() {
         QWindow* const window = settings();
-        QVERIFY(heard::find(window, u"Einstellungen - Harvellon Connect"_s));
-        QVERIFY(heard::find(window, u"Nicht angemeldet"_s));
-        QVERIFY(heard::find(window, u"Melde dich an, um deine Projekte zu verwalten."_s));
+        for (const char* text : {"Einstellungen - Harvellon Connect", "Nicht angemeldet",
+                                 "Melde dich an, um deine Projekte zu verwalten."})
+            QVERIFY2(heard::find(window, QString::fromUtf8(text)), text);
         QVERIFY(!heard::find(window, u"Account hinzufügen"_s));
         QTRY_COMPARE(heard::focus(window), u"Mit Harvellon anmelden"_s);
-        m_desktop->identity = u"erika"_s;
-        QVERIFY(heard::press(heard::find(window, u"Mit Harvellon anmelden"_s, Button)));
-        QTRY_COMPARE(m_desktop->state->accounts().size(), 1);
-        QTRY_VERIFY(!m_desktop->state->isLoading());
-        QTRY_VERIFY(heard::find(window, u"Account hinzufügen"_s, Button));
-        QVERIFY(!heard::find(window, u"Nicht angemeldet"_s));
     }
 
     void ofTwoAccountsOneIsActive() {
@@ -156,49 +134,35 @@ class TestWindows : public QObject {
         QTRY_COMPARE(heard::names(window, QAccessible::ListItem), QStringList(people.at(1).name));
     }
 
-    void theSwitchTurnsTheHotKeyOff() {
+    void switchesFollowTheState() {
         QWindow* const window = settings();
-        const bool before = m_desktop->state->globalHotkeyEnabled();
-        QAccessibleInterface* const control = heard::find(window, u"F19 oeffnet Harvellon Connect"_s);
-        QCOMPARE(control->text(QAccessible::Description),
-                 u"Systemweit aktiv, auch wenn die App im Hintergrund ist."_s);
-        QVERIFY(heard::press(control));
-        QCOMPARE(m_desktop->state->globalHotkeyEnabled(), !before);
-        QVERIFY(heard::press(control));
-        QCOMPARE(m_desktop->state->globalHotkeyEnabled(), before);
-    }
+        const std::pair<const char*, const char*> switches[] = {
+            {"F19 oeffnet Harvellon Connect", "globalHotkeyEnabled"},
+            {"Beim Start wieder verbinden", "reconnectsAtStart"},
+            {"Git an verbundene Projekte anpassen", "adaptsGit"},
+            {"Ruhiger Arbeitsbereich in VS Code", "quietWorkspace"}};
+        for (const auto& [name, property] : switches) {
+            QAccessibleInterface* const control = heard::find(window, QString::fromLatin1(name));
+            const bool before = control->state().checked;
+            for (const bool on : {!before, before}) {
+                QVERIFY(heard::press(control));
+                QCOMPARE(bool(control->state().checked), on); // git has not answered yet
+                QTRY_COMPARE(m_desktop->state->property(property).toBool(), on);
+                QTest::qWait(100);
+                QCOMPARE(bool(control->state().checked), on);
+            }
+        }
 
-    void theSwitchForGitFollowsTheConfiguration() {
-        QWindow* const window = settings();
-        QAccessibleInterface* const control = heard::find(window, u"Git an verbundene Projekte anpassen"_s);
-        const QString file = m_desktop->home.filePath(u".gitconfig"_s);
-        QVERIFY(!control->state().checked);
-        QVERIFY(heard::press(control));
-        QVERIFY(control->state().checked); // before git has answered, too
-        QTRY_VERIFY(QFileInfo(file).size() > 0);
-        QTRY_VERIFY(control->state().checked);
-        QVERIFY(heard::press(control));
-        QTRY_COMPARE(QFileInfo(file).size(), 0);
-
-        QFile broken(file);
+        QFile broken(m_desktop->home.filePath(u".gitconfig"_s));
         QVERIFY(broken.open(QIODevice::WriteOnly) && broken.write("[broken") > 0);
         broken.close();
-        QVERIFY(heard::press(control));
-        QTRY_VERIFY(!control->state().checked);
-        QTRY_VERIFY(control->text(QAccessible::Description).contains(u"bad config line"_s));
-        QVERIFY(QFile::remove(file));
+        QAccessibleInterface* const git = heard::find(window, u"Git an verbundene Projekte anpassen"_s);
+        QVERIFY(heard::press(git));
+        QTRY_VERIFY(!git->state().checked);
+        QTRY_VERIFY(git->text(QAccessible::Description).contains(u"bad config line"_s));
+        QVERIFY(broken.remove());
         QVERIFY(settings()); // opened again, it looks anew
-        QTRY_VERIFY(control->text(QAccessible::Description).startsWith(u"Git liest nur"_s));
-    }
-
-    void theWorkspaceIsQuietWhenSwitched() {
-        QAccessibleInterface* const control = heard::find(settings(), u"Ruhiger Arbeitsbereich in VS Code"_s);
-        for (const bool quiet : {true, false}) {
-            QVERIFY(heard::press(control));
-            QCOMPARE(m_desktop->state->quietWorkspace(), quiet);
-            QCOMPARE(m_desktop->preferences->boolean(u"QuietWorkspace"_s), quiet);
-            QCOMPARE(bool(control->state().checked), quiet);
-        }
+        QTRY_VERIFY(git->text(QAccessible::Description).startsWith(u"Git liest nur"_s));
     }
 
     void whatHasTheFocusIsScrolledIntoSight() {
@@ -214,6 +178,70 @@ class TestWindows : public QObject {
         window->close();
         QVERIFY(settings());
         QTRY_VERIFY(below() > -30); // and back with the focus
+    }
+
+    void failedLoginIsShownAtTheAccount() {
+        sandbox::Fault refused;
+        refused.status = 500;
+        m_platform->setFault(sandbox::Sandbox::Endpoint::token, refused);
+        const QString failure = u"Token-Austausch fehlgeschlagen: HTTP 500"_s;
+        PanelWindow* const window = m_desktop->openPanel();
+        m_desktop->identity = u"erika"_s;
+        QVERIFY(heard::press(window, u"Mit Harvellon anmelden"_s));
+        QTRY_VERIFY(heard::find(window, failure, AlertMessage));
+        const QRect line = heard::find(window, failure, AlertMessage)->rect();
+        QVERIFY(line.top() > heard::find(window, u"Account"_s, QAccessible::Grouping)->rect().bottom());
+        QVERIFY(line.bottom() < heard::find(window, u"Domain suchen"_s)->rect().top());
+        QVERIFY(heard::find(settings(), failure, AlertMessage));
+
+        m_platform->setFault(sandbox::Sandbox::Endpoint::token, {});
+        m_desktop->signIn("erika");
+        QVERIFY(!heard::find(m_desktop->openPanel(), failure));
+        QVERIFY(!heard::find(settings(), failure));
+    }
+
+    void addressIsOfferedWhileTheBrowserIsAwaited() {
+        m_desktop->shell.browser = {};
+        m_desktop->shell.opens = false;
+        PanelWindow* const window = m_desktop->openPanel();
+        QVERIFY(heard::press(window, u"Mit Harvellon anmelden"_s));
+        const QString copy = u"Adresse kopieren"_s;
+        QTRY_VERIFY(heard::find(window, copy, Button));
+        QTRY_VERIFY(heard::names(window, AlertMessage)
+                        .contains(u"Der Browser konnte nicht geöffnet werden. Kopiere die Adresse und öffne "
+                                  "sie in einem Browser deiner Wahl."_s));
+        QVERIFY(heard::press(window, copy));
+        QCOMPARE(m_desktop->copied, m_desktop->shell.opened.last());
+        m_desktop->copied.clear();
+        QVERIFY(heard::press(settings(), copy));
+        QCOMPARE(m_desktop->copied, m_desktop->shell.opened.last());
+        m_desktop->state->cancelLogin();
+        QTRY_VERIFY(!m_desktop->state->isAuthenticating());
+        QTRY_VERIFY(!heard::find(settings(), copy));
+    }
+
+    void longFailuresAreShownInPartAndCopiedWhole() {
+        PanelWindow* const window = openSignedIn();
+        const QString flood = u"Zeile\n"_s.repeated(1000) + u"Ende"_s;
+        m_desktop->state->parts().report.log(flood, ActivityLogLevel::error);
+        m_desktop->state->parts().report.setLastError(flood);
+        QTRY_VERIFY(heard::find(window, flood, AlertMessage));
+        QAccessibleInterface* const line = heard::find(window, flood, AlertMessage);
+        QTRY_VERIFY(line->rect().height() > 80 && line->rect().height() < 150);
+        const auto listTop = [&] {
+            return heard::find(window, u"Projekte"_s, QAccessible::List)->rect().top();
+        };
+        QTRY_VERIFY(line->rect().bottom() < listTop());
+        const QString copy = u"Meldung kopieren"_s;
+        QVERIFY(heard::press(heard::find(line, copy, Button)));
+        QCOMPARE(m_desktop->copied, flood);
+        QVERIFY(heard::press(window, u"Meldung schließen"_s));
+        QVERIFY(!m_desktop->state->lastError());
+        m_desktop->copied.clear();
+        QVERIFY(!heard::find(window, copy, Button)); // the log is closed
+        QVERIFY(heard::press(window, u"Anzeigen"_s));
+        QTRY_VERIFY(heard::press(window, copy));
+        QCOMPARE(m_desktop->copied, flood);
     }
 
     void guidanceIsAskedOnceAndAnswered() {

@@ -17,25 +17,17 @@ class TestWithoutTray : public QObject {
         m_platform = std::make_unique<sandbox::Sandbox>(sandbox::Options{m_platformFolder.path(), 0, false});
     }
 
-    void panelOpensByItselfUnlessTheUserHasClosedIt_data() {
-        QTest::addColumn<bool>("closed");
-        QTest::newRow("untouched") << false;
-        QTest::newRow("closed by the user") << true;
-    }
-
     void panelOpensByItselfUnlessTheUserHasClosedIt() {
-        QFETCH(bool, closed);
-        const DesktopFixture desktop(m_platform->server());
-        if (closed) {
-            desktop.statusBar->toggle();
-            QVERIFY2(desktop.statusBar->isShown(), "it has opened by itself before");
-            desktop.statusBar->toggle();
-            QVERIFY(!desktop.statusBar->isShown());
-            QTest::qWait(1500);
-            QVERIFY(!desktop.statusBar->isShown());
-        } else {
-            QTRY_VERIFY(desktop.statusBar->isShown());
+        {
+            const DesktopFixture untouched(m_platform->server());
+            QTRY_VERIFY(untouched.statusBar->isShown());
         }
+        const DesktopFixture desktop(m_platform->server());
+        desktop.statusBar->toggle();
+        QVERIFY2(desktop.statusBar->isShown(), "it has opened by itself before");
+        desktop.statusBar->toggle();
+        QTest::qWait(1500);
+        QVERIFY(!desktop.statusBar->isShown());
     }
 };
 

@@ -13,6 +13,8 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <csignal>
+
 /// Returns scripted results for some commands, lets one command hang, and runs all others for real.
 class ScriptedShell : public Shell {
   public:
@@ -70,6 +72,16 @@ class MounterFixture : public QObject {
         return m_home->path() + QStringLiteral("/Harvellon/") + hosted(index).domain;
     }
 
+    [[nodiscard]] QString domain() const { return hosted(0).domain; }
+
+    [[nodiscard]] QString onServer(const QString& name) const {
+        return project(0).path + QStringLiteral("/web/") + name;
+    }
+
+    [[nodiscard]] QString mounted(const QString& name) const {
+        return mountPoint(0) + QStringLiteral("/web/") + name;
+    }
+
     [[nodiscard]] HostSystem host() const {
         HostSystem host = HostSystem::linuxDesktop(m_home->path());
         host.privateFolder = m_home->filePath(QStringLiteral("private folder"));
@@ -91,13 +103,6 @@ class MounterFixture : public QObject {
         return std::make_unique<SSHFSMounter>(host, *m_shell, limits);
     }
 
-    static void writeScript(const QString& path, const QByteArray& text) {
-        QFile script(path);
-        QVERIFY(script.open(QIODevice::WriteOnly) &&
-                script.setPermissions(QFile::ReadOwner | QFile::ExeOwner));
-        script.write(text);
-    }
-
     QString mountFailure(const Project& project) {
         try {
             await(m_mounter->mount(project));
@@ -105,6 +110,17 @@ class MounterFixture : public QObject {
         } catch (const Failure& error) {
             return error.description();
         }
+    }
+
+    /// Most tests need one mount: that of the first project.
+    void mountFirst() { QCOMPARE(mountFailure(project(0)), QStringLiteral("none")); }
+
+    UnmountResult unmountFirst() { return await(m_mounter->unmount(domain())); }
+
+    void loseFirst() {
+        for (const pid_t pid : processesWith(mountPoint(0)))
+            ::kill(pid, SIGKILL);
+        QTRY_VERIFY(!MountTable::lists(mountPoint(0)));
     }
 
     QString unmountFailure(const QString& domain) {

@@ -4,8 +4,6 @@
 #include "Mounting/Setup/SSHFSGuidance.h"
 #include "Mounting/Setup/SSHFSReadiness.h"
 
-#include "support/Await.h"
-
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
@@ -19,10 +17,8 @@ Project projectNamed(const std::optional<QString>& name) {
     return {u"example.org"_s, name, u"4711"_s, u"/web"_s, ProjectType::ssh};
 }
 
-void touch(const QString& path, QFile::Permissions permissions = QFile::ReadOwner | QFile::WriteOwner) {
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    QVERIFY(file.setPermissions(permissions));
+void touch(const QString& path) {
+    QVERIFY(QFile(path).open(QIODevice::WriteOnly));
 }
 } // namespace
 
@@ -55,104 +51,55 @@ class TestMountingRules : public QObject {
             mountOptions(HostSystem::linuxDesktop(u"/h,100%/\"e\" x"_s), projectNamed(u"N"_s));
         QVERIFY2(options.contains(u"UserKnownHostsFile=\"/h\\,100%%/\\\\\"e\\\\\" x/"_s),
                  qPrintable(options));
-    }
-
-    void nulInANameTruncatesNothing() {
-        const QString options =
-            mountOptions(HostSystem::linuxDesktop(u"/h"_s), projectNamed(u"a"_s + QChar(QChar::Null)));
-        QVERIFY(options.contains(u"fsname=HV a ,StrictHostKeyChecking"_s));
-    }
-
-    void hostileDomainIsNotMounted() {
-        Project project = projectNamed(std::nullopt);
-        throwUnlessPlain(project);
-        project.domain = u"a*.example"_s;
-        try {
-            throwUnlessPlain(project);
-            QFAIL("not refused");
-        } catch (const MounterError& error) {
-            QCOMPARE(error.description(),
-                     u"Mount fehlgeschlagen: Die Domain „a*.example\" ist nicht zulässig."_s);
-        }
-    }
-
-    void probes_data() {
-        QTest::addColumn<QString>("output");
-        QTest::addColumn<State>("state");
-        QTest::addColumn<QString>("detail");
-        const QString mismatch =
-            u"Code-Signatur-Mismatch zwischen sshfs und libfuse (Team IDs stimmen nicht überein)."_s;
-        QTest::newRow("good") << u"SSHFS version 3.7.3\nFUSE library version 3.14"_s << State::ready << u""_s;
-        QTest::newRow("good, mentions its loader")
-            << u"dyld: note\nFUSE library version 2"_s << State::ready << u""_s;
-        QTest::newRow("library") << u"Library not loaded: x"_s << State::notStarting << mismatch;
-        QTest::newRow("teams") << u"mapping has different Team IDs"_s << State::notStarting << mismatch;
-        QTest::newRow("loader in capitals") << u"DYLD error"_s << State::notStarting << mismatch;
-        QTest::newRow("lower case mark")
-            << u" sshfs version \n"_s << State::notStarting << u"sshfs version"_s;
-        QTest::newRow("silent") << u" \n"_s << State::notStarting
-                                << u"Unbekannter Fehler beim Start von sshfs."_s;
+        QVERIFY(mountOptions(HostSystem::linuxDesktop(u"/h"_s), projectNamed(u"a"_s + QChar(QChar::Null)))
+                    .contains(u"fsname=HV a ,StrictHostKeyChecking"_s));
     }
 
     void probes() {
-        QFETCH(QString, output);
-        QFETCH(State, state);
-        QFETCH(QString, detail);
-        QCOMPARE(classifyProbe(output), (SSHFSReadiness{state, detail}));
+        const QString mismatch =
+            u"Code-Signatur-Mismatch zwischen sshfs und libfuse (Team IDs stimmen nicht überein)."_s;
+        for (const char* output : {"Library not loaded: x", "mapping has different Team IDs", "DYLD error"})
+            QCOMPARE(classifyProbe(QString::fromLatin1(output)),
+                     (SSHFSReadiness{State::notStarting, mismatch}));
+        QCOMPARE(classifyProbe(u"dyld: note\nFUSE library version 2"_s), (SSHFSReadiness{State::ready, {}}));
+        QCOMPARE(classifyProbe(u" sshfs version \n"_s),
+                 (SSHFSReadiness{State::notStarting, u"sshfs version"_s}));
+        QCOMPARE(classifyProbe(u" \n"_s),
+                 (SSHFSReadiness{State::notStarting, u"Unbekannter Fehler beim Start von sshfs."_s}));
     }
 
-    void diagnosisOfRealPrograms() {
-        QTemporaryDir folder;
-        Shell shell;
+    void onlyProgramsAreCandidates() {
+        const QTemporaryDir folder;
         HostSystem host = HostSystem::linuxDesktop(folder.path());
-        const QString first = folder.filePath(u"first"_s);
-        host.sshfsCandidates = {folder.path(), first};
-        touch(first);
-        QCOMPARE(await(diagnoseSSHFS(host, shell)).state, State::notInstalled); // a folder, a plain file
-        touch(first, QFile::ReadOwner | QFile::ExeOwner);                       // executable, but no program
-        QCOMPARE(await(diagnoseSSHFS(host, shell)),
-                 (SSHFSReadiness{State::notStarting, u"Start von "_s + first +
-                                                         u" fehlgeschlagen. Ist es installiert und "
-                                                         "erreichbar?"_s}));
-        host.sshfsCandidates = {folder.path(), u"/usr/bin/sshfs"_s};
-        QCOMPARE(await(diagnoseSSHFS(host, shell)), (SSHFSReadiness{State::ready, {}}));
-    }
-
-    void linuxGuidanceNamesThePackage_data() {
-        QTest::addColumn<QString>("osRelease");
-        QTest::addColumn<QString>("command");
-        QTest::newRow("Debian") << u"ID=debian\n"_s << u"sudo apt install sshfs"_s;
-        QTest::newRow("derived") << u"NAME=Mint\nID=linuxmint\nID_LIKE=\"ubuntu debian\"\n"_s
-                                 << u"sudo apt install sshfs"_s;
-        QTest::newRow("Fedora") << u"ID=fedora\n"_s << u"sudo dnf install fuse-sshfs"_s;
-        QTest::newRow("SUSE") << u"ID=\"opensuse-leap\"\nID_LIKE=\"suse opensuse\"\n"_s
-                              << u"sudo zypper install sshfs"_s;
-        QTest::newRow("unknown") << u""_s << u"sudo apt install sshfs"_s;
+        const QString plain = folder.filePath(u"plain"_s);
+        touch(plain);
+        host.sshfsCandidates = {folder.path(), plain};
+        QCOMPARE(sshfsPath(host), std::nullopt);
+        host.sshfsCandidates.append(u"/usr/bin/sshfs"_s);
+        QCOMPARE(sshfsPath(host), std::optional(u"/usr/bin/sshfs"_s));
     }
 
     void linuxGuidanceNamesThePackage() {
-        QFETCH(QString, osRelease);
-        QFETCH(QString, command);
-        const Guidance guidance = setupGuidance(HostSystem::linuxDesktop({}, osRelease));
-        QCOMPARE(guidance.buttons.value(0).target, command);
-        QVERIFY(guidance.text.contains(command));
+        const QHash<QString, QString> commands{
+            {u"NAME=Mint\nID=linuxmint\nID_LIKE=\"ubuntu debian\"\n"_s, u"sudo apt install sshfs"_s},
+            {u"ID=fedora\n"_s, u"sudo dnf install fuse-sshfs"_s},
+            {u"ID=\"opensuse-leap\"\nID_LIKE=\"suse opensuse\"\n"_s, u"sudo zypper install sshfs"_s},
+            {u""_s, u"sudo apt install sshfs"_s}};
+        for (const QString& osRelease : commands.keys()) {
+            const Guidance guidance = setupGuidance(HostSystem::linuxDesktop({}, osRelease));
+            QCOMPARE(guidance.buttons.value(0).target, commands.value(osRelease));
+            QVERIFY(guidance.text.contains(commands.value(osRelease)));
+        }
     }
 
-    void failuresOfSSHFS_data() {
-        using Case = MounterError::Case;
-        QTest::addColumn<QString>("errors");
-        QTest::addColumn<Case>("error");
-        QTest::newRow("key") << u"x@y: Permission denied (publickey)."_s << Case::authenticationFailed;
-        QTest::newRow("capitals") << u"PERMISSION DENIED"_s << Case::authenticationFailed;
-        QTest::newRow("methods") << u"No supported methods: PublicKey"_s << Case::authenticationFailed;
-        QTest::newRow("authentication") << u"Authentication failed."_s << Case::authenticationFailed;
-        QTest::newRow("other") << u"read: Connection reset by peer"_s << Case::mountFailed;
-    }
-
-    void failuresOfSSHFS() {
-        QFETCH(QString, errors);
-        QFETCH(MounterError::Case, error);
-        QCOMPARE(MounterError::fromSSHFS(errors, u"h"_s).error(), error);
+    void refusedKeysAreRecognised() {
+        const auto error = [](const char* errors) {
+            return MounterError::fromSSHFS(QString::fromLatin1(errors), u"h"_s).error();
+        };
+        for (const char* refusal :
+             {"PERMISSION DENIED", "No supported methods: PublicKey", "Authentication failed."})
+            QCOMPARE(error(refusal), MounterError::Case::authenticationFailed);
+        QCOMPARE(error("read: Connection reset by peer"), MounterError::Case::mountFailed);
     }
 
     void onlyTheLegacyKeyIsDeleted() {

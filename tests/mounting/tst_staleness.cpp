@@ -1,10 +1,13 @@
 #include "MounterFixture.h"
 
+#include "Mounting/Ending/ServerState.h"
+#include "Mounting/WarmUp/FolderCrawl.h"
+
+#include <QElapsedTimer>
 #include <QProcess>
 
-#include <csignal>
 #include <sys/stat.h>
-#include <unistd.h>
+#include <thread>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -16,11 +19,6 @@ void store(const QString& path, const QByteArray& content) {
     QCOMPARE(file.write(content), content.size());
 }
 
-QByteArray content(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("-");
-}
-
 QByteArray size(const QString& path) {
     struct stat status {};
 
@@ -28,164 +26,208 @@ QByteArray size(const QString& path) {
                                                                       : QByteArray("-");
 }
 
+/// As editors load a file: they look at it, open it and read as much as they saw.
+QByteArray content(const QString& path) {
+    const qint64 seen = size(path).toLongLong();
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.read(seen) : QByteArray("-");
+}
+
 bool isListed(const QString& folder, const QString& name) {
     return QDir(folder).entryList(QDir::Files | QDir::Hidden).contains(name);
 }
 
-QString optionsThatForgetAfter(QStringList options, int seconds) {
-    for (QString& option : options) {
-        if (option.startsWith("cache_timeout="_L1))
-            option = option.section(QLatin1Char('='), 0, 0) + u"=%1"_s.arg(seconds);
-    }
-    return options.join(QLatin1Char(','));
+/// Whether the caches alone can answer. Asks from another program, because it hangs when they cannot.
+bool isAnswered(sandbox::SlowLine& line, const QString& path) {
+    constexpr int limit = 700; // milliseconds; a frozen server never answers
+    line.freezeConnections();
+    QProcess look;
+    look.start(QStringLiteral("/usr/bin/ls"), {QStringLiteral("-l"), path});
+    const bool answered = look.waitForFinished(limit);
+    line.thawConnections();
+    look.waitForFinished();
+    return answered;
 }
 } // namespace
 
-/// What a mount shows of changes that were made on the server, and when; and that nobody's save is lost.
+/// What a mount shows of changes that were made on the server, and when; that nobody's save is lost, and that
+/// names are read in advance without harm to anything else.
 class TestStaleness : public MounterFixture {
     Q_OBJECT
 
     static constexpr int lifetime = 2; ///< seconds that sshfs remembers here; longer in the program
 
-    [[nodiscard]] QString onServer(const QString& name) const { return project(0).path + u"/web/"_s + name; }
-
-    [[nodiscard]] QString mounted(const QString& name) const { return mountPoint(0) + u"/web/"_s + name; }
-
-    void mountWithShortMemory() {
+    void mount(int readers, int seconds = 25) {
+        MountLimits limits = MounterFixture::limits();
+        limits.warmUp.readers = readers;
         HostSystem host = this->host();
-        host.platformMountOptions =
-            optionsThatForgetAfter(host.platformMountOptions, lifetime).split(QLatin1Char(','));
-        m_mounter = mounter(host);
-        QCOMPARE(mountFailure(project(0)), u"none"_s);
+        for (QString& option : host.platformMountOptions) {
+            if (option.startsWith("cache_timeout="_L1))
+                option = u"cache_timeout=%1"_s.arg(seconds);
+        }
+        m_mounter = mounter(host, limits);
+        mountFirst();
+    }
+
+    void storeInPlace(const QString& name, const QByteArray& content) {
+        store(onServer(u"daneben"_s), content);
+        QCOMPARE(::rename(QFile::encodeName(onServer(u"daneben"_s)).constData(),
+                          QFile::encodeName(onServer(name)).constData()),
+                 0);
     }
 
   private Q_SLOTS:
 
-    void colleaguesChangesAreSeen_data() {
-        QTest::addColumn<QString>("change");
-        QTest::addColumn<bool>("listed");
-        QTest::addColumn<QByteArray>("size");    ///< as the mount tells it at the end
-        QTest::addColumn<QByteArray>("content"); ///< as it is read at once, and at the end
-        QTest::newRow("new") << u"new"_s << true << QByteArray("4") << QByteArray("neu!");
-        QTest::newRow("grown") << u"grown"_s << true << QByteArray("9") << QByteArray("gewachsen");
-        QTest::newRow("other content of the same size")
-            << u"changed"_s << true << QByteArray("3") << QByteArray("neu");
-        QTest::newRow("deleted") << u"deleted"_s << false << QByteArray("-") << QByteArray("-");
-        QTest::newRow("replaced") << u"replaced"_s << true << QByteArray("7") << QByteArray("ersetzt");
-    }
-
     void colleaguesChangesAreSeen() {
-        QFETCH(const QString, change);
-        QFETCH(const bool, listed);
-        QFETCH(const QByteArray, content);
-        const QString name = u"kollege-%1.txt"_s.arg(change);
-        if (change != "new"_L1)
-            store(onServer(name), "alt");
-        mountWithShortMemory();
-        isListed(mounted(u"."_s), name); // what was looked at is remembered
-        size(mounted(name));
-        ::content(mounted(name));
-        if (change == "deleted"_L1) {
-            QVERIFY(QFile::remove(onServer(name)));
-        } else if (change == "replaced"_L1) {
-            store(onServer(u"daneben"_s), content);
-            QCOMPARE(::rename(QFile::encodeName(onServer(u"daneben"_s)).constData(),
-                              QFile::encodeName(onServer(name)).constData()),
-                     0);
-        } else {
-            QTest::qWait(1'100); // the server tells times in whole seconds
-            store(onServer(name), content);
+        const QHash<QString, QByteArray> changes{{u"new"_s, "neu!"},  {u"grown"_s, "gewachsen"},
+                                                 {u"shrunk"_s, "kl"}, {u"changed"_s, "neu"},
+                                                 {u"deleted"_s, "-"}, {u"replaced"_s, "ersetzt"}};
+        const QStringList names = changes.keys();
+        for (const QString& name : names) {
+            if (name != "new"_L1)
+                store(onServer(name), "alt");
         }
-        if (change != "new"_L1) // whoever opens a file reads the server's content
-            QCOMPARE(::content(mounted(name)), content);
+        mount(0, lifetime);
+        isListed(mounted(u"."_s), {}); // what was looked at is remembered
+        for (const QString& name : names)
+            content(mounted(name));
+        QTest::qWait(1'100); // the server tells times in whole seconds, and "changed" keeps its size
+        for (const QString& name : names) {
+            if (name == "deleted"_L1)
+                QVERIFY(QFile::remove(onServer(name)));
+            else if (name == "replaced"_L1)
+                storeInPlace(name, changes.value(name));
+            else
+                store(onServer(name), changes.value(name));
+            if (name != "new"_L1) // whoever opens a file reads the server's content
+                QCOMPARE(content(mounted(name)), changes.value(name));
+        }
         QTest::qWait((lifetime + 1) * 1'000);
-        QCOMPARE(isListed(mounted(u"."_s), name), listed);
-        QTEST(size(mounted(name)), "size");
-        QCOMPARE(::content(mounted(name)), content);
-    }
-
-    void ownSavesAreNeverWrong_data() {
-        QTest::addColumn<QString>("before");
-        for (const char* before : {"nothing", "colleague changed it", "colleague removed it",
-                                   "colleague replaced it", "asked for it before it existed"})
-            QTest::newRow(before) << QString::fromLatin1(before);
+        for (const QString& name : names) {
+            QCOMPARE(isListed(mounted(u"."_s), name), name != "deleted"_L1);
+            QCOMPARE(content(mounted(name)), changes.value(name));
+        }
     }
 
     void ownSavesAreNeverWrong() {
-        QFETCH(const QString, before);
-        const QString name = u"eigene.txt"_s;
-        const bool exists = before != "asked for it before it existed"_L1;
-        QFile::remove(onServer(name));
-        if (exists)
-            store(onServer(name), "alt");
-        QCOMPARE(mountFailure(project(0)), u"none"_s);
-        size(mounted(name));
-        isListed(mounted(u"."_s), name);
-        if (before == "colleague changed it"_L1)
-            store(onServer(name), "etwas viel Längeres als vorher");
-        else if (before == "colleague removed it"_L1)
-            QVERIFY(QFile::remove(onServer(name)));
-        else if (before == "colleague replaced it"_L1) {
-            store(onServer(u"daneben"_s), "ersetzt");
-            QVERIFY(QFile::remove(onServer(name)));
-            QVERIFY(QFile::rename(onServer(u"daneben"_s), onServer(name)));
+        const QStringList befores{u"nothing"_s, u"changed"_s, u"removed"_s, u"replaced"_s, u"asked for"_s};
+        for (const QString& before : befores) {
+            if (before != "asked for"_L1) // before it existed
+                store(onServer(before), "alt");
         }
-        if (before == "colleague removed it"_L1) // the first attempt fails, and says so
-            QTRY_VERIFY(QFile(mounted(name)).open(QIODevice::WriteOnly));
-        for (const QByteArray saved : {"erste Fassung", "zweite", "dritte, wieder länger"}) {
-            store(mounted(name), saved);
-            QCOMPARE(content(onServer(name)), saved);
-            QCOMPARE(content(mounted(name)), saved);
-            QCOMPARE(size(mounted(name)), QByteArray::number(saved.size()));
-            QVERIFY(isListed(mounted(u"."_s), name));
+        mountFirst();
+        for (const QString& name : befores) {
+            size(mounted(name));
+            isListed(mounted(u"."_s), name);
+            if (name == "changed"_L1)
+                store(onServer(name), "etwas viel Längeres als vorher");
+            else if (name == "replaced"_L1)
+                storeInPlace(name, "ersetzt");
+            else if (name == "removed"_L1) { // the first attempt fails, and says so
+                QVERIFY(QFile::remove(onServer(name)));
+                QTRY_VERIFY(QFile(mounted(name)).open(QIODevice::WriteOnly));
+            }
+            for (const QByteArray saved : {"erste Fassung", "zweite", "dritte, wieder länger"}) {
+                store(mounted(name), saved);
+                QCOMPARE(content(onServer(name)), saved);
+                QCOMPARE(content(mounted(name)), saved);
+                QVERIFY(isListed(mounted(u"."_s), name));
+            }
+            // As editors that keep the old file until the new one is complete.
+            const QByteArray second = "über eine zweite Datei";
+            store(mounted(name + u"~"_s), second);
+            QCOMPARE(::rename(QFile::encodeName(mounted(name + u"~"_s)).constData(),
+                              QFile::encodeName(mounted(name)).constData()),
+                     0);
+            QCOMPARE(content(onServer(name)), second);
+            QCOMPARE(content(mounted(name)), second);
+            store(onServer(name), "zuletzt die Kollegin");
+            QCOMPARE(content(mounted(name)), QByteArray("zuletzt die Kollegin"));
         }
-        // As editors that keep the old file until the new one is complete.
-        store(mounted(name + u"~"_s), "über eine zweite Datei");
-        QCOMPARE(::rename(QFile::encodeName(mounted(name + u"~"_s)).constData(),
-                          QFile::encodeName(mounted(name)).constData()),
-                 0);
-        QCOMPARE(content(onServer(name)), QByteArray("über eine zweite Datei"));
-        QCOMPARE(content(mounted(name)), QByteArray("über eine zweite Datei"));
     }
 
     void aNameThatDidNotExistIsSeenASecondLater() {
-        QCOMPARE(mountFailure(project(0)), u"none"_s);
-        QFile::remove(onServer(u"neu"_s));
-        QCOMPARE(size(mounted(u"neu"_s)), QByteArray("-"));
-        store(onServer(u"neu"_s), "von der Kollegin");
+        mountFirst();
+        QCOMPARE(content(mounted(u"gefragt"_s)), QByteArray("-"));
+        store(onServer(u"gefragt"_s), "von der Kollegin");
         QTest::qWait(1'300);
-        QVERIFY(QFile::exists(mounted(u"neu"_s))); // a program that looks first overwrites nothing
-    }
-
-    void theLastOfTwoSavesWins() {
-        const QString name = u"zu-zweit.txt"_s;
-        store(onServer(name), "alt");
-        QCOMPARE(mountFailure(project(0)), u"none"_s);
-        for (int turn = 0; turn < 3; ++turn) {
-            const QByteArray own = "eigene " + QByteArray::number(turn);
-            const QByteArray others = "die der Kollegin, Runde " + QByteArray::number(turn);
-            store(mounted(name), own);
-            QCOMPARE(content(onServer(name)), own);
-            store(onServer(name), others);
-            QCOMPARE(content(mounted(name)), others);
-        }
+        QVERIFY(QFile::exists(mounted(u"gefragt"_s))); // a program that looks first overwrites nothing
     }
 
     void savesGoOnAfterANewConnection() {
         const QString name = u"neu-verbunden.txt"_s;
         store(onServer(name), "alt");
-        useLine();
-        QCOMPARE(mountFailure(project(0)), u"none"_s);
+        mountFirst();
         QCOMPARE(content(mounted(name)), QByteArray("alt"));
-        for (const pid_t process : processesWith(hosted(0).domain)) {
-            QFile comm(u"/proc/%1/comm"_s.arg(process));
-            if (comm.open(QIODevice::ReadOnly) && comm.readAll().trimmed() == "ssh")
+        for (const pid_t process : processesWith(domain())) {
+            if (QFile::symLinkTarget(u"/proc/%1/exe"_s.arg(process)).endsWith(u"/ssh"_s))
                 QCOMPARE(::kill(process, SIGKILL), 0);
         }
         store(onServer(name), "inzwischen");
         QTRY_COMPARE(content(mounted(name)), QByteArray("inzwischen"));
         store(mounted(name), "nachher");
         QCOMPARE(content(onServer(name)), QByteArray("nachher"));
+    }
+
+    void namesAreReadInAdvance() {
+        for (const char* folder :
+             {"a/b/c/d", "e", "node_modules/x", "Cache/y", ".git/objects/ab", ".git/refs"})
+            QVERIFY(QDir().mkpath(onServer(QString::fromLatin1(folder))));
+        QVERIFY(QDir().mkpath(onServer(u"viele"_s)));
+        for (int i = 0; i < 2'500; ++i) // long names, so that the folder itself is large
+            QFile::link(u"."_s, onServer(u"viele/"_s + QString::number(i).rightJustified(240, u'x')));
+        QVERIFY(QFile::link(u".."_s, onServer(u"e/nach-oben"_s))); // a walk that followed it would not end
+        useLine();
+        mount(0);
+        const auto walk = [this](const WarmUpLimits& limits) {
+            FolderCrawl crawl(QFile::encodeName(mountPoint(0)), limits);
+            std::vector<std::thread> readers;
+            for (int i = 0; i < limits.readers; ++i)
+                readers.emplace_back([&crawl] { crawl.read(); });
+            for (std::thread& reader : readers)
+                reader.join();
+            QVERIFY(crawl.isOver());
+        };
+        WarmUpLimits limits;
+        limits.folders = 2; // the root and what comes first below
+        walk(limits);
+        walk({8, 2'000, 0s, 0ms}); // no time: over at once
+        QVERIFY(!isAnswered(*m_line, mounted(u"e"_s)));
+        walk({});
+        for (const char* known : {"a/b/c/d", ".git/refs"})
+            QVERIFY2(isAnswered(*m_line, mounted(QString::fromLatin1(known))), known);
+        for (const char* unknown : {"viele", ".git/objects/ab", "node_modules/x", "Cache/y"})
+            QVERIFY2(!isAnswered(*m_line, mounted(QString::fromLatin1(unknown))), unknown);
+    }
+
+    void aMountEndsWhileItsNamesAreRead_data() {
+        QTest::addColumn<QString>("event");
+        for (const char* event : {"disconnect", "sleep", "silent disconnect", "silent end"})
+            QTest::newRow(event) << QString::fromLatin1(event);
+    }
+
+    /// With a round trip of 300 ms the readers are under way for many seconds.
+    void aMountEndsWhileItsNamesAreRead() {
+        QFETCH(const QString, event);
+        useLine({150ms, 0});
+        mountFirst();
+        QTest::qWait(400);
+        // Its own requests are not taken for somebody's data.
+        QCOMPARE(await(writtenDomains(m_mounter->sessions().values(), {})), QStringList());
+        m_mounter->warmUp(domain());
+        QTest::qWait(200);
+        QElapsedTimer time;
+        time.start();
+        if (event.startsWith(u"silent"_s))
+            m_line->freezeConnections();
+        if (event == "sleep"_L1)
+            QCOMPARE(await(m_mounter->detachIdle()).size(), 1);
+        else if (event == "silent end"_L1)
+            await(m_mounter->unmountAll());
+        else
+            QCOMPARE(unmountFirst(), UnmountResult::ended);
+        QVERIFY(time.elapsed() < 5'000);
+        verifyNothingLeft();
     }
 };
 
