@@ -56,10 +56,6 @@ class StateFixture : public QObject {
         m_state = std::make_unique<AppState>(AppServices{host, ServerAddress::checked(m_platform->server()),
                                                          *m_shell, m_keychain, *m_preferences, *m_network},
                                              desktop);
-        settle();
-    }
-
-    void settle() {
         QTRY_VERIFY(m_state->connectionStatus() == Status::success ||
                     m_state->connectionStatus() == Status::failure);
         QTRY_VERIFY(!m_state->isLoading());

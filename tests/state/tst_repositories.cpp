@@ -36,7 +36,7 @@ class TestRepositories : public StateFixture {
     }
 
     void cleanup() {
-        QDir(project(0).path + u"/web/.git"_s).removeRecursively();
+        QDir(project(0).path + u"/.git"_s).removeRecursively();
         StateFixture::cleanup();
     }
 
@@ -58,6 +58,12 @@ class TestRepositories : public StateFixture {
         start(); // another run
         connectAndAsk();
         QCOMPARE(told(), 0);
+        turn(false);
+        disconnectFrom(0);
+        const QString tree = project(0).path;
+        QVERIFY(QDir().rename(tree + u"/web/.git"_s, tree + u"/.git"_s));
+        connectAndAsk();
+        QTRY_COMPARE(told(), 1);
     }
 
     void whatIsMountedIsTrustedAndNothingElse() {
