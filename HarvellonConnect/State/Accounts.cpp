@@ -8,6 +8,8 @@
 #include "State/ProjectLoading.h"
 #include "System/Preferences.h"
 
+#include <QPointer>
+
 #include <algorithm>
 
 namespace {
@@ -170,9 +172,13 @@ QCoro::Task<> Accounts::removeAccount(QString accountID) {
         if (remaining.isEmpty())
             m_loading.clear();
     }
+    const QPointer<Accounts> guard(
+        this); // the keyring may keep the end of the program waiting for its password
     co_await removing;
-    if (list().isEmpty()) // otherwise the next start would take them over again
+    if (guard && list().isEmpty()) // otherwise the next start would take them over again
         co_await m_oauth.removeLegacyTokens();
+    if (!guard)
+        co_return;
     saveAccountsRegistry();
     m_report.log(QStringLiteral("Account entfernt."), ActivityLogLevel::info);
     if (wasActive && activeID() && !usesTokensOfActive())

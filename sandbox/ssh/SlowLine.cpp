@@ -159,6 +159,11 @@ void SlowLine::freezeConnections() {
         m_freeze = true;
     }
     wake();
+    // Until it has happened: what a caller sends next must not get through.
+    for (bool waiting = true; waiting; std::this_thread::sleep_for(std::chrono::milliseconds(1))) {
+        const std::lock_guard lock(m_mutex);
+        waiting = m_freeze;
+    }
 }
 
 void SlowLine::thawConnections() {

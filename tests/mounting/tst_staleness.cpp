@@ -26,11 +26,11 @@ QByteArray size(const QString& path) {
                                                                       : QByteArray("-");
 }
 
-/// As editors load a file: they look at it, open it and read as much as they saw.
+/// As editors load a file: they look at it, open it and read as much as it is said to hold.
 QByteArray content(const QString& path) {
-    const qint64 seen = size(path).toLongLong();
+    size(path);
     QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.read(seen) : QByteArray("-");
+    return file.open(QIODevice::ReadOnly) ? file.read(file.size()) : QByteArray("-");
 }
 
 bool isListed(const QString& folder, const QString& name) {

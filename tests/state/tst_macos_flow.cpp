@@ -89,8 +89,8 @@ class TestMacOSFlow : public StateFixture {
 
         mac->calls.clear();
         disconnectFrom(0);
-        QCOMPARE(mac->calls, (QStringList{u"/usr/sbin/diskutil unmount "_s + mountPoint(0),
-                                          u"/sbin/umount "_s + mountPoint(0)}));
+        QCOMPARE(mac->calls.first(2), (QStringList{u"/usr/sbin/diskutil unmount "_s + mountPoint(0),
+                                                   u"/sbin/umount "_s + mountPoint(0)}));
         QCOMPARE(messages().last(), u"Unmounted %1."_s.arg(project.domain));
         QVERIFY(m_state->connectedDomains().isEmpty());
     }
