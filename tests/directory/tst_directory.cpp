@@ -18,7 +18,7 @@ using Endpoint = sandbox::Sandbox::Endpoint;
 using Case = ProjectAPIError::Case;
 
 namespace {
-const QByteArray path = "/api/json/applications";
+const QByteArray directoryPath = "/api/json/applications";
 
 /// JSON in C++ is easier to read with single quotes.
 QByteArray json(const char* text) {
@@ -42,7 +42,9 @@ class TestDirectory : public QObject {
     QNetworkAccessManager m_network;
     std::unique_ptr<sandbox::Sandbox> m_platform;
 
-    [[nodiscard]] QString endpoint() const { return m_platform->server() + QString::fromLatin1(path); }
+    [[nodiscard]] QString endpoint() const {
+        return m_platform->server() + QString::fromLatin1(directoryPath);
+    }
 
     ApplicationsResponse fetch(const QString& address, const QString& token) {
         ProjectAPI api(address, m_network);
@@ -72,7 +74,7 @@ class TestDirectory : public QObject {
         QCOMPARE(response.user.name, u"Erika Beispiel"_s);
         QCOMPARE(response.user.allowDatabaseConnect, std::optional(true));
         QCOMPARE(response.projects.size(), 12);
-        const QList<sandbox::RecordedRequest> requests = m_platform->requests(path);
+        const QList<sandbox::RecordedRequest> requests = m_platform->requests(directoryPath);
         QCOMPARE(requests.size(), 1);
         QCOMPARE(requests.first().method, QByteArray("POST"));
         QCOMPARE(requests.first().headers.value("authorization"), QByteArray("Bearer ") + token.toUtf8());
@@ -84,7 +86,7 @@ class TestDirectory : public QObject {
     void asksNothingWithoutTokenOrAddress() {
         fails(u"not an address"_s, u"  \n"_s, ProjectAPIError(Case::missingToken));
         fails(u"http://a b/"_s, u"t"_s, ProjectAPIError(Case::badURL));
-        QCOMPARE(m_platform->requests(path).size(), 0);
+        QCOMPARE(m_platform->requests(directoryPath).size(), 0);
     }
 
     void misbehaviour_data() {
@@ -104,23 +106,23 @@ class TestDirectory : public QObject {
         const QString logged = u"API POST %1 -> HTTP %2: "_s.arg(endpoint()).arg(status);
         QTest::ignoreMessage(QtCriticalMsg, qPrintable(logged + QString(200, u'x')));
         fails(endpoint(), u"t"_s, ProjectAPIError(Case(error), status));
-        QCOMPARE(m_platform->requests(path).size(), requests);
+        QCOMPARE(m_platform->requests(directoryPath).size(), requests);
     }
 
     void refusedMethodLeadsToOneGet() {
         m_platform->setFault(Endpoint::directory, {.refusePost = true});
         const QString token = m_platform->signIn(u"jonas"_s).accessToken;
         QCOMPARE(fetch(endpoint(), token).user.name, u"Jonas Muster"_s);
-        QCOMPARE(m_platform->requests(path).last().method, QByteArray("GET"));
+        QCOMPARE(m_platform->requests(directoryPath).last().method, QByteArray("GET"));
     }
 
     void redirectTakesTheTokenNowhere() {
         QTemporaryDir otherFolder;
         const sandbox::Sandbox other({otherFolder.path(), 0, false});
-        const QByteArray address = other.server().toUtf8() + path;
+        const QByteArray address = other.server().toUtf8() + directoryPath;
         m_platform->setFault(Endpoint::directory, {.status = 302, .location = address});
         fails(endpoint(), u"t"_s, ProjectAPIError(Case::badResponse, 302));
-        QCOMPARE(other.requests(path).size(), 0);
+        QCOMPARE(other.requests(directoryPath).size(), 0);
     }
 
     void dripsEndAfterFifteenSeconds() {
