@@ -11,7 +11,7 @@ Card {
     Accessible.role: Accessible.Grouping
 
     SwitchRow {
-        caption: troubled ? card.state.gitProblem : "Git liest nur Dateien neu, die sich geändert haben, und vertraut den Repositories im Projekt- und Dokumentordner. Nur für Server, denen du vertraust."
+        caption: troubled ? card.state.gitProblem : "Git liest nur Geändertes neu und vertraut den Repositories der Projekte. Nur für Server, denen du vertraust."
         captionLines: 2
         height: 64
         on: card.state.adaptsGit
@@ -24,7 +24,7 @@ Card {
     }
 
     SwitchRow {
-        caption: "Ab dem nächsten Öffnen beobachtet der Editor den Ordner nicht; Änderungen, auch eigene im Terminal, zeigt er erst nach dem Aktualisieren."
+        caption: "Ab dem nächsten Öffnen beobachtet er den Ordner nicht: Änderungen zeigt er erst nach dem Aktualisieren."
         captionLines: 2
         height: 64
         on: card.state.quietWorkspace
