@@ -9,14 +9,9 @@
 #include <QStringList>
 
 /// A search that could not be made.
-class SearchError : public Failure {
+class SearchError : public TextFailure {
   public:
-    explicit SearchError(QString description) : m_description(std::move(description)) {}
-
-    [[nodiscard]] QString description() const override { return m_description; }
-
-  private:
-    QString m_description;
+    using TextFailure::TextFailure;
 };
 
 /// The command line for the server's shell that seeks `pattern` below `folder`. Its exit status is grep's.

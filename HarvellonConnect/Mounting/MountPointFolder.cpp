@@ -44,9 +44,13 @@ MountPointFolder::~MountPointFolder() {
 
 bool MountPointFolder::holdsFiles(int descriptor) {
     static const std::set<std::string> ignored{".", "..", ".DS_Store", ".directory", ".localized"};
-    DIR* const folder = ::fdopendir(::dup(descriptor));
-    if (!folder)
+    // Not by its name: a sealed folder cannot be entered, and the path may lead to the server by now.
+    const int copy = ::fcntl(descriptor, F_DUPFD_CLOEXEC, 0);
+    DIR* const folder = ::fdopendir(copy);
+    if (!folder) {
+        ::close(copy);
         return false;
+    }
     bool found = false;
     // Only names are read: in a sealed folder nothing else can be asked of a file.
     while (const dirent* const entry = ::readdir(folder))

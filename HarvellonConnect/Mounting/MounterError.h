@@ -32,16 +32,11 @@ class MounterError : public Failure {
 };
 
 /// What the operating system said when a folder or a file of a mount could not be made, or sshfs not started.
-class SystemError : public Failure {
+class SystemError : public TextFailure {
   public:
-    explicit SystemError(QString description) : m_description(std::move(description)) {}
+    using TextFailure::TextFailure;
 
     /// For a file or folder.
     SystemError(const QString& path, const QString& reason)
-        : m_description(QStringLiteral("%1: %2").arg(path, reason)) {}
-
-    [[nodiscard]] QString description() const override { return m_description; }
-
-  private:
-    QString m_description;
+        : TextFailure(QStringLiteral("%1: %2").arg(path, reason)) {}
 };

@@ -21,16 +21,12 @@ struct ShellResult {
 };
 
 /// The command could not be started. Its description is the sentence shown to the user.
-class ShellError : public Failure {
+class ShellError : public TextFailure {
   public:
     static ShellError launchFailed(const QString& executable);
 
-    [[nodiscard]] QString description() const override { return m_description; }
-
   private:
-    explicit ShellError(QString description) : m_description(std::move(description)) {}
-
-    QString m_description;
+    using TextFailure::TextFailure;
 };
 
 /// Runs external commands to completion. Stateless; any number may run at once. Main thread.

@@ -9,12 +9,12 @@
 #include <sys/stat.h>
 
 namespace {
-/// Makes `path` and its missing parents, readable by the user alone.
-void makePrivateFolder(const QString& path) {
+/// Makes `path` and its missing parents, readable by the user alone. What exists stays as it is.
+void makeFolders(const QString& path) {
     const QFileInfo folder(path);
     if (folder.isDir())
         return;
-    makePrivateFolder(folder.absolutePath());
+    makeFolders(folder.absolutePath());
     if (::mkdir(QFile::encodeName(path).constData(), S_IRWXU) != 0 && errno != EEXIST)
         throw SystemError(path, qt_error_string(errno));
 }
@@ -24,7 +24,7 @@ void prepareKnownHosts(const HostSystem& host) {
     if (host.privateFolder.isEmpty())
         throw MounterError(MounterError::Case::mountFailed,
                            QStringLiteral("Application Support Verzeichnis nicht zugänglich."));
-    makePrivateFolder(host.privateFolder);
+    makeFolders(host.privateFolder);
     QFile file(host.knownHostsFile());
     if (file.exists())
         return;

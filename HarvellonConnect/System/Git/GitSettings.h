@@ -10,14 +10,9 @@
 
 /// git, or the user's configuration of it, does not take a change. Its description is the sentence shown to
 /// the user.
-class GitError : public Failure {
+class GitError : public TextFailure {
   public:
-    explicit GitError(QString description) : m_description(std::move(description)) {}
-
-    [[nodiscard]] QString description() const override { return m_description; }
-
-  private:
-    QString m_description;
+    using TextFailure::TextFailure;
 };
 
 /// What git needs to know in order to work in a mounted project: there is no stable inode and no change time,

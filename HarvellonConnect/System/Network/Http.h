@@ -14,14 +14,9 @@
 class QNetworkAccessManager;
 
 /// No complete answer came: no connection, a time-out, or a broken transfer. The description is Qt's.
-class NetworkError : public Failure {
+class NetworkError : public TextFailure {
   public:
-    explicit NetworkError(QString description) : m_description(std::move(description)) {}
-
-    [[nodiscard]] QString description() const override { return m_description; }
-
-  private:
-    QString m_description;
+    using TextFailure::TextFailure;
 };
 
 /// What a server said, whatever its status.
