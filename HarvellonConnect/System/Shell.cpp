@@ -65,8 +65,9 @@ class ChildProcess : public QObject {
     }
 
     void end(const Outcome& outcome) {
-        Q_EMIT ended(outcome); // reaches the waiting coroutine as a queued event, so delete after it
-        deleteLater();
+        Q_EMIT ended(outcome); // reaches the waiting coroutine as a queued event
+        // Behind that event: a deletion that is due may be carried out before an event that came first.
+        QMetaObject::invokeMethod(this, &QObject::deleteLater, Qt::QueuedConnection);
     }
 
     QProcess m_process;
