@@ -112,6 +112,7 @@ class TestKeychain : public QObject {
         QCOMPARE(store.load(service, item), std::optional(QByteArray("eins")));
         constexpr QFile::Permissions owner = QFile::ReadOwner | QFile::WriteOwner;
         QCOMPARE(QFile::permissions(file()), owner | QFile::ReadUser | QFile::WriteUser);
+        QVERIFY(!(QFile::permissions(host(false).privateFolder) & (QFile::ReadOther | QFile::ExeOther)));
 
         QFile broken(file());
         QVERIFY(broken.open(QIODevice::WriteOnly));
