@@ -5,6 +5,7 @@
 #include "Directory/ProjectAPI.h"
 #include "Mounting/SSHFSMounter.h"
 #include "SignIn/OAuthManager.h"
+#include "State/Access/AccessHelp.h"
 #include "State/Accounts.h"
 #include "State/ActivityReport.h"
 #include "State/ConnectionCare.h"
@@ -64,6 +65,7 @@ class AppState : public QObject {
     Q_PROPERTY(bool isAuthenticating READ isAuthenticating NOTIFY isAuthenticatingChanged)
     Q_PROPERTY(QString accountError READ accountError NOTIFY accountErrorChanged)
     Q_PROPERTY(AccountListModel* accountList READ accountList CONSTANT)
+    Q_PROPERTY(AccessHelp* access READ access CONSTANT)
     Q_PROPERTY(QVariantMap guidance READ guidance NOTIFY guidanceChanged)
     Q_PROPERTY(QString hotkeyProblem READ hotkeyProblem NOTIFY hotkeyProblemChanged)
     Q_PROPERTY(bool startsAtLogin READ startsAtLogin WRITE setStartsAtLogin NOTIFY startsAtLoginChanged)
@@ -185,6 +187,8 @@ class AppState : public QObject {
 
     [[nodiscard]] bool quietWorkspace() const { return m_editor.isQuiet(); }
 
+    [[nodiscard]] AccessHelp* access() { return &m_access; }
+
     /// The alert that is open: "title", "text" and "buttons" (list of texts); empty when there is none.
     [[nodiscard]] QVariantMap guidance() const { return m_guidance.map(); }
 
@@ -233,6 +237,7 @@ class AppState : public QObject {
     ActionContext m_context;
     LoginPage m_loginPage;
     GuidanceQuestion m_guidance;
+    AccessHelp m_access;
     ProjectListModel m_visibleProjects;
     ProjectLoading m_loading;
     Accounts m_accounts;

@@ -247,6 +247,23 @@ class TestWindows : public DesktopTest {
         QCOMPARE(m_desktop->copied, flood);
     }
 
+    void aProjectThatIsNotLetInOffersHelp() {
+        PanelWindow* const window = openSignedIn();
+        const Project project = m_desktop->state->projects().constFirst();
+        await(m_desktop->state->parts().connections.connect(project)); // its server has no address here
+        QTRY_VERIFY(heard::press(window, u"Zugang einrichten"_s));
+        QWindow* const alert = m_desktop->alerts->accessWindow();
+        QVERIFY(alert && QTest::qWaitForWindowExposed(alert));
+        QTRY_VERIFY(heard::find(alert, m_desktop->state->access()->title()));
+        QTRY_VERIFY(heard::find(alert, u"Schlüssel anlegen"_s, Button));
+        const int height = alert->height();
+        QVERIFY(heard::press(heard::find(alert, u"Zugang prüfen"_s, Button)));
+        QTRY_VERIFY(heard::find(alert, u"Der Name %1 lässt sich nicht auflösen."_s.arg(project.domain)));
+        QTRY_VERIFY2(alert->height() > height, "the window grows with what it tells");
+        QVERIFY(heard::press(heard::find(alert, u"Schließen"_s, Button)));
+        QVERIFY(!m_desktop->alerts->accessWindow());
+    }
+
     void guidanceIsAskedOnceAndAnswered() {
         m_desktop.reset();
         m_desktop = std::make_unique<DesktopFixture>(m_platform->server(), u"/nowhere/sshfs"_s);
