@@ -37,6 +37,8 @@ AppState::AppState(AppServices services, DesktopCommands desktop, QObject* paren
                 [this](const QString& domain) { return m_connections.disconnect(domain, false); },
                 m_desktop.copyText},
       m_loginPage(m_context), m_guidance(m_context), m_access(m_context),
+      m_setup(m_context, services.server.address,
+              [this](const Guidance& guidance) { m_guidance.show(guidance); }),
       m_visibleProjects([this](const QString& domain) { return rowState(domain); }),
       m_loading(m_report, m_oauth, m_api, m_visibleProjects, [this] { return prepareLoad(); }),
       m_accounts(m_oauth, m_api, services.preferences, m_report, m_loading),

@@ -14,6 +14,7 @@
 #include "State/GuidanceQuestion.h"
 #include "State/Login/LoginPage.h"
 #include "State/ProjectLoading.h"
+#include "State/Setup/SetupSteps.h"
 #include "System/HostSystem.h"
 #include "System/Native/HotkeyManager.h"
 #include "System/Native/LoginItem.h"
@@ -66,6 +67,7 @@ class AppState : public QObject {
     Q_PROPERTY(QString accountError READ accountError NOTIFY accountErrorChanged)
     Q_PROPERTY(AccountListModel* accountList READ accountList CONSTANT)
     Q_PROPERTY(AccessHelp* access READ access CONSTANT)
+    Q_PROPERTY(SetupSteps* setup READ setup CONSTANT)
     Q_PROPERTY(QVariantMap guidance READ guidance NOTIFY guidanceChanged)
     Q_PROPERTY(QString hotkeyProblem READ hotkeyProblem NOTIFY hotkeyProblemChanged)
     Q_PROPERTY(bool startsAtLogin READ startsAtLogin WRITE setStartsAtLogin NOTIFY startsAtLoginChanged)
@@ -188,6 +190,7 @@ class AppState : public QObject {
     [[nodiscard]] bool quietWorkspace() const { return m_editor.isQuiet(); }
 
     [[nodiscard]] AccessHelp* access() { return &m_access; }
+    [[nodiscard]] SetupSteps* setup() { return &m_setup; }
 
     /// The alert that is open: "title", "text" and "buttons" (list of texts); empty when there is none.
     [[nodiscard]] QVariantMap guidance() const { return m_guidance.map(); }
@@ -238,6 +241,7 @@ class AppState : public QObject {
     LoginPage m_loginPage;
     GuidanceQuestion m_guidance;
     AccessHelp m_access;
+    SetupSteps m_setup;
     ProjectListModel m_visibleProjects;
     ProjectLoading m_loading;
     Accounts m_accounts;

@@ -98,13 +98,8 @@ QCoro::Task<> AccessHelp::lookForKey(int visit) {
 }
 
 void AccessHelp::copyKey() {
-    if (!keyIsKnown())
-        return;
-    m_context.copyText(m_own->key->line);
-    m_context.report.log(
-        QStringLiteral(
-            "Öffentlichen Schlüssel in die Zwischenablage kopiert. Im Harvellon-Backend einfügen."),
-        ActivityLogLevel::info);
+    if (keyIsKnown())
+        copyPublicKey(m_context, *m_own->key);
 }
 
 void AccessHelp::makeKey() {

@@ -54,3 +54,11 @@ void makeKeyInTerminal(const ActionContext& context, const QString& place) {
         // The user sees that nothing opens.
     }
 }
+
+void copyPublicKey(const ActionContext& context, const PublicKey& key) {
+    context.copyText(key.line);
+    context.report.log(
+        QStringLiteral(
+            "Öffentlichen Schlüssel in die Zwischenablage kopiert. Im Harvellon-Backend einfügen."),
+        ActivityLogLevel::info);
+}

@@ -104,8 +104,8 @@ Card {
         anchors.centerIn: parent
         anchors.verticalCenterOffset: card.keptHeight / 2
         notice: card.content.notice
+        room: card.height - card.keptHeight
+        state: card.state
         width: parent.width - 80
-
-        onRetryRequested: card.state.refresh()
     }
 }
