@@ -15,6 +15,7 @@ class Reporter;
 class SharedConnections;
 class Shell;
 class VSCodeLauncher;
+struct ProgramChoices;
 
 /// What the actions work with. Everything that is referred to outlives this. Main thread.
 struct ActionContext {
@@ -24,6 +25,7 @@ struct ActionContext {
     Reporter& report;
     VSCodeLauncher& editor;
     SharedConnections& shared;
+    const ProgramChoices& programs;
     /// Where a domain is mounted.
     std::function<std::optional<QString>(const QString& domain)> mountPoint;
     AskMount ask;

@@ -1,6 +1,7 @@
 #include "Actions/OpenSite.h"
 
 #include "Actions/Openers.h"
+#include "Actions/Programs/ProgramChoices.h"
 #include "Actions/Rules/SiteAddresses.h"
 #include "Directory/PlainDomain.h"
 #include "System/Reporter.h"
@@ -27,11 +28,13 @@ QCoro::Task<> openShell(ActionContext& context, Project project, bool /*alternat
         refuse(context, QStringLiteral("SSH-Shell nicht moeglich"), project);
         co_return;
     }
-    const QString scheme = QStringLiteral("ssh");
-    const bool hasHandler = co_await opensAddresses(context, scheme);
-    if (hasHandler) {
-        openAddress(context, shellAddress(project));
-        co_return;
+    if (context.programs.terminal.isEmpty()) {
+        const QString scheme = QStringLiteral("ssh");
+        const bool hasHandler = co_await opensAddresses(context, scheme);
+        if (hasHandler) {
+            openAddress(context, shellAddress(project));
+            co_return;
+        }
     }
     const QString login = project.sshLogin();
     const QStringList shared = co_await context.shared.answering(login);

@@ -21,12 +21,16 @@ AppState::AppState(AppServices services, DesktopCommands desktop, QObject* paren
       m_api(services.server.at(QLatin1StringView("/api/json/applications")), services.network),
       m_loginItem(m_host), m_sshfsMounter(m_host, services.shell), m_editor(m_host, services.shell),
       m_shared(m_host, services.shell),
+      m_programs(
+          m_host, services.preferences, m_report,
+          [this](const QString& domain) { perform(static_cast<int>(HoverTarget::vscode), domain, false); }),
       m_context{m_host,
                 services.shell,
                 services.network,
                 m_report,
                 m_editor,
                 m_shared,
+                m_programs.choices(),
                 [this](const QString& domain) { return m_sshfsMounter.mountPoint(domain); },
                 [this](const QString& domain, const std::function<bool()>& question) {
                     return m_sshfsMounter.ask(domain, question);

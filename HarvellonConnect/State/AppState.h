@@ -12,6 +12,7 @@
 #include "State/Git/MountedRepositories.h"
 #include "State/GuidanceQuestion.h"
 #include "State/Login/LoginPage.h"
+#include "State/Programs/ProgramSettings.h"
 #include "State/ProjectLoading.h"
 #include "System/HostSystem.h"
 #include "System/Native/HotkeyManager.h"
@@ -64,6 +65,7 @@ class AppState : public QObject {
     Q_PROPERTY(bool isAuthenticating READ isAuthenticating NOTIFY isAuthenticatingChanged)
     Q_PROPERTY(QString accountError READ accountError NOTIFY accountErrorChanged)
     Q_PROPERTY(AccountListModel* accountList READ accountList CONSTANT)
+    Q_PROPERTY(ProgramSettings* programs READ programs CONSTANT)
     Q_PROPERTY(QVariantMap guidance READ guidance NOTIFY guidanceChanged)
     Q_PROPERTY(QString hotkeyProblem READ hotkeyProblem NOTIFY hotkeyProblemChanged)
     Q_PROPERTY(bool startsAtLogin READ startsAtLogin WRITE setStartsAtLogin NOTIFY startsAtLoginChanged)
@@ -166,6 +168,8 @@ class AppState : public QObject {
 
     [[nodiscard]] AccountListModel* accountList() { return m_accounts.model(); }
 
+    [[nodiscard]] ProgramSettings* programs() { return &m_programs; }
+
     [[nodiscard]] const std::optional<QString>& activeAccountID() const { return m_accounts.activeID(); }
 
     [[nodiscard]] bool globalHotkeyEnabled() const { return m_globalHotkeyEnabled; }
@@ -230,6 +234,7 @@ class AppState : public QObject {
     SSHFSMounter m_sshfsMounter;
     VSCodeLauncher m_editor;
     SharedConnections m_shared;
+    ProgramSettings m_programs;
     ActionContext m_context;
     LoginPage m_loginPage;
     GuidanceQuestion m_guidance;

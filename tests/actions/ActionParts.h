@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Actions/ActionContext.h"
+#include "Actions/Programs/ProgramChoices.h"
 #include "Actions/VSCodeLauncher.h"
 #include "System/Reporter.h"
 #include "System/Shell.h"
@@ -50,9 +51,11 @@ class LastLine : public Reporter {
 /// What actions work with on `host`. Every domain is mounted at /m while `mounted` is true.
 struct ActionParts {
     ActionParts(HostSystem system, Shell& shell)
-        : host(std::move(system)), editor(host, shell), shared(host, shell),
-          context{host, shell, network, report, editor, shared, [this](auto&) { return mountPoint(); },
-                  {},   {},    {},      {},     {},     {}} {}
+        : host(std::move(system)), editor(host, shell),
+          shared(host, shell), context{host,   shell,  network,  report,
+                                       editor, shared, programs, [this](auto&) { return mountPoint(); },
+                                       {},     {},     {},       {},
+                                       {},     {}} {}
 
     [[nodiscard]] std::optional<QString> mountPoint() const {
         return mounted ? std::optional(u"/m"_s) : std::nullopt;
@@ -64,6 +67,7 @@ struct ActionParts {
     LastLine report;
     VSCodeLauncher editor;
     SharedConnections shared;
+    ProgramChoices programs;
     ActionContext context;
 };
 
