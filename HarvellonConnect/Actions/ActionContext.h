@@ -10,6 +10,7 @@
 #include <functional>
 #include <optional>
 
+class DatabaseTunnels;
 class QNetworkAccessManager;
 class Reporter;
 class SharedConnections;
@@ -26,6 +27,7 @@ struct ActionContext {
     VSCodeLauncher& editor;
     SharedConnections& shared;
     const ProgramChoices& programs;
+    DatabaseTunnels& tunnels;
     /// Where a domain is mounted.
     std::function<std::optional<QString>(const QString& domain)> mountPoint;
     AskMount ask;

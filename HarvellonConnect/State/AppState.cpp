@@ -24,6 +24,7 @@ AppState::AppState(AppServices services, DesktopCommands desktop, QObject* paren
       m_programs(
           m_host, services.preferences, m_report,
           [this](const QString& domain) { perform(static_cast<int>(HoverTarget::vscode), domain, false); }),
+      m_tunnels(m_host, services.shell),
       m_context{m_host,
                 services.shell,
                 services.network,
@@ -31,6 +32,7 @@ AppState::AppState(AppServices services, DesktopCommands desktop, QObject* paren
                 m_editor,
                 m_shared,
                 m_programs.choices(),
+                m_tunnels,
                 [this](const QString& domain) { return m_sshfsMounter.mountPoint(domain); },
                 [this](const QString& domain, const std::function<bool()>& question) {
                     return m_sshfsMounter.ask(domain, question);
@@ -166,9 +168,11 @@ QCoro::Task<> AppState::shutDown() {
     m_sshfsMounter.close(); // also while tokens are still being stored
     QCoro::Task<> storing = m_oauth.finish(storingLimit);
     QCoro::Task<> closing = m_shared.close();
+    QCoro::Task<> tunnels = m_tunnels.close();
     co_await m_connections.disconnectAll();
     co_await storing;
     co_await closing;
+    co_await tunnels;
     m_preferences.retry();
 }
 

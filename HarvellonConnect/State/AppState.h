@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Actions/Database/DatabaseTunnels.h"
 #include "Actions/ProjectActions.h"
 #include "Actions/VSCodeLauncher.h"
 #include "Directory/ProjectAPI.h"
@@ -128,7 +129,7 @@ class AppState : public QObject {
 
     /// Whether `shutDown` would have nothing to do.
     [[nodiscard]] bool isIdle() const {
-        return m_sshfsMounter.isIdle() && m_oauth.isIdle() && m_shared.isIdle();
+        return m_sshfsMounter.isIdle() && m_oauth.isIdle() && m_shared.isIdle() && m_tunnels.isIdle();
     }
 
     [[nodiscard]] const HostSystem& host() const { return m_host; }
@@ -235,6 +236,7 @@ class AppState : public QObject {
     VSCodeLauncher m_editor;
     SharedConnections m_shared;
     ProgramSettings m_programs;
+    DatabaseTunnels m_tunnels;
     ActionContext m_context;
     LoginPage m_loginPage;
     GuidanceQuestion m_guidance;

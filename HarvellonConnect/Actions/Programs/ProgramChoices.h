@@ -3,6 +3,13 @@
 #include <QHash>
 #include <QString>
 
+/// How a database is opened.
+enum class DatabaseWay {
+    ownSsh, ///< in the program for its addresses, which connects over ssh itself
+    tunnel, ///< in that program, through a tunnel of ours
+    shell   ///< with mysql in a terminal, through a tunnel of ours
+};
+
 /// Which of the user's programs the actions open. What is empty is as the desktop has it. The state sets it;
 /// actions read it each time. Main thread.
 struct ProgramChoices {
@@ -14,6 +21,7 @@ struct ProgramChoices {
     QHash<QString, QString> editorsOfProjects; ///< by domain; an empty key is VS Code, too
     QString terminal;                          ///< a key
     QString terminalCommand;
+    DatabaseWay database = DatabaseWay::ownSsh;
 
     [[nodiscard]] QString editorOf(const QString& domain) const {
         return editorsOfProjects.value(domain, editor);

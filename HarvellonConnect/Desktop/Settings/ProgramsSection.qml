@@ -40,5 +40,14 @@ Card {
             onPicked: key => card.programs.terminal = key
             onWritten: line => card.programs.terminalCommand = line
         }
+
+        ChoiceRow {
+            caption: "Ein Tunnel ist für Clients ohne eigenes SSH."
+            choices: card.programs.databaseWays
+            text: "Datenbank"
+            width: parent.width
+
+            onPicked: key => card.programs.databaseWay = key
+        }
     }
 }

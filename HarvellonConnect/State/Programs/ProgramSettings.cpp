@@ -15,6 +15,8 @@ const QString editorCommandKey = QStringLiteral("EditorCommand");
 const QString editorsOfProjectsKey = QStringLiteral("EditorsOfProjects"); // "domain=key" lines
 const QString terminalKey = QStringLiteral("Terminal");
 const QString terminalCommandKey = QStringLiteral("TerminalCommand");
+const QString databaseKey = QStringLiteral("DatabaseWay");
+const QString tunnelWay = QStringLiteral("tunnel");
 const QString ownName = QStringLiteral("Eigener Befehl");
 constexpr QLatin1Char assigned('=');
 
@@ -34,6 +36,12 @@ void append(QVariantList& list, const QList<KnownProgram>& found, const QList<Kn
                 program.key, isThere ? program.name : QStringLiteral("%1 (nicht gefunden)").arg(program.name),
                 chosen));
     }
+}
+
+DatabaseWay wayOf(const QString& key) {
+    if (key == tunnelWay)
+        return DatabaseWay::tunnel;
+    return key == databaseShell().key ? DatabaseWay::shell : DatabaseWay::ownSsh;
 }
 
 QHash<QString, QString> editorsIn(const QString& text) {
@@ -61,6 +69,8 @@ ProgramSettings::ProgramSettings(HostSystem host, Preferences& preferences, Acti
     m_choices.editorsOfProjects = editorsIn(kept(editorsOfProjectsKey));
     m_choices.terminal = kept(terminalKey);
     m_choices.terminalCommand = kept(terminalCommandKey);
+    m_databaseWay = kept(databaseKey);
+    m_choices.database = wayOf(m_databaseWay);
 }
 
 void ProgramSettings::look() {
@@ -68,17 +78,23 @@ void ProgramSettings::look() {
 }
 
 QCoro::Task<> ProgramSettings::lookForPrograms() {
-    using Found = std::pair<QList<KnownProgram>, QList<KnownProgram>>;
+    using Found = QList<QList<KnownProgram>>;
     const QPointer<ProgramSettings> guard(this);
-    const std::function<Found()> work = [editors = m_host.editors, terminals = m_host.terminals,
+    const std::function<Found()> work = [known = Found{m_host.editors, m_host.terminals, {databaseShell()}},
                                          folders = m_host.programFolders] {
-        return Found{foundPrograms(editors, folders), foundPrograms(terminals, folders)};
+        Found found;
+        for (const QList<KnownProgram>& programs : known)
+            found.append(foundPrograms(programs, folders));
+        return found;
     };
     const std::optional<Found> found = co_await Async::onWorker(work);
-    if (!guard || (found->first == m_editors && found->second == m_terminals))
+    const bool hasDatabaseShell = !found->last().isEmpty();
+    if (!guard ||
+        (found->at(0) == m_editors && found->at(1) == m_terminals && hasDatabaseShell == m_hasDatabaseShell))
         co_return;
-    m_editors = found->first;
-    m_terminals = found->second;
+    m_editors = found->at(0);
+    m_terminals = found->at(1);
+    m_hasDatabaseShell = hasDatabaseShell;
     Q_EMIT changed();
 }
 
@@ -103,6 +119,14 @@ QVariantList ProgramSettings::terminals() const {
     QVariantList list{entry({}, QStringLiteral("Wie im System"), m_choices.terminal)};
     append(list, m_terminals, m_host.terminals, m_choices.terminal);
     list.append(entry(ProgramChoices::own(), ownName, m_choices.terminal));
+    return list;
+}
+
+QVariantList ProgramSettings::databaseWays() const {
+    const QList<KnownProgram> shell{databaseShell()};
+    QVariantList list{entry({}, QStringLiteral("Client mit eigenem SSH"), m_databaseWay),
+                      entry(tunnelWay, QStringLiteral("Client über Tunnel"), m_databaseWay)};
+    append(list, m_hasDatabaseShell ? shell : QList<KnownProgram>(), shell, m_databaseWay);
     return list;
 }
 
@@ -132,6 +156,11 @@ void ProgramSettings::setTerminal(const QString& key) {
 
 void ProgramSettings::setTerminalCommand(const QString& line) {
     choose(m_choices.terminalCommand, line, terminalCommandKey);
+}
+
+void ProgramSettings::setDatabaseWay(const QString& key) {
+    m_choices.database = wayOf(key);
+    choose(m_databaseWay, key, databaseKey);
 }
 
 void ProgramSettings::choose(QString& choice, const QString& value, const QString& preference) {

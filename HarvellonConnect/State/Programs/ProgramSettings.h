@@ -27,6 +27,8 @@ class ProgramSettings : public QObject {
     Q_PROPERTY(QVariantList terminals READ terminals NOTIFY changed)
     Q_PROPERTY(QString terminal READ terminal WRITE setTerminal NOTIFY changed)
     Q_PROPERTY(QString terminalCommand READ terminalCommand WRITE setTerminalCommand NOTIFY changed)
+    Q_PROPERTY(QVariantList databaseWays READ databaseWays NOTIFY changed)
+    Q_PROPERTY(QString databaseWay READ databaseWay WRITE setDatabaseWay NOTIFY changed)
 
   public:
     /// `openEditor` opens a project's folder in the editor, where its row offers that. All that is referred
@@ -46,11 +48,16 @@ class ProgramSettings : public QObject {
     void setEditorCommand(const QString& line);
     void setTerminal(const QString& key);
     void setTerminalCommand(const QString& line);
+    void setDatabaseWay(const QString& key);
 
     [[nodiscard]] const ProgramChoices& choices() const { return m_choices; }
 
     [[nodiscard]] QVariantList editors() const;
     [[nodiscard]] QVariantList terminals() const;
+
+    [[nodiscard]] QVariantList databaseWays() const;
+
+    [[nodiscard]] QString databaseWay() const { return m_databaseWay; }
 
     [[nodiscard]] QString editor() const { return m_choices.editor; }
 
@@ -74,4 +81,6 @@ class ProgramSettings : public QObject {
     ProgramChoices m_choices;
     QList<KnownProgram> m_editors;
     QList<KnownProgram> m_terminals;
+    QString m_databaseWay; ///< a key, for m_choices.database
+    bool m_hasDatabaseShell = false;
 };

@@ -109,3 +109,10 @@ QList<KnownProgram> macOSTerminals() {
         {"wezterm", "WezTerm", "WezTerm.app/Contents/MacOS/wezterm"}};
     return listOf(terminals);
 }
+
+KnownProgram databaseShell() {
+    return {QStringLiteral("mysql"),
+            QStringLiteral("mysql im Terminal"),
+            {QStringLiteral("mysql"), QStringLiteral("mariadb")},
+            {}};
+}

@@ -36,3 +36,4 @@ struct KnownProgram {
 [[nodiscard]] QList<KnownProgram> macOSEditors();
 [[nodiscard]] QList<KnownProgram> linuxTerminals();
 [[nodiscard]] QList<KnownProgram> macOSTerminals();
+[[nodiscard]] KnownProgram databaseShell();
