@@ -23,7 +23,7 @@ T.ComboBox {
     font.pixelSize: Theme.labelSize
     font.weight: Font.Medium
     implicitHeight: Theme.buttonSide
-    implicitWidth: 176
+    implicitWidth: 196
     model: choices
     textRole: "name"
 
@@ -127,7 +127,7 @@ T.ComboBox {
             clip: true
             currentIndex: box.highlightedIndex
             implicitHeight: contentHeight
-            model: box.delegateModel
+            model: box.delegateModel // qmllint disable type
         }
     }
 }
