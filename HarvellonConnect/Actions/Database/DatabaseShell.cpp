@@ -37,10 +37,15 @@ std::optional<QByteArray> mysqlOptions(const DatabaseCredentials& credentials, q
 
 bool openDatabaseShell(const ActionContext& context, const QString& mysql,
                        const DatabaseCredentials& credentials, quint16 port) {
-    const QString folder = context.host.privateFolder + QStringLiteral("/mysql");
     const std::optional<QByteArray> options = mysqlOptions(credentials, port);
+    if (!options) {
+        context.report.warn(QStringLiteral(
+            "mysql wurde nicht geöffnet: Die Zugangsdaten enthalten ein unzulässiges Zeichen."));
+        return false;
+    }
+    const QString folder = context.host.privateFolder + QStringLiteral("/mysql");
     auto file = std::make_unique<QTemporaryFile>(folder + QStringLiteral("/XXXXXX.cnf")); // mode 0600
-    if (!options || !makePrivateFolder(folder) || !file->open() || file->write(*options) != options->size() ||
+    if (!makePrivateFolder(folder) || !file->open() || file->write(*options) != options->size() ||
         !file->flush()) {
         context.report.warn(
             QStringLiteral("mysql wurde nicht geöffnet: In %1 kann nicht geschrieben werden.").arg(folder));
