@@ -24,6 +24,12 @@ class MounterError : public Failure {
 
     [[nodiscard]] Case error() const { return m_case; }
 
+    /// Whether the way into the server may be what failed.
+    [[nodiscard]] bool concernsAccess() const {
+        return m_case == Case::authenticationFailed || m_case == Case::mountFailed ||
+               m_case == Case::mountTimeout;
+    }
+
     [[nodiscard]] QString description() const override;
 
   private:

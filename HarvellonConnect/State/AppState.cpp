@@ -21,9 +21,9 @@ AppState::AppState(AppServices services, DesktopCommands desktop, QObject* paren
       m_api(services.server.at(QLatin1StringView("/api/json/applications")), services.network),
       m_loginItem(m_host), m_sshfsMounter(m_host, services.shell), m_editor(m_host, services.shell),
       m_shared(m_host, services.shell),
-      m_programs(
+      m_programs(std::make_unique<ProgramSettings>(
           m_host, services.preferences, m_report,
-          [this](const QString& domain) { perform(static_cast<int>(HoverTarget::vscode), domain, false); }),
+          [this](const QString& domain) { perform(static_cast<int>(HoverTarget::vscode), domain, false); })),
       m_tunnels(m_host, services.shell),
       m_context{m_host,
                 services.shell,
@@ -31,7 +31,7 @@ AppState::AppState(AppServices services, DesktopCommands desktop, QObject* paren
                 m_report,
                 m_editor,
                 m_shared,
-                m_programs.choices(),
+                m_programs->choices(),
                 m_tunnels,
                 [this](const QString& domain) { return m_sshfsMounter.mountPoint(domain); },
                 [this](const QString& domain, const std::function<bool()>& question) {
@@ -42,7 +42,7 @@ AppState::AppState(AppServices services, DesktopCommands desktop, QObject* paren
                 [this](const Project& project) { return m_connections.connect(project); },
                 [this](const QString& domain) { return m_connections.disconnect(domain, false); },
                 m_desktop.copyText},
-      m_loginPage(m_context), m_guidance(m_context),
+      m_loginPage(m_context), m_guidance(m_context), m_access(m_context),
       m_visibleProjects([this](const QString& domain) { return rowState(domain); }),
       m_loading(m_report, m_oauth, m_api, m_visibleProjects, [this] { return prepareLoad(); }),
       m_accounts(m_oauth, m_api, services.preferences, m_report, m_loading),
@@ -94,6 +94,9 @@ void AppState::publishParts() {
     connect(&m_connections, &Connections::connectionChanged, this, &AppState::showKeptProjects);
     connect(&m_loading, &ProjectLoading::projectsChanged, this, &AppState::showKeptProjects);
     connect(&m_loading, &ProjectLoading::userProfileChanged, this, &AppState::showKeptProjects);
+    connect(&m_connections, &Connections::refused, &m_access, &AccessHelp::offer);
+    connect(&m_report, &ActivityReport::lastErrorChanged, &m_access,
+            [this] { m_access.setLastError(m_report.lastError()); });
     connect(&m_connections, &Connections::mountsEnded, this,
             [this](const QStringList& domains) { m_desktop.tellMountsEnded(domains); });
     connect(&m_repositories, &MountedRepositories::changed, this, &AppState::gitChanged);

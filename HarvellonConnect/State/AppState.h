@@ -6,6 +6,7 @@
 #include "Directory/ProjectAPI.h"
 #include "Mounting/SSHFSMounter.h"
 #include "SignIn/OAuthManager.h"
+#include "State/Access/AccessHelp.h"
 #include "State/Accounts.h"
 #include "State/ActivityReport.h"
 #include "State/ConnectionCare.h"
@@ -67,6 +68,7 @@ class AppState : public QObject {
     Q_PROPERTY(QString accountError READ accountError NOTIFY accountErrorChanged)
     Q_PROPERTY(AccountListModel* accountList READ accountList CONSTANT)
     Q_PROPERTY(ProgramSettings* programs READ programs CONSTANT)
+    Q_PROPERTY(AccessHelp* access READ access CONSTANT)
     Q_PROPERTY(QVariantMap guidance READ guidance NOTIFY guidanceChanged)
     Q_PROPERTY(QString hotkeyProblem READ hotkeyProblem NOTIFY hotkeyProblemChanged)
     Q_PROPERTY(bool startsAtLogin READ startsAtLogin WRITE setStartsAtLogin NOTIFY startsAtLoginChanged)
@@ -169,7 +171,7 @@ class AppState : public QObject {
 
     [[nodiscard]] AccountListModel* accountList() { return m_accounts.model(); }
 
-    [[nodiscard]] ProgramSettings* programs() { return &m_programs; }
+    [[nodiscard]] ProgramSettings* programs() const { return m_programs.get(); }
 
     [[nodiscard]] const std::optional<QString>& activeAccountID() const { return m_accounts.activeID(); }
 
@@ -189,6 +191,8 @@ class AppState : public QObject {
     [[nodiscard]] QString gitProblem() const { return m_repositories.problem(); }
 
     [[nodiscard]] bool quietWorkspace() const { return m_editor.isQuiet(); }
+
+    [[nodiscard]] AccessHelp* access() { return &m_access; }
 
     /// The alert that is open: "title", "text" and "buttons" (list of texts); empty when there is none.
     [[nodiscard]] QVariantMap guidance() const { return m_guidance.map(); }
@@ -235,11 +239,12 @@ class AppState : public QObject {
     SSHFSMounter m_sshfsMounter;
     VSCodeLauncher m_editor;
     SharedConnections m_shared;
-    ProgramSettings m_programs;
+    const std::unique_ptr<ProgramSettings> m_programs;
     DatabaseTunnels m_tunnels;
     ActionContext m_context;
     LoginPage m_loginPage;
     GuidanceQuestion m_guidance;
+    AccessHelp m_access;
     ProjectListModel m_visibleProjects;
     ProjectLoading m_loading;
     Accounts m_accounts;

@@ -125,8 +125,14 @@ QCoro::Task<Ending> Connections::mount(Project project) {
     case SSHFSReadiness::State::ready:
         break;
     }
-    const MountSession session = co_await m_mounter.mount(project, linksOf(project.domain));
-    co_return Ending{QStringLiteral("Gemountet: ") + session.mountPoint, ActivityLogLevel::success};
+    try {
+        const MountSession session = co_await m_mounter.mount(project, linksOf(project.domain));
+        co_return Ending{QStringLiteral("Gemountet: ") + session.mountPoint, ActivityLogLevel::success};
+    } catch (const MounterError& error) {
+        if (error.concernsAccess())
+            Q_EMIT refused(project, error.description());
+        throw;
+    }
 }
 
 QCoro::Task<> Connections::disconnect(QString domain, bool force) {

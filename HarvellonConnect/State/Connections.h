@@ -76,6 +76,8 @@ class Connections : public QObject {
   Q_SIGNALS:
     /// A connect of `domain` has begun or ended.
     void connectingChanged(const QString& domain);
+    /// The server did not let the project in; `failure` will be the last error.
+    void refused(const Project& project, const QString& failure);
     /// `domain` has been mounted, or its mount has ended.
     void connectionChanged(const QString& domain, bool connected);
     /// The user does not want `domain` mounted any more.

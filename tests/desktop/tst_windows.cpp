@@ -129,7 +129,10 @@ class TestWindows : public DesktopTest {
         QVERIFY(heard::press(heard::find(window, people.at(0).name, QAccessible::ListItem)));
         QTRY_COMPARE(heard::chosen(window), QStringList(people.at(0).name));
 
-        QVERIFY(heard::press(heard::find(window, u"Account entfernen"_s, Button)));
+        for (const QString& button : {u"Account entfernen"_s, u"Abbrechen"_s, u"Account entfernen"_s})
+            QVERIFY(heard::press(heard::find(window, button, Button)));
+        QCOMPARE(m_desktop->state->accounts().size(), 2);
+        QVERIFY(heard::press(heard::find(window, u"Entfernen"_s, Button)));
         QTRY_COMPARE(m_desktop->state->accounts().size(), 1);
         QTRY_COMPARE(heard::names(window, QAccessible::ListItem), QStringList(people.at(1).name));
     }
@@ -163,33 +166,6 @@ class TestWindows : public DesktopTest {
         QVERIFY(broken.remove());
         QVERIFY(settings()); // opened again, it looks anew
         QTRY_VERIFY(git->text(QAccessible::Description).startsWith(u"Git liest nur"_s));
-    }
-
-    void programsAreChosenAmongThoseThatAreThere() {
-        const QString editor = m_desktop->home.filePath(u".local/bin/phpstorm"_s);
-        QVERIFY(QDir().mkpath(QFileInfo(editor).path()) && QFile::link(u"/bin/true"_s, editor));
-        QWindow* const window = settings();
-        window->resize(520, 900);
-        const ProgramSettings& programs = *m_desktop->state->programs();
-        const auto choose = [window](const QString& name) {
-            return heard::press(heard::find(window, u"Editor"_s, QAccessible::ComboBox)) &&
-                   QTest::qWaitFor(
-                       [&] { return heard::press(heard::find(window, name, QAccessible::ListItem)); });
-        };
-        QVERIFY(choose(u"PhpStorm"_s));
-        QCOMPARE(programs.editor(), u"phpstorm"_s);
-        QVERIFY(QFile::remove(editor));
-        QVERIFY(settings()); // looks anew
-        QVERIFY(choose(u"PhpStorm (nicht gefunden)"_s));
-        QVERIFY(choose(u"Eigener Befehl"_s));
-        const auto field = [window] { return heard::find(window, u"Editor: eigener Befehl"_s); };
-        QTRY_VERIFY(field());
-        field()->setText(QAccessible::Value, u"ed %f"_s);
-        QTRY_COMPARE(programs.editorCommand(), u"ed %f"_s);
-        QCOMPARE(programs.editor(), ProgramChoices::own());
-        QCOMPARE(m_desktop->preferences->text(u"EditorCommand"_s), u"ed %f"_s);
-        QVERIFY(choose(u"VS Code"_s));
-        QVERIFY(!field());
     }
 
     void whatHasTheFocusIsScrolledIntoSight() {
@@ -269,6 +245,23 @@ class TestWindows : public DesktopTest {
         QVERIFY(heard::press(window, u"Anzeigen"_s));
         QTRY_VERIFY(heard::press(window, copy));
         QCOMPARE(m_desktop->copied, flood);
+    }
+
+    void aProjectThatIsNotLetInOffersHelp() {
+        PanelWindow* const window = openSignedIn();
+        const Project project = m_desktop->state->projects().constFirst();
+        await(m_desktop->state->parts().connections.connect(project)); // its server has no address here
+        QTRY_VERIFY(heard::press(window, u"Zugang einrichten"_s));
+        QWindow* const alert = m_desktop->alerts->accessWindow();
+        QVERIFY(alert && QTest::qWaitForWindowExposed(alert));
+        QTRY_VERIFY(heard::find(alert, m_desktop->state->access()->title()));
+        QTRY_VERIFY(heard::find(alert, u"Schlüssel anlegen"_s, Button));
+        const int height = alert->height();
+        QVERIFY(heard::press(heard::find(alert, u"Zugang prüfen"_s, Button)));
+        QTRY_VERIFY(heard::find(alert, u"Der Name %1 lässt sich nicht auflösen."_s.arg(project.domain)));
+        QTRY_VERIFY2(alert->height() > height, "the window grows with what it tells");
+        QVERIFY(heard::press(heard::find(alert, u"Schließen"_s, Button)));
+        QVERIFY(!m_desktop->alerts->accessWindow());
     }
 
     void guidanceIsAskedOnceAndAnswered() {

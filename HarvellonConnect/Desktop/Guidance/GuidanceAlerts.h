@@ -1,14 +1,16 @@
 #pragma once
 
+#include "Desktop/Guidance/AlertWindow.h"
+
 #include <QObject>
-#include <QQuickView>
 
 #include <memory>
 
 class AppState;
 class QmlViews;
 
-/// Shows the open guidance of AppState as an alert window until the user answers it. Main thread.
+/// Shows the open guidance of AppState, and its help with an access, as alert windows until the user answers
+/// or closes them. Main thread.
 class GuidanceAlerts : public QObject {
     Q_OBJECT
 
@@ -17,16 +19,18 @@ class GuidanceAlerts : public QObject {
     GuidanceAlerts(QmlViews& views, AppState& state, QObject* parent = nullptr);
     ~GuidanceAlerts() override;
 
-    /// Null while no alert is open.
+    /// Null while no guidance is open.
     [[nodiscard]] QQuickView* window() const { return m_window.get(); }
 
-    bool eventFilter(QObject* watched, QEvent* event) override;
+    /// Null while no help with an access is open.
+    [[nodiscard]] QQuickView* accessWindow() const { return m_accessWindow.get(); }
 
   private:
     void update();
-    void open(const QVariantMap& guidance);
+    void updateAccess();
 
     QmlViews& m_views;
     AppState& m_state;
-    std::unique_ptr<QQuickView> m_window;
+    std::unique_ptr<AlertWindow> m_window;
+    std::unique_ptr<AlertWindow> m_accessWindow;
 };

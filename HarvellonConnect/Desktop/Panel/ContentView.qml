@@ -132,6 +132,7 @@ FocusScope {
     ErrorLine {
         id: error
 
+        help: panel.state.access.offered ? "Zugang einrichten" : ""
         text: panel.state.lastError
         visible: panel.hasError
         width: parent.width - 2 * x
@@ -140,6 +141,7 @@ FocusScope {
 
         onCopied: panel.state.copyText(text)
         onDismissed: panel.state.dismissLastError()
+        onHelped: panel.state.access.show()
     }
 
     ProjectList {

@@ -6,17 +6,21 @@ Rectangle {
     id: line
 
     required property string text
+    property string help ///< the word that offers help with this failure; empty for none
 
     readonly property bool isLong: text.length > 300 || text.split("\n").length > 6
 
+    readonly property bool hasLinks: isLong || help !== ""
+
     signal copied
+    signal helped
     signal dismissed
 
     Accessible.name: text
     Accessible.role: Accessible.AlertMessage
     border.color: Theme.badEdge
     color: Theme.badBg
-    height: Math.max(32, words.height + 14 + (isLong ? copy.height : 0))
+    height: Math.max(32, words.height + 14 + (hasLinks ? links.height : 0))
     radius: Theme.rowRadius
 
     SymbolIcon {
@@ -35,7 +39,7 @@ Rectangle {
         anchors.right: close.left
         anchors.rightMargin: 8
         anchors.verticalCenter: parent.verticalCenter
-        anchors.verticalCenterOffset: line.isLong ? -copy.height / 2 : 0
+        anchors.verticalCenterOffset: line.hasLinks ? -links.height / 2 : 0
         color: Theme.badInk
         elide: Text.ElideRight
         maximumLineCount: 6
@@ -43,19 +47,31 @@ Rectangle {
         wrapMode: Text.Wrap
     }
 
-    LinkButton {
-        id: copy
+    Row {
+        id: links
 
-        Accessible.name: "Meldung kopieren"
         anchors.bottom: parent.bottom
         anchors.bottomMargin: 3
         anchors.left: words.left
         anchors.leftMargin: -8
-        ink: Theme.badInk
-        text: "Kopieren"
-        visible: line.isLong
+        height: Theme.smallButtonSide
 
-        onClicked: line.copied()
+        LinkButton {
+            Accessible.name: "Meldung kopieren"
+            ink: Theme.badInk
+            text: "Kopieren"
+            visible: line.isLong
+
+            onClicked: line.copied()
+        }
+
+        LinkButton {
+            ink: Theme.badInk
+            text: line.help
+            visible: line.help !== ""
+
+            onClicked: line.helped()
+        }
     }
 
     SmallButton {
