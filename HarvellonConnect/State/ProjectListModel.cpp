@@ -50,30 +50,40 @@ void ProjectListModel::setSearchText(const QString& text) {
 }
 
 void ProjectListModel::filter() {
-    const QStringList words = searchKey(m_searchText).split(QLatin1Char(' '), Qt::SkipEmptyParts);
-    QList<int> visible;
-    m_visibleKept = 0;
-    for (int i = 0; i < m_rows.searchKeys.size(); ++i) {
-        const QString& key = m_rows.searchKeys.at(i);
-        if (std::all_of(words.begin(), words.end(),
-                        [&key](const QString& word) { return key.contains(word); }))
-            visible.append(i);
-        if (i + 1 == m_kept.projects.size())
-            m_visibleKept = static_cast<int>(visible.size());
+    m_query = SearchQuery(m_searchText);
+    QList<int> found = matching();
+    if (found.isEmpty()) {
+        m_query = m_query.forgiving();
+        found = matching();
     }
+    m_visibleKept = static_cast<int>(std::lower_bound(found.begin(), found.end(), m_kept.projects.size()) -
+                                     found.begin());
+    show(found);
+}
+
+QList<int> ProjectListModel::matching() const {
+    QList<int> rows;
+    for (int row = 0; row < m_rows.searchKeys.size(); ++row) {
+        if (m_query.matches(m_rows.searchKeys.at(row)))
+            rows.append(row);
+    }
+    return rows;
+}
+
+void ProjectListModel::show(const QList<int>& rows) {
     // Rows that remain are filled anew instead of replaced: making a row costs more than filling it.
     const int before = count();
-    const int after = static_cast<int>(visible.size());
+    const int after = static_cast<int>(rows.size());
     if (after < before) {
         beginRemoveRows({}, after, before - 1);
-        m_visible = visible;
+        m_visible = rows;
         endRemoveRows();
     } else if (after > before) {
         beginInsertRows({}, before, after - 1);
-        m_visible = visible;
+        m_visible = rows;
         endInsertRows();
     } else {
-        m_visible = visible;
+        m_visible = rows;
     }
     if (const int kept = std::min(before, after); kept > 0)
         Q_EMIT dataChanged(index(0), index(kept - 1));
@@ -123,6 +133,10 @@ QVariant ProjectListModel::data(const QModelIndex& index, int role) const {
         return m_lookUp(project.domain).lost;
     case keptRole:
         return index.row() < m_visibleKept;
+    case titleHitsRole:
+        return QVariant::fromValue(m_query.hits(project.title()));
+    case domainHitsRole:
+        return QVariant::fromValue(m_query.hits(project.domain));
     default:
         return {};
     }
@@ -132,5 +146,6 @@ QHash<int, QByteArray> ProjectListModel::roleNames() const {
     return {{titleRole, "title"},         {domainRole, "domain"},
             {connectedRole, "connected"}, {connectingRole, "connecting"},
             {offersRole, "offers"},       {connectingSinceRole, "connectingSince"},
-            {lostRole, "lost"},           {keptRole, "kept"}};
+            {lostRole, "lost"},           {keptRole, "kept"},
+            {titleHitsRole, "titleHits"}, {domainHitsRole, "domainHits"}};
 }

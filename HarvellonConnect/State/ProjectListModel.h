@@ -1,6 +1,7 @@
 #pragma once
 
 #include "State/ProjectOrder.h"
+#include "State/Rows/SearchQuery.h"
 
 #include <QAbstractListModel>
 #include <QDateTime>
@@ -37,6 +38,8 @@ class ProjectListModel : public QAbstractListModel {
         offersRole,               ///< "offers": int, a bit for each action that the row offers
         lostRole,                 ///< "lost": bool, the mount has ended by itself
         keptRole,                 ///< "kept": bool, mounted, but not in the list of projects
+        titleHitsRole,            ///< "titleHits": list of int, what the search has found in the title
+        domainHitsRole,           ///< "domainHits": list of int, as titleHits; see SearchQuery::hits
     };
 
     using LookUp = std::function<RowState(const QString& domain)>;
@@ -83,6 +86,8 @@ class ProjectListModel : public QAbstractListModel {
   private:
     void combine();
     void filter();
+    [[nodiscard]] QList<int> matching() const;
+    void show(const QList<int>& rows);
 
     LookUp m_lookUp;
     QList<Project> m_projects;
@@ -92,4 +97,5 @@ class ProjectListModel : public QAbstractListModel {
     QList<int> m_visible;
     int m_visibleKept = 0;
     QString m_searchText;
+    SearchQuery m_query;
 };

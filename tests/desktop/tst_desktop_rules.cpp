@@ -1,5 +1,6 @@
 #include "Desktop/Panel/PanelKeys.h"
 #include "Desktop/Panel/Rows/ButtonRail.h"
+#include "Desktop/Panel/Rows/HitMarkup.h"
 #include "Desktop/StatusItem/PopoverPlacement.h"
 
 #include <QTest>
@@ -81,6 +82,15 @@ class TestDesktopRules : public QObject {
         QCOMPARE(after(Qt::Key_End, 12, true), Row(24));
         for (const int key : {Qt::Key_Down, Qt::Key_Up, Qt::Key_PageDown})
             QCOMPARE(after(key, -1, false, 0), Row()); // no rows
+    }
+
+    void markupInNamesIsShownAsItIs() {
+        const HitMarkup markup;
+        QCOMPARE(markup.marked(u"<i>&x"_s, {0, 2, 4, 1}, Qt::red),
+                 u"<b><font color=\"#ff0000\">&lt;i</font></b>&gt;&amp;"
+                 "<b><font color=\"#ff0000\">x</font></b>"_s);
+        QCOMPARE(markup.marked(u"a  <img src='http://x.example'>"_s, {}, Qt::red),
+                 u"a &nbsp;&lt;img src='http://x.example'&gt;"_s);
     }
 };
 

@@ -15,6 +15,8 @@ Item {
     required property int offers
     required property bool lost
     required property bool kept
+    required property list<int> titleHits
+    required property list<int> domainHits
     required property int index
 
     property bool current: false
@@ -60,7 +62,8 @@ Item {
     BodyLabel {
         elide: Text.ElideRight
         height: Theme.bodyLine
-        text: row.title
+        text: HitMarkup.marked(row.title, row.titleHits, Theme.focus)
+        textFormat: Text.StyledText
         width: row.markStart - 12 - x
         x: Theme.gap
         y: 4
@@ -69,7 +72,8 @@ Item {
     CaptionLabel {
         elide: Text.ElideMiddle
         height: Theme.captionLine
-        text: row.domain
+        text: HitMarkup.marked(row.domain, row.domainHits, Theme.focus)
+        textFormat: Text.StyledText
         width: row.markStart - 12 - x
         x: Theme.gap
         y: 21
