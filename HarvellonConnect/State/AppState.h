@@ -14,6 +14,7 @@
 #include "State/GuidanceQuestion.h"
 #include "State/Login/LoginPage.h"
 #include "State/ProjectLoading.h"
+#include "State/Rows/ProjectMarks.h"
 #include "System/HostSystem.h"
 #include "System/Native/HotkeyManager.h"
 #include "System/Native/LoginItem.h"
@@ -241,6 +242,7 @@ class AppState : public QObject {
     ProjectListModel m_visibleProjects;
     ProjectLoading m_loading;
     Accounts m_accounts;
+    ProjectMarks m_marks;
     Connections m_connections;
     ConnectionCare m_care;
     MountedRepositories m_repositories;

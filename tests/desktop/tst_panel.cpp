@@ -213,6 +213,33 @@ class TestPanel : public DesktopTest {
         QCOMPARE(heard::names(rowOf(window, title), Button).constFirst(), u"Verbinden und mounten"_s);
         QVERIFY(heard::find(window, title + u": Nicht verbunden"_s, QAccessible::AlertMessage));
     }
+
+    void pinnedProjectsStandAboveAndOpenByNumber() {
+        PanelWindow* const window = openSignedIn();
+        const QString title = titleOf(3);
+        const auto stateOf = [window](const QString& project) {
+            QAccessibleInterface* const row = rowOf(window, project);
+            return row ? row->text(QAccessible::Description) : QString();
+        };
+        m_desktop->state->setSearchText(domainOf(3));
+        QTest::keyClick(window, Qt::Key_P, Qt::ControlModifier);
+        QTest::keyClick(window, Qt::Key_Escape);
+        QCOMPARE(titleOf(0), title);
+        QTRY_COMPARE(stateOf(title), u"Nicht verbunden, angeheftet, Strg+1"_s);
+        QTest::keyClick(window, Qt::Key_1, Qt::ControlModifier);
+        QTRY_COMPARE_WITH_TIMEOUT(stateOf(title), u"Gemountet, angeheftet, Strg+1"_s, 20000);
+        m_desktop->shell.opened.clear();
+        QTest::keyClick(window, Qt::Key_1, Qt::ControlModifier);
+        QTRY_VERIFY_WITH_TIMEOUT(!m_desktop->shell.opened.filter(u"code "_s).isEmpty(), 10000);
+
+        const QString pin = u"Oben anheften"_s;
+        const QString next = titleOf(1);
+        QVERIFY(!heard::find(window, pin));
+        QTest::mouseMove(window, window->mapFromGlobal(rowOf(window, next)->rect().center()));
+        QTRY_VERIFY(heard::find(rowOf(window, next), pin));
+        QVERIFY(heard::press(heard::find(rowOf(window, next), pin)));
+        QTRY_COMPARE(stateOf(next), u"Nicht verbunden, angeheftet, Strg+2"_s);
+    }
 };
 
 int main(int argc, char* argv[]) {

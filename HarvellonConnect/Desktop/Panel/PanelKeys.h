@@ -52,6 +52,8 @@ class PanelKeys : public QObject {
     bool move(int key, Qt::KeyboardModifiers modifiers);
     bool pressAction(int key, Qt::KeyboardModifiers modifiers);
     bool performObvious();
+    void performObvious(const QString& domain);
+    bool performPinned(int place);
     void searchChanged();
     void listChanged();
 

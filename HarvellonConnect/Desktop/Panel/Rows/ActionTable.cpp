@@ -4,8 +4,10 @@
 
 QVariantList ActionTable::actions() const {
     QVariantList list;
-    for (const ProjectAction& action : ProjectActions::table())
-        list.append(QVariant::fromValue(ShownAction{&action}));
+    for (const ProjectAction& action : ProjectActions::table()) {
+        if (action.slot)
+            list.append(QVariant::fromValue(ShownAction{&action}));
+    }
     return list;
 }
 
@@ -13,7 +15,7 @@ QVariantList ActionTable::ghostSlots() const {
     const RowFacts everything{.coder = true, .databaseUser = true};
     QVariantList slotsOfOffers;
     for (const ProjectAction& action : ProjectActions::table()) {
-        if (action.offered(everything))
+        if (action.slot && action.offered(everything))
             slotsOfOffers.append(action.slotPosition());
     }
     return slotsOfOffers;
@@ -22,7 +24,7 @@ QVariantList ActionTable::ghostSlots() const {
 int ActionTable::firstSlot(int offers) const {
     int first = railWidth();
     for (const ProjectAction& action : ProjectActions::table()) {
-        if ((offers & 1 << action.targetNumber()) != 0)
+        if (action.slot && (offers & 1 << action.targetNumber()) != 0)
             first = std::min(first, action.slotPosition());
     }
     return first;

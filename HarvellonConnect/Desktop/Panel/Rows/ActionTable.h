@@ -55,8 +55,10 @@ class ActionTable : public QObject {
     Q_OBJECT
     QML_ELEMENT
     QML_SINGLETON
-    /// Of shownAction, from left to right.
+    /// Of shownAction: the buttons of a row, from left to right.
     Q_PROPERTY(QVariantList actions READ actions CONSTANT)
+    Q_PROPERTY(ShownAction pin READ pin CONSTANT)
+    Q_PROPERTY(ShownAction unpin READ unpin CONSTANT)
     Q_PROPERTY(int buttonColumnWidth READ buttonColumnWidth CONSTANT)
     Q_PROPERTY(int railWidth READ railWidth CONSTANT)
     /// Where the buttons of a row stand before anything is known of its project.
@@ -66,6 +68,10 @@ class ActionTable : public QObject {
     using QObject::QObject;
 
     [[nodiscard]] QVariantList actions() const;
+
+    [[nodiscard]] ShownAction pin() const { return {&ProjectActions::action(HoverTarget::pin)}; }
+
+    [[nodiscard]] ShownAction unpin() const { return {&ProjectActions::action(HoverTarget::unpin)}; }
 
     [[nodiscard]] int buttonColumnWidth() const { return ProjectActions::buttonColumnWidth; }
 
