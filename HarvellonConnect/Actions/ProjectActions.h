@@ -12,7 +12,24 @@
 #include <optional>
 
 /// What can be done with a project.
-enum class HoverTarget { disconnect, connect, vscode, finder, ssh, cache, safari, database, pin, unpin };
+enum class HoverTarget {
+    disconnect,
+    connect,
+    vscode,
+    finder,
+    ssh,
+    cache,
+    safari,
+    database,
+    pin,
+    unpin,
+    copyAddress,
+    copyFolder,
+    copyShellCommand
+};
+
+/// The groups of a row's context menu, from top to bottom, parted by lines.
+enum class MenuGroup { none, copy, pin };
 
 /// What decides which actions a project's row offers.
 struct RowFacts {
@@ -52,8 +69,9 @@ struct ProjectAction {
         helpWhenLost{}; ///< instead of `help` where the mount has ended by itself; empty for no difference
     QKeySequence shortcut{};
     Tint tint{};
-    std::optional<Slot> slot{};         ///< nothing: has no button among the others of the row
-    std::optional<Slot> slotWhenLost{}; ///< instead of `slot`, as helpWhenLost
+    std::optional<Slot> slot{};            ///< nothing: has no button among the others of the row
+    std::optional<Slot> slotWhenLost{};    ///< instead of `slot`, as helpWhenLost
+    MenuGroup menuGroup = MenuGroup::none; ///< where it stands in the row's context menu
     bool (*offered)(const RowFacts& facts) = nullptr;
     Function function = nullptr;
     bool dangerous = false;            ///< the icon turns red under the pointer

@@ -240,6 +240,34 @@ class TestPanel : public DesktopTest {
         QVERIFY(heard::press(heard::find(rowOf(window, next), pin)));
         QTRY_COMPARE(stateOf(next), u"Nicht verbunden, angeheftet, Strg+2"_s);
     }
+
+    void theMenuOfARowCopiesAndThePanelStays() {
+        PanelWindow* const window = openSignedIn();
+        const auto entries = [window] { return heard::names(window, QAccessible::MenuItem); };
+        const QStringList all{u"Adresse kopieren"_s, u"ssh-Befehl kopieren"_s, u"Oben anheften"_s};
+        const QPoint row = window->mapFromGlobal(rowOf(window, titleOf(1))->rect().center());
+        QTest::mouseClick(window, Qt::RightButton, {}, row);
+        QTRY_COMPARE(entries(), all);
+        QTest::keyClick(window, Qt::Key_Return);
+        QCOMPARE(m_desktop->copied, u"https://"_s + domainOf(1));
+        QTRY_VERIFY(entries().isEmpty());
+        QCOMPARE(heard::focus(window), u"Domain suchen"_s);
+
+        QTest::keyClick(window, Qt::Key_End, Qt::ControlModifier);
+        QTest::keyClick(window, Qt::Key_F10, Qt::ShiftModifier);
+        QTRY_COMPARE(entries(), all);
+        for (const QString& entry : all)
+            QVERIFY(window->geometry().contains(heard::find(window, entry)->rect()));
+        QTest::keyClick(window, Qt::Key_Down);
+        QTest::keyClick(window, Qt::Key_Return);
+        QVERIFY(m_desktop->copied.startsWith(m_desktop->host.ssh + u" ssh"_s));
+        QVERIFY(m_desktop->copied.endsWith(u'@' + domainOf(11)) && m_desktop->statusBar->isShown());
+        QTest::keyClick(window, Qt::Key_Menu);
+        QTRY_COMPARE(entries(), all);
+        m_desktop->statusBar->close();
+        m_desktop->openPanel();
+        QVERIFY(entries().isEmpty());
+    }
 };
 
 int main(int argc, char* argv[]) {

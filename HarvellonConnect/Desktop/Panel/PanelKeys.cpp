@@ -89,6 +89,10 @@ bool PanelKeys::press(int key, int modifiers) {
         if (!held.testFlag(Qt::ControlModifier))
             return performObvious();
         return pressAction(Qt::Key_Return, held);
+    case Qt::Key_Menu:
+        return requestMenu();
+    case Qt::Key_F10:
+        return held == Qt::ShiftModifier && requestMenu();
     case Qt::Key_F5:
         m_state->refresh();
         return true;
@@ -180,6 +184,12 @@ void PanelKeys::performObvious(const QString& domain) {
     const RowState row = m_state->visibleProjects()->rowState(domain);
     if (const auto target = obviousAction(row.offers, row.connectingSince.has_value()))
         m_state->perform(static_cast<int>(*target), domain, false);
+}
+
+bool PanelKeys::requestMenu() {
+    if (m_row >= 0)
+        Q_EMIT menuRequested();
+    return true;
 }
 
 bool PanelKeys::performPinned(int place) {

@@ -41,6 +41,8 @@ class PanelKeys : public QObject {
     void currentRowChanged();
     void typed(const QString& text);
     void rowMoved();
+    /// The context menu of the current row is wanted.
+    void menuRequested();
     void closeRequested();
     void settingsRequested();
     void updatesRequested();
@@ -54,6 +56,7 @@ class PanelKeys : public QObject {
     bool performObvious();
     void performObvious(const QString& domain);
     bool performPinned(int place);
+    bool requestMenu();
     void searchChanged();
     void listChanged();
 

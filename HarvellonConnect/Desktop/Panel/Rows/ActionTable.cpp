@@ -11,6 +11,21 @@ QVariantList ActionTable::actions() const {
     return list;
 }
 
+QVariantList ActionTable::menu(int offers) const {
+    QList<ShownAction> entries;
+    for (const ProjectAction& action : ProjectActions::table()) {
+        if (action.menuGroup != MenuGroup::none && (offers & 1 << action.targetNumber()) != 0)
+            entries.append({&action});
+    }
+    std::stable_sort(entries.begin(), entries.end(), [](const ShownAction& one, const ShownAction& other) {
+        return one.menuGroup() < other.menuGroup();
+    });
+    QVariantList list;
+    for (const ShownAction& entry : entries)
+        list.append(QVariant::fromValue(entry));
+    return list;
+}
+
 QVariantList ActionTable::ghostSlots() const {
     const RowFacts everything{.coder = true, .databaseUser = true};
     QVariantList slotsOfOffers;

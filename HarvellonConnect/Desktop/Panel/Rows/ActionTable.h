@@ -20,6 +20,7 @@ struct ShownAction {
     Q_PROPERTY(QColor tintDark READ tintDark CONSTANT)
     Q_PROPERTY(bool dangerous READ dangerous CONSTANT)
     Q_PROPERTY(bool restsWhileConnecting READ restsWhileConnecting CONSTANT)
+    Q_PROPERTY(int menuGroup READ menuGroup CONSTANT)
     Q_PROPERTY(int slot READ slot CONSTANT)
     Q_PROPERTY(int slotWhenLost READ slotWhenLost CONSTANT)
 
@@ -44,6 +45,8 @@ struct ShownAction {
     [[nodiscard]] bool dangerous() const { return action->dangerous; }
 
     [[nodiscard]] bool restsWhileConnecting() const { return action->restsWhileConnecting; }
+
+    [[nodiscard]] int menuGroup() const { return static_cast<int>(action->menuGroup); }
 
     [[nodiscard]] int slot() const { return action->slotPosition(); }
 
@@ -78,6 +81,9 @@ class ActionTable : public QObject {
     [[nodiscard]] int railWidth() const { return ProjectActions::railWidth(); }
 
     [[nodiscard]] QVariantList ghostSlots() const;
+
+    /// The context menu of a row with these offers: of shownAction, from top to bottom.
+    Q_INVOKABLE [[nodiscard]] QVariantList menu(int offers) const;
 
     /// Where the first button of a row with these offers stands, from the left end of the rail.
     Q_INVOKABLE [[nodiscard]] int firstSlot(int offers) const;
