@@ -2,6 +2,7 @@
 #include "desktop/Heard.h"
 
 #include <QProcess>
+#include <QRegularExpression>
 
 using namespace Qt::StringLiterals;
 using QAccessible::Button;
@@ -267,6 +268,27 @@ class TestPanel : public DesktopTest {
         m_desktop->statusBar->close();
         m_desktop->openPanel();
         QVERIFY(entries().isEmpty());
+    }
+
+    void linesOfTheLogAreSelectedReadAndCopied() {
+        PanelWindow* const window = openSignedIn();
+        QVERIFY(heard::press(window, u"Anzeigen"_s));
+        m_desktop->state->parts().report.log(u"Zeile eins\nund\nmehr"_s, ActivityLogLevel::info);
+        m_desktop->state->parts().report.log(u"Zeile zwei"_s, ActivityLogLevel::info);
+        const auto place = [window](const char* line) {
+            QAccessibleInterface* const found = heard::find(window, QString::fromUtf8(line), ListItem);
+            return found ? found->rect() : QRect();
+        };
+        QAccessibleInterface* const card = heard::find(window, u"Aktivitaet"_s, QAccessible::Grouping);
+        QTRY_VERIFY(card->rect().height() == 160 && card->rect().contains(place("Zeile zwei"))); // it slides
+        QTest::mouseClick(window, Qt::LeftButton, {}, window->mapFromGlobal(place("Zeile zwei").center()));
+        const int lineHeight = place("Zeile eins\nund\nmehr").height();
+        QTest::keyClick(window, Qt::Key_Up);
+        QTRY_VERIFY(place("Zeile eins\nund\nmehr").height() >= 2 * lineHeight);
+        QTest::keyClick(window, Qt::Key_Down, Qt::ShiftModifier);
+        QTest::keyClick(window, Qt::Key_C, Qt::ControlModifier);
+        const QRegularExpression lines(uR"(^[\d:]{8} Zeile eins\nund\nmehr\n[\d:]{8} Zeile zwei$)"_s);
+        QVERIFY2(lines.match(m_desktop->copied).hasMatch(), qPrintable(m_desktop->copied));
     }
 };
 
