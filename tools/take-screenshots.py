@@ -87,6 +87,14 @@ def sign_in(identity, name):
     time.sleep(0.5)
 
 
+def pin_or_unpin(*names):
+    for name in names:
+        words(name)
+        time.sleep(0.3)
+        keys("ctrl+p", "Escape")
+    time.sleep(0.3)
+
+
 def start(*arguments):
     """A platform and a program of their own, with an empty home."""
     folder = tempfile.mkdtemp(prefix="pictures")
@@ -116,6 +124,17 @@ picture("loading")
 order(directory={})
 until("the rows", lambda: len(app.rows()) > 9)
 picture("projects")
+pin_or_unpin("praxis", "speiche")
+picture("pinned")
+keys("Down", "Down", "Down", "shift+F10")
+time.sleep(0.3)
+picture("row-menu")
+keys("Escape")
+words("bsp shp")
+time.sleep(0.3)
+picture("search")
+keys("Escape")
+pin_or_unpin("praxis", "speiche")
 words("gibtesnicht")
 time.sleep(0.3)
 picture("no-hit")
@@ -135,6 +154,10 @@ until("the mount", lambda: "Gemountet" in row("Alpenhof Buchung")().get_descript
 app.press("Anzeigen")
 time.sleep(0.5)
 picture("activity")
+subprocess.run(["xdotool", "getactivewindow", "mousemove", "--window", "%1", str(int(300 * float(SCALE))),
+                str(int(575 * float(SCALE))), "click", "1", "key", "shift+Up"], check=True)
+time.sleep(0.3)
+picture("activity-selected")
 app.press("Ausblenden")
 order(directory={"status": 500})
 keys("ctrl+r")

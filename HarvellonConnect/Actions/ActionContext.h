@@ -39,4 +39,6 @@ struct ActionContext {
     std::function<QCoro::Task<>(QString domain)> disconnect;
     /// Puts a text on the desktop's clipboard.
     std::function<void(const QString& text)> copyText;
+    /// Pins the project for the active account, or pins it no more.
+    std::function<void(const QString& domain, bool pinned)> setPinned{};
 };

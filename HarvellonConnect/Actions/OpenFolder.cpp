@@ -27,6 +27,12 @@ QCoro::Task<> openInFinder(ActionContext& context, Project project, bool /*alter
     context.report.log(QStringLiteral("Öffne %1 im Finder...").arg(project.domain), ActivityLogLevel::info);
 }
 
+QCoro::Task<> copyFolder(ActionContext& context, Project project, bool /*alternative*/) {
+    if (const std::optional<QString> mountPoint = mountPointOrWarning(context, project.domain))
+        context.copyText(*mountPoint);
+    co_return;
+}
+
 QCoro::Task<> openInVSCode(ActionContext& context, Project project, bool /*alternative*/) {
     const std::optional<QString> mountPoint = mountPointOrWarning(context, project.domain);
     if (!mountPoint)

@@ -11,6 +11,9 @@
 /// Opens the root of the mounted tree in the file manager. Logs a warning when the project is not mounted.
 QCoro::Task<> openInFinder(ActionContext& context, Project project, bool alternative);
 
+/// Copies the folder that openInFinder opens. Logs a warning when the project is not mounted.
+QCoro::Task<> copyFolder(ActionContext& context, Project project, bool alternative);
+
 /// Opens the document folder of the mounted tree in the editor, or the root where there is none. Logs a
 /// warning when the project is not mounted.
 QCoro::Task<> openInVSCode(ActionContext& context, Project project, bool alternative);

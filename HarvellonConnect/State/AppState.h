@@ -16,6 +16,7 @@
 #include "State/Login/LoginPage.h"
 #include "State/Programs/ProgramSettings.h"
 #include "State/ProjectLoading.h"
+#include "State/Rows/ProjectMarks.h"
 #include "System/HostSystem.h"
 #include "System/Native/HotkeyManager.h"
 #include "System/Native/LoginItem.h"
@@ -114,8 +115,11 @@ class AppState : public QObject {
     Q_INVOKABLE void fillSearchFromChrome();
     /// Closes the open alert with the button that was pressed, counted from 0; -1 for none.
     Q_INVOKABLE void answerGuidance(int button);
-    Q_INVOKABLE void dismissLastError();
-    Q_INVOKABLE void dismissAccountError();
+
+    Q_INVOKABLE void dismissLastError() { m_report.setLastError(std::nullopt); }
+
+    Q_INVOKABLE void dismissAccountError() { m_report.setAccountError(std::nullopt); }
+
     Q_INVOKABLE void copyText(const QString& text) const;
 
     void setSearchText(const QString& text);
@@ -248,6 +252,7 @@ class AppState : public QObject {
     ProjectListModel m_visibleProjects;
     ProjectLoading m_loading;
     Accounts m_accounts;
+    ProjectMarks m_marks;
     Connections m_connections;
     ConnectionCare m_care;
     MountedRepositories m_repositories;

@@ -98,7 +98,7 @@ class TestPrograms : public QObject {
             {u"gnome-terminal"_s, {}, u"%1/gnome-terminal|--|"_s, u"%1/gnome-terminal|"_s},
             {u"own"_s, u"t"_s, u"%1/t|-e|"_s, u"%1/t|"_s},
             {u"own"_s, u"t -x %c"_s, u"%1/t|-x|"_s, u"%1/t|-x"_s},
-            {u"own"_s, u"t --run=%c -n"_s, u"%1/t|--run='ssh' 'it'\\''s'|-n"_s, u"%1/t|--run=|-n"_s}};
+            {u"own"_s, u"t --run=%c -n"_s, u"%1/t|--run=ssh 'it'\\''s'|-n"_s, u"%1/t|--run=|-n"_s}};
         for (const Case& each : cases) {
             const std::unique_ptr<ActionParts> parts =
                 desktopWith({u"kitty"_s, u"gnome-terminal"_s, u"t"_s}, false);

@@ -2,6 +2,7 @@
 
 #include "Actions/Programs/OwnCommand.h"
 #include "Actions/Programs/ProgramChoices.h"
+#include "Actions/Rules/ShellWords.h"
 #include "Actions/Rules/TerminalProgram.h"
 #include "System/Files/PrivateFolder.h"
 #include "System/Reporter.h"
@@ -45,8 +46,7 @@ std::optional<ExternalCommand> bundledTerminal(const ActionContext& context, con
     const QString folder = context.host.temporaryFolder + QStringLiteral("/HarvellonConnect-Terminal");
     QTemporaryFile script(folder + QStringLiteral("/XXXXXX.command"));
     script.setAutoRemove(false);
-    const QByteArray text =
-        "#!/bin/sh\nrm -f -- \"$0\"\nexec " + OwnCommand::shellText(command).toUtf8() + '\n';
+    const QByteArray text = "#!/bin/sh\nrm -f -- \"$0\"\nexec " + shellLine(command).toUtf8() + '\n';
     const bool written = makePrivateFolder(folder) && script.open() && script.write(text) == text.size() &&
                          script.flush() &&
                          script.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);

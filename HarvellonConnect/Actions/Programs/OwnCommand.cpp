@@ -1,5 +1,7 @@
 #include "Actions/Programs/OwnCommand.h"
 
+#include "Actions/Rules/ShellWords.h"
+
 #include <QProcess>
 
 namespace {
@@ -31,7 +33,7 @@ std::optional<ExternalCommand> OwnCommand::inTerminal(const QStringList& command
         if (word == commandMark)
             words += command;
         else
-            words += word.replace(commandMark, shellText(command));
+            words += word.replace(commandMark, shellLine(command));
     }
     if (!line.contains(commandMark) && !command.isEmpty() && !words.isEmpty())
         words += QStringList{QStringLiteral("-e")} + command;
@@ -40,12 +42,4 @@ std::optional<ExternalCommand> OwnCommand::inTerminal(const QStringList& command
 
 QString OwnCommand::programOf(const QString& line) {
     return QProcess::splitCommand(line).value(0);
-}
-
-QString OwnCommand::shellText(const QStringList& words) {
-    QStringList quoted;
-    for (QString word : words)
-        quoted +=
-            QLatin1Char('\'') + word.replace(QLatin1Char('\''), QStringLiteral("'\\''")) + QLatin1Char('\'');
-    return quoted.join(QLatin1Char(' '));
 }

@@ -25,7 +25,4 @@ namespace OwnCommand {
 /// The program that `line` names; empty where it names none.
 [[nodiscard]] QString programOf(const QString& line);
 
-/// The words as a shell reads them.
-[[nodiscard]] QString shellText(const QStringList& words);
-
 } // namespace OwnCommand
