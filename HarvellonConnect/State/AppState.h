@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Actions/Database/DatabaseTunnels.h"
 #include "Actions/ProjectActions.h"
 #include "Actions/VSCodeLauncher.h"
 #include "Directory/ProjectAPI.h"
@@ -13,7 +14,9 @@
 #include "State/Git/MountedRepositories.h"
 #include "State/GuidanceQuestion.h"
 #include "State/Login/LoginPage.h"
+#include "State/Programs/ProgramSettings.h"
 #include "State/ProjectLoading.h"
+#include "State/Rows/ProjectMarks.h"
 #include "State/Setup/SetupSteps.h"
 #include "System/HostSystem.h"
 #include "System/Native/HotkeyManager.h"
@@ -66,6 +69,7 @@ class AppState : public QObject {
     Q_PROPERTY(bool isAuthenticating READ isAuthenticating NOTIFY isAuthenticatingChanged)
     Q_PROPERTY(QString accountError READ accountError NOTIFY accountErrorChanged)
     Q_PROPERTY(AccountListModel* accountList READ accountList CONSTANT)
+    Q_PROPERTY(ProgramSettings* programs READ programs CONSTANT)
     Q_PROPERTY(AccessHelp* access READ access CONSTANT)
     Q_PROPERTY(SetupSteps* setup READ setup CONSTANT)
     Q_PROPERTY(QVariantMap guidance READ guidance NOTIFY guidanceChanged)
@@ -113,8 +117,11 @@ class AppState : public QObject {
     Q_INVOKABLE void fillSearchFromChrome();
     /// Closes the open alert with the button that was pressed, counted from 0; -1 for none.
     Q_INVOKABLE void answerGuidance(int button);
-    Q_INVOKABLE void dismissLastError();
-    Q_INVOKABLE void dismissAccountError();
+
+    Q_INVOKABLE void dismissLastError() { m_report.setLastError(std::nullopt); }
+
+    Q_INVOKABLE void dismissAccountError() { m_report.setAccountError(std::nullopt); }
+
     Q_INVOKABLE void copyText(const QString& text) const;
 
     void setSearchText(const QString& text);
@@ -130,7 +137,7 @@ class AppState : public QObject {
 
     /// Whether `shutDown` would have nothing to do.
     [[nodiscard]] bool isIdle() const {
-        return m_sshfsMounter.isIdle() && m_oauth.isIdle() && m_shared.isIdle();
+        return m_sshfsMounter.isIdle() && m_oauth.isIdle() && m_shared.isIdle() && m_tunnels.isIdle();
     }
 
     [[nodiscard]] const HostSystem& host() const { return m_host; }
@@ -169,6 +176,8 @@ class AppState : public QObject {
     [[nodiscard]] const QList<Account>& accounts() const { return m_accounts.list(); }
 
     [[nodiscard]] AccountListModel* accountList() { return m_accounts.model(); }
+
+    [[nodiscard]] ProgramSettings* programs() const { return m_programs.get(); }
 
     [[nodiscard]] const std::optional<QString>& activeAccountID() const { return m_accounts.activeID(); }
 
@@ -237,6 +246,8 @@ class AppState : public QObject {
     SSHFSMounter m_sshfsMounter;
     VSCodeLauncher m_editor;
     SharedConnections m_shared;
+    const std::unique_ptr<ProgramSettings> m_programs;
+    DatabaseTunnels m_tunnels;
     ActionContext m_context;
     LoginPage m_loginPage;
     GuidanceQuestion m_guidance;
@@ -245,6 +256,7 @@ class AppState : public QObject {
     ProjectListModel m_visibleProjects;
     ProjectLoading m_loading;
     Accounts m_accounts;
+    ProjectMarks m_marks;
     Connections m_connections;
     ConnectionCare m_care;
     MountedRepositories m_repositories;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "System/Programs/KnownProgram.h"
+
 #include <QList>
 #include <QString>
 #include <QStringList>
@@ -54,6 +56,10 @@ struct HostSystem {
     QString ssh;                  ///< the user's own client
     ExternalCommand browserQuery; ///< prints the address of the browser's active tab
     ExternalCommand terminal;     ///< opens an empty terminal window; empty when one has to be looked for
+
+    QStringList programFolders;    ///< where the user's programs are, beside the search path
+    QList<KnownProgram> editors;   ///< beside VS Code
+    QList<KnownProgram> terminals; ///< those that can be chosen
 
     [[nodiscard]] QString mountRoot() const { return homeFolder + QStringLiteral("/Harvellon"); }
 
