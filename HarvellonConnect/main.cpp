@@ -47,9 +47,6 @@ int main(int argc, char* argv[]) {
         host, ServerAddress::configured(QStringLiteral(HARVELLON_SERVER)),
         QStringLiteral(HARVELLON_UPDATE_FEED),
         appVersionText(QStringLiteral(HARVELLON_VERSION), QStringLiteral(HARVELLON_BUILD_NUMBER)));
-    instance.requests().setHandler([&app](const Request& /*request*/) -> QCoro::Task<Answer> {
-        app.showPanel();
-        co_return Answer{};
-    });
+    instance.requests().setHandler([&app](const Request& request) { return app.answer(request); });
     return QApplication::exec();
 }

@@ -62,7 +62,7 @@ AppState::~AppState() = default;
 
 AppState::Parts AppState::parts() {
     return {m_oauth, m_sshfsMounter, m_loading, m_accounts, m_connections,
-            m_care,  m_repositories, m_actions, m_report};
+            m_care,  m_repositories, m_actions, m_report,   m_context};
 }
 
 void AppState::publishParts() {

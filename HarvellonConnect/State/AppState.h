@@ -95,6 +95,7 @@ class AppState : public QObject {
         MountedRepositories& repositories;
         ProjectActions& actions;
         ActivityReport& report;
+        ActionContext& context;
     };
 
     [[nodiscard]] Parts parts();
@@ -132,6 +133,9 @@ class AppState : public QObject {
     [[nodiscard]] bool isIdle() const {
         return m_sshfsMounter.isIdle() && m_oauth.isIdle() && m_shared.isIdle();
     }
+
+    /// What a row of `domain` shows and offers.
+    [[nodiscard]] RowState rowState(const QString& domain) const;
 
     [[nodiscard]] const HostSystem& host() const { return m_host; }
 
@@ -220,7 +224,6 @@ class AppState : public QObject {
     QCoro::Task<QString> prepareLoad();
     QCoro::Task<> fillSearch();
     void applyHotkeySetting();
-    [[nodiscard]] RowState rowState(const QString& domain) const;
     void showKeptProjects();
     void networkChanged();
     QCoro::Task<> detachForSleep();
