@@ -4,6 +4,7 @@
 
 #include <QClipboard>
 #include <QEventLoop>
+#include <QFileOpenEvent>
 #include <QGuiApplication>
 #include <QSessionManager>
 #include <QTimer>
@@ -45,6 +46,14 @@ HarvellonMountApp::HarvellonMountApp(const HostSystem& host, const ServerAddress
             Qt::DirectConnection);
     connect(qGuiApp, &QGuiApplication::aboutToQuit, this, &HarvellonMountApp::finishBeforeLoopEnds);
     m_statusBar.install(m_state);
+    qGuiApp->installEventFilter(this);
+}
+
+bool HarvellonMountApp::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() != QEvent::FileOpen)
+        return QObject::eventFilter(watched, event);
+    m_commands.follow(static_cast<QFileOpenEvent*>(event)->url().toString());
+    return true;
 }
 
 void HarvellonMountApp::quit() {

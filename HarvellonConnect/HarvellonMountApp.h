@@ -31,6 +31,9 @@ class HarvellonMountApp : public QObject {
     /// Fulfils a request of the command line.
     QCoro::Task<Answer> answer(const Request& request) { return m_commands.answer(request); }
 
+    /// Takes the links that the desktop hands to this process.
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
   Q_SIGNALS:
     void everythingEnded();
 

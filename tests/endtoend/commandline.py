@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""The command line against the built program: start it, list, connect, open, search, disconnect; without a
+"""The command line against the built program: start it, list, connect, open, search, follow a link, disconnect; without a
 display, with an interrupt, and as another user."""
 import hashlib
 import json
@@ -14,9 +14,9 @@ import time
 from types import SimpleNamespace
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "../../tools"))
-from desktop import Platform, Program, choose_browser, descendants, mounted, until  # noqa: E402
+from desktop import Platform, Program, choose_browser, descendants, keys, mounted, until  # noqa: E402
 
-PROGRAM, PLATFORM, COMMAND = sys.argv[1:4]
+PROGRAM, PLATFORM, COMMAND, DESKTOP_FILE = sys.argv[1:5]
 DOMAIN, NAME = "www.alpenhof.sandbox.test", "Alpenhof Buchung"
 PROBE = """import socket, sys
 client = socket.socket(socket.AF_UNIX)
@@ -65,6 +65,7 @@ folder = tempfile.mkdtemp(prefix="commands ")
 home, record = os.path.join(folder, "home"), os.path.join(folder, "record")
 tools = tempfile.mkdtemp(prefix="tools")  # desktop entries take no blanks in a program's path
 point = os.path.join(home, "Harvellon", DOMAIN)
+applications = os.path.join(os.environ["XDG_DATA_HOME"], "applications")
 servers = []  # that stand still
 platform = Platform(PLATFORM, os.path.join(folder, "platform"))
 try:
@@ -140,6 +141,24 @@ try:
     expect(0, "", "", "disconnect", "alpenhof")
     assert not mounted(point)
 
+    # A link, as the desktop opens it: selects, and waits for the key.
+    with open(DESKTOP_FILE, encoding="utf8") as entry:
+        text = entry.read()
+    assert "\nExec=harvellon-connect %u\n" in text and "\nMimeType=x-scheme-handler/harvellon;\n" in text
+    os.symlink(COMMAND, os.path.join(tools, "harvellon-connect"))
+    with open(os.path.join(applications, "link.desktop"), "w", encoding="utf8") as entry:
+        entry.write(text.replace("Exec=", f"Exec={tools}/"))
+    with open(os.path.join(os.environ["XDG_CONFIG_HOME"], "mimeapps.list"), "a", encoding="utf8") as defaults:
+        defaults.write("x-scheme-handler/harvellon=link.desktop\n")
+    expect(0, "", "", "toggle")  # hides
+    for link in (f"harvellon:{DOMAIN}%20", "harvellon://root@x", f"harvellon://{DOMAIN.upper()}/?connect=1"):
+        subprocess.run(["xdg-open", link], env=environment, timeout=20, check=True)
+    app.await_element("Domain suchen")
+    time.sleep(0.5)
+    assert not mounted(point)
+    keys("Return")
+    until("the mount", lambda: mounted(point))
+
     # Another user: the folder is closed to him, and with a way around it the program refuses him.
     name = hashlib.sha256(os.path.join(home, ".local/share/HarvellonConnect").encode()).hexdigest()[:16]
     probe = ["/usr/bin/python3", "-c", PROBE, os.path.join(os.environ["XDG_RUNTIME_DIR"], "harvellon-ssh", name)]
@@ -159,6 +178,9 @@ finally:
     for pid in servers:
         os.kill(pid, signal.SIGCONT)
     platform.close()
+    for entry in ("link.desktop", "story.desktop"):
+        if os.path.exists(os.path.join(applications, entry)):
+            os.remove(os.path.join(applications, entry))
     shutil.rmtree(tools)
     if not mounted(point):
         shutil.rmtree(folder, ignore_errors=True)
