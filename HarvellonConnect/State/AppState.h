@@ -99,6 +99,7 @@ class AppState : public QObject {
         MountedRepositories& repositories;
         ProjectActions& actions;
         ActivityReport& report;
+        ActionContext& context;
     };
 
     [[nodiscard]] Parts parts();
@@ -139,6 +140,9 @@ class AppState : public QObject {
     [[nodiscard]] bool isIdle() const {
         return m_sshfsMounter.isIdle() && m_oauth.isIdle() && m_shared.isIdle() && m_tunnels.isIdle();
     }
+
+    /// What a row of `domain` shows and offers.
+    [[nodiscard]] RowState rowState(const QString& domain) const;
 
     [[nodiscard]] const HostSystem& host() const { return m_host; }
 
@@ -199,7 +203,7 @@ class AppState : public QObject {
     [[nodiscard]] bool quietWorkspace() const { return m_editor.isQuiet(); }
 
     [[nodiscard]] AccessHelp* access() { return &m_access; }
-    [[nodiscard]] SetupSteps* setup() { return &m_setup; }
+    [[nodiscard]] SetupSteps* setup() const { return m_setup.get(); }
 
     /// The alert that is open: "title", "text" and "buttons" (list of texts); empty when there is none.
     [[nodiscard]] QVariantMap guidance() const { return m_guidance.map(); }
@@ -229,7 +233,6 @@ class AppState : public QObject {
     QCoro::Task<QString> prepareLoad();
     QCoro::Task<> fillSearch();
     void applyHotkeySetting();
-    [[nodiscard]] RowState rowState(const QString& domain) const;
     void showKeptProjects();
     void networkChanged();
     QCoro::Task<> detachForSleep();
@@ -252,7 +255,7 @@ class AppState : public QObject {
     LoginPage m_loginPage;
     GuidanceQuestion m_guidance;
     AccessHelp m_access;
-    SetupSteps m_setup;
+    const std::unique_ptr<SetupSteps> m_setup;
     ProjectListModel m_visibleProjects;
     ProjectLoading m_loading;
     Accounts m_accounts;

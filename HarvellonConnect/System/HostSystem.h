@@ -27,7 +27,7 @@ enum class SSHFSSource { fuseT, systemPackage };
 struct HostSystem {
     QString homeFolder;
     QString privateFolder;         ///< the folder of this program inside the user's data folder
-    QString socketFolder;          ///< for sockets of ssh, which must have short paths; made when needed
+    QString socketFolder;          ///< for sockets, which must have short paths; made when needed
     QString temporaryFolder;       ///< for generated files that may be deleted at any time; the user's alone
     QString preferencesFile;       ///< empty: where the desktop keeps preferences by itself
     QString autostartFile;         ///< starts the program with the desktop; empty where a service does
