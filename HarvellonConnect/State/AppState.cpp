@@ -44,9 +44,8 @@ AppState::AppState(AppServices services, DesktopCommands desktop, QObject* paren
                 m_desktop.copyText,
                 [this](const QString& domain, bool pinned) { m_marks.setPinned(domain, pinned); }},
       m_loginPage(m_context), m_guidance(m_context), m_access(m_context),
-      m_setup(std::make_unique<SetupSteps>(
-          m_context, services.server.address,
-          [this](const Guidance& guidance) { m_guidance.show(guidance); })),
+      m_setup(std::make_unique<SetupSteps>(m_context, services.server.address,
+                                           [this](const Guidance& guidance) { m_guidance.show(guidance); })),
       m_visibleProjects([this](const QString& domain) { return rowState(domain); }),
       m_loading(m_report, m_oauth, m_api, m_visibleProjects, [this] { return prepareLoad(); }),
       m_accounts(m_oauth, m_api, services.preferences, m_report, m_loading),

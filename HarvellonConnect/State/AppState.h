@@ -203,6 +203,7 @@ class AppState : public QObject {
     [[nodiscard]] bool quietWorkspace() const { return m_editor.isQuiet(); }
 
     [[nodiscard]] AccessHelp* access() { return &m_access; }
+
     [[nodiscard]] SetupSteps* setup() const { return m_setup.get(); }
 
     /// The alert that is open: "title", "text" and "buttons" (list of texts); empty when there is none.
