@@ -43,7 +43,8 @@ AppState::AppState(AppServices services, DesktopCommands desktop, QObject* paren
       m_connections(m_context, m_sshfsMounter, m_preferences,
                     [this](const Guidance& guidance) { m_guidance.show(guidance); }),
       m_care(m_connections, m_sshfsMounter, m_preferences, m_report, m_guidance),
-      m_repositories(m_host, services.shell, m_sshfsMounter, m_connections, m_report), m_actions(m_context),
+      m_repositories(m_host, services.shell, m_sshfsMounter, m_connections, m_report),
+      m_diagnosis(*this, services.shell), m_actions(m_context),
       m_globalHotkeyEnabled(m_preferences.boolean(globalHotkeyKey).value_or(true)) {
     m_editor.setQuiet(m_preferences.boolean(quietWorkspaceKey).value_or(false));
     publishParts();

@@ -10,6 +10,7 @@
 #include "State/ActivityReport.h"
 #include "State/ConnectionCare.h"
 #include "State/Connections.h"
+#include "State/Diagnosis/Diagnosis.h"
 #include "State/Git/MountedRepositories.h"
 #include "State/GuidanceQuestion.h"
 #include "State/Login/LoginPage.h"
@@ -65,6 +66,7 @@ class AppState : public QObject {
     Q_PROPERTY(bool isAuthenticating READ isAuthenticating NOTIFY isAuthenticatingChanged)
     Q_PROPERTY(QString accountError READ accountError NOTIFY accountErrorChanged)
     Q_PROPERTY(AccountListModel* accountList READ accountList CONSTANT)
+    Q_PROPERTY(Diagnosis* diagnosis READ diagnosis CONSTANT)
     Q_PROPERTY(AccessHelp* access READ access CONSTANT)
     Q_PROPERTY(QVariantMap guidance READ guidance NOTIFY guidanceChanged)
     Q_PROPERTY(QString hotkeyProblem READ hotkeyProblem NOTIFY hotkeyProblemChanged)
@@ -189,6 +191,8 @@ class AppState : public QObject {
 
     [[nodiscard]] AccessHelp* access() { return &m_access; }
 
+    [[nodiscard]] Diagnosis* diagnosis() { return &m_diagnosis; }
+
     /// The alert that is open: "title", "text" and "buttons" (list of texts); empty when there is none.
     [[nodiscard]] QVariantMap guidance() const { return m_guidance.map(); }
 
@@ -244,6 +248,7 @@ class AppState : public QObject {
     Connections m_connections;
     ConnectionCare m_care;
     MountedRepositories m_repositories;
+    Diagnosis m_diagnosis;
     ProjectActions m_actions;
     SleepMonitor m_sleepMonitor;
     NetworkMonitor m_networkMonitor;

@@ -58,7 +58,7 @@ FocusScope {
 
         /// The additional height of an enlarged window goes to the list of accounts.
         readonly property real extra: Math.max(0, height - leastHeight)
-        readonly property real leastHeight: 610 + told
+        readonly property real leastHeight: 532 + about.height + told
         readonly property real told: accountError.visible ? accountError.height + Theme.gap : 0
         /// How much lower the sections below the accounts stand.
         readonly property real below: extra + told
@@ -146,7 +146,9 @@ FocusScope {
         }
 
         AboutSection {
-            height: 78
+            id: about
+
+            diagnosis: view.state.diagnosis
             versionText: view.versionText
             width: view.cardWidth
             x: Theme.settingsMargin
