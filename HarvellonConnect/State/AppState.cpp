@@ -36,7 +36,7 @@ AppState::AppState(AppServices services, DesktopCommands desktop, QObject* paren
                 [this](const Project& project) { return m_connections.connect(project); },
                 [this](const QString& domain) { return m_connections.disconnect(domain, false); },
                 m_desktop.copyText},
-      m_loginPage(m_context), m_guidance(m_context), m_access(m_context),
+      m_loginPage(m_context), m_guidance(m_context), m_access(std::make_unique<AccessHelp>(m_context)),
       m_visibleProjects([this](const QString& domain) { return rowState(domain); }),
       m_loading(m_report, m_oauth, m_api, m_visibleProjects, [this] { return prepareLoad(); }),
       m_accounts(m_oauth, m_api, services.preferences, m_report, m_loading),
@@ -44,7 +44,7 @@ AppState::AppState(AppServices services, DesktopCommands desktop, QObject* paren
                     [this](const Guidance& guidance) { m_guidance.show(guidance); }),
       m_care(m_connections, m_sshfsMounter, m_preferences, m_report, m_guidance),
       m_repositories(m_host, services.shell, m_sshfsMounter, m_connections, m_report),
-      m_diagnosis(*this, services.shell), m_actions(m_context),
+      m_diagnosis(std::make_unique<Diagnosis>(*this, services.shell)), m_actions(m_context),
       m_globalHotkeyEnabled(m_preferences.boolean(globalHotkeyKey).value_or(true)) {
     m_editor.setQuiet(m_preferences.boolean(quietWorkspaceKey).value_or(false));
     publishParts();
@@ -89,9 +89,9 @@ void AppState::publishParts() {
     connect(&m_connections, &Connections::connectionChanged, this, &AppState::showKeptProjects);
     connect(&m_loading, &ProjectLoading::projectsChanged, this, &AppState::showKeptProjects);
     connect(&m_loading, &ProjectLoading::userProfileChanged, this, &AppState::showKeptProjects);
-    connect(&m_connections, &Connections::refused, &m_access, &AccessHelp::offer);
-    connect(&m_report, &ActivityReport::lastErrorChanged, &m_access,
-            [this] { m_access.setLastError(m_report.lastError()); });
+    connect(&m_connections, &Connections::refused, m_access.get(), &AccessHelp::offer);
+    connect(&m_report, &ActivityReport::lastErrorChanged, m_access.get(),
+            [this] { m_access->setLastError(m_report.lastError()); });
     connect(&m_connections, &Connections::mountsEnded, this,
             [this](const QStringList& domains) { m_desktop.tellMountsEnded(domains); });
     connect(&m_repositories, &MountedRepositories::changed, this, &AppState::gitChanged);

@@ -189,9 +189,9 @@ class AppState : public QObject {
 
     [[nodiscard]] bool quietWorkspace() const { return m_editor.isQuiet(); }
 
-    [[nodiscard]] AccessHelp* access() { return &m_access; }
+    [[nodiscard]] AccessHelp* access() const { return m_access.get(); }
 
-    [[nodiscard]] Diagnosis* diagnosis() { return &m_diagnosis; }
+    [[nodiscard]] Diagnosis* diagnosis() const { return m_diagnosis.get(); }
 
     /// The alert that is open: "title", "text" and "buttons" (list of texts); empty when there is none.
     [[nodiscard]] QVariantMap guidance() const { return m_guidance.map(); }
@@ -241,14 +241,14 @@ class AppState : public QObject {
     ActionContext m_context;
     LoginPage m_loginPage;
     GuidanceQuestion m_guidance;
-    AccessHelp m_access;
+    const std::unique_ptr<AccessHelp> m_access;
     ProjectListModel m_visibleProjects;
     ProjectLoading m_loading;
     Accounts m_accounts;
     Connections m_connections;
     ConnectionCare m_care;
     MountedRepositories m_repositories;
-    Diagnosis m_diagnosis;
+    const std::unique_ptr<Diagnosis> m_diagnosis;
     ProjectActions m_actions;
     SleepMonitor m_sleepMonitor;
     NetworkMonitor m_networkMonitor;

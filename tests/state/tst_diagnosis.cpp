@@ -199,7 +199,7 @@ class TestDiagnosis : public StateFixture {
         QVERIFY(reports().isEmpty());
         save();
         QCOMPARE(reports().size(), 1);
-        QVERIFY(m_state->diagnosis()->message().endsWith(reports().constFirst().filePath()));
+        QVERIFY(m_state->diagnosis()->message().endsWith(u"~/"_s + reports().constFirst().fileName()));
         QCOMPARE(reports().constFirst().permissions() & ~(QFile::ReadUser | QFile::WriteUser),
                  QFile::ReadOwner | QFile::WriteOwner);
     }

@@ -148,11 +148,20 @@ FocusScope {
         AboutSection {
             id: about
 
+            function showEnd() {
+                page.contentY = Math.max(0, page.contentHeight - page.height);
+            }
+
             diagnosis: view.state.diagnosis
             versionText: view.versionText
             width: view.cardWidth
             x: Theme.settingsMargin
             y: 520 + page.below
+
+            // What a report has come to stands below the buttons.
+            onHeightChanged: if (diagnosis.message !== "") {
+                Qt.callLater(showEnd);
+            }
         }
     }
 

@@ -43,6 +43,7 @@ void AccessHelp::show() {
     m_open = true;
     ++m_visit;
     m_own.reset();
+    m_copied = false;
     m_checking = false;
     endCheck({});
     lookForKey(m_visit);
@@ -70,6 +71,8 @@ QString AccessHelp::keyText() const {
     const QString home = m_context.host.homeFolder;
     if (m_own->key) {
         const QString comment = m_own->key->line.section(QLatin1Char(' '), 2);
+        if (m_copied)
+            return QStringLiteral("Kopiert. Füge den Schlüssel im Harvellon-Backend bei deinem Account ein.");
         if (!m_own->key->source.isEmpty())
             return QStringLiteral("Dein Schlüssel: %1").arg(shortened(m_own->key->source, home));
         return comment.isEmpty() ? QStringLiteral("Dein Schlüssel: aus dem Agenten")
@@ -101,6 +104,8 @@ void AccessHelp::copyKey() {
     if (!keyIsKnown())
         return;
     m_context.copyText(m_own->key->line);
+    m_copied = true;
+    Q_EMIT changed();
     m_context.report.log(
         QStringLiteral(
             "Öffentlichen Schlüssel in die Zwischenablage kopiert. Im Harvellon-Backend einfügen."),

@@ -119,12 +119,14 @@ QCoro::Task<> Diagnosis::writeFile(QString report) {
     const std::optional<bool> written = co_await Async::onWorker(write);
     if (!guard)
         co_return;
+    const QString home = m_state.host().homeFolder;
+    const QString shown = path.startsWith(home) ? QLatin1Char('~') + path.mid(home.size()) : path;
     if (*written)
-        finish(QStringLiteral("Diagnose gespeichert: %1").arg(path));
+        finish(QStringLiteral("Diagnose gespeichert: %1").arg(shown));
     else
         finish(QStringLiteral(
                    "Die Diagnose konnte nicht gespeichert werden: %1. Vielleicht ist kein Platz mehr.")
-                   .arg(path));
+                   .arg(shown));
 }
 
 void Diagnosis::finish(const QString& message) {
