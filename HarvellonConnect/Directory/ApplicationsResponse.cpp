@@ -4,6 +4,7 @@
 
 namespace {
 constexpr qsizetype mostProjects = 100'000; // more is a faulty answer: do not allocate memory for it
+constexpr qsizetype longestName = 1000;     // a view lays a whole text out before it cuts it short
 constexpr QLatin1StringView nameKey("name");
 constexpr QLatin1StringView resellerKey("reseller");
 constexpr QLatin1StringView coderKey("coder");
@@ -18,6 +19,10 @@ std::optional<QString> lenientText(const QJsonObject& object, QLatin1StringView 
     return value.isString() ? std::optional(value.toString()) : std::nullopt;
 }
 
+QString requiredName(const QJsonObject& object, QLatin1StringView key) {
+    return Json::requiredText(object, key).left(longestName);
+}
+
 QString normalisedPath(const QString& text) {
     const QString trimmed = text.trimmed();
     return trimmed.startsWith(QLatin1Char('/')) ? trimmed : QLatin1Char('/') + trimmed;
@@ -26,8 +31,10 @@ QString normalisedPath(const QString& text) {
 Project decodeProject(const QJsonValue& value) {
     const QJsonObject object = Json::object(value, projectsKey);
     Project project;
-    project.domain = Json::requiredText(object, QLatin1StringView("domain"));
+    project.domain = requiredName(object, QLatin1StringView("domain"));
     project.name = lenientText(object, nameKey);
+    if (project.name)
+        project.name->truncate(longestName);
     std::optional<qint64> webspace = Json::integer(object.value(QLatin1StringView("webspace_id")));
     if (!webspace)
         webspace = Json::integer(object.value(secondIdentifierKey));
@@ -43,7 +50,7 @@ Project decodeProject(const QJsonValue& value) {
 
 UserProfile decodeUser(const QJsonValue& value) {
     const QJsonObject object = Json::object(value, userKey);
-    return {Json::requiredText(object, nameKey), Json::optionalText(object, resellerKey),
+    return {requiredName(object, nameKey), Json::optionalText(object, resellerKey),
             Json::optionalBoolean(object, coderKey), Json::optionalBoolean(object, databaseKey)};
 }
 

@@ -17,7 +17,8 @@ QString loggedBody(const QByteArray& body, const QStringList& secrets) {
     for (const QString& secret : secrets) {
         const QString encoded = QString::fromLatin1(QUrl::toPercentEncoding(secret));
         const QString escaped = QString(secret).replace(QLatin1Char('/'), QLatin1String("\\/"));
-        for (const QString& form : {secret, encoded, escaped})
+        const QString sent = QString::fromLatin1(formBody({{QString(), secret}}).mid(1)); // behind "="
+        for (const QString& form : {secret, encoded, escaped, sent})
             text.replace(form, QStringLiteral("***"), Qt::CaseInsensitive);
     }
     return printable(beginningOf(text.toUtf8(), longest).value_or(QString()));

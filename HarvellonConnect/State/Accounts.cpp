@@ -140,9 +140,9 @@ QCoro::Task<> Accounts::keep(QCoro::Task<bool> storing) {
 }
 
 QCoro::Task<> Accounts::switchAccount(QString accountID) {
+    const int choice = ++m_choice; // also where the active account is chosen: another switch may be waiting
     if (accountID == activeID())
         co_return;
-    const int choice = ++m_choice;
     const OAuthManager::StillWanted wanted = [this, choice, accountID] {
         return m_choice == choice && knows(accountID);
     };

@@ -35,6 +35,11 @@ void ActivityLog::clear() {
     Q_EMIT countChanged();
 }
 
+QString ActivityLog::lastLine() const {
+    // A command's output may be long, and more than this is never seen.
+    return m_entries.isEmpty() ? QString() : m_entries.last().message.left(300).simplified();
+}
+
 int ActivityLog::rowCount(const QModelIndex& parent) const {
     return parent.isValid() ? 0 : count();
 }

@@ -23,6 +23,10 @@ class ActivityLog : public QAbstractListModel {
     QML_ELEMENT
     QML_UNCREATABLE("Belongs to AppState")
     Q_PROPERTY(int count READ count NOTIFY countChanged)
+    /// Of the newest entry; countChanged is emitted with each one, also when the log is full.
+    Q_PROPERTY(QString lastLine READ lastLine NOTIFY countChanged)
+    /// The value of ActivityLogLevel.
+    Q_PROPERTY(int lastLevel READ lastLevel NOTIFY countChanged)
 
   public:
     static constexpr qsizetype capacity = 120;
@@ -40,6 +44,13 @@ class ActivityLog : public QAbstractListModel {
     Q_INVOKABLE void clear();
 
     [[nodiscard]] const QList<ActivityLogEntry>& entries() const { return m_entries; }
+
+    /// The beginning of the newest message in one line; empty while there is none.
+    [[nodiscard]] QString lastLine() const;
+
+    [[nodiscard]] int lastLevel() const {
+        return m_entries.isEmpty() ? 0 : static_cast<int>(m_entries.last().level);
+    }
 
     [[nodiscard]] int count() const { return static_cast<int>(m_entries.size()); }
 

@@ -233,7 +233,7 @@ class TestDirectory : public QObject {
     void projects_data() {
         QTest::addColumn<QByteArray>("text");
         QTest::addColumn<Project>("project");
-        const auto row = [](const char* name, const char* members, const Project& project) {
+        const auto row = [](const char* name, const QByteArray& members, const Project& project) {
             QTest::newRow(name) << json("{'domain':'d.example',") + json(members) + '}' << project;
         };
         const auto plain = [](const QString& webspace, const QString& path = u"/"_s) {
@@ -246,6 +246,9 @@ class TestDirectory : public QObject {
         row("fraction falls to the second", "'webspace_id':1.5,'ispconfig_webspace':9", plain(u"9"_s));
         row("beyond doubles", "'webspace_id':9007199254740993", plain(u"9007199254740993"_s));
         row("ill-typed trifles", "'webspace_id':1,'name':5,'path':[],'type':5", plain(u"1"_s));
+        const QString name(1000, u'n');
+        row("long name", "'webspace_id':1,'name':'" + name.toUtf8() + "x'",
+            {u"d.example"_s, name, u"1"_s, u"/"_s, ProjectType::harvellon});
         row("path stays", "'webspace_id':1,'path':'//a//','type':'ftp'", plain(u"1"_s, u"//a//"_s));
     }
 

@@ -1,5 +1,6 @@
 #include "SignIn/Keychain/KeychainStore.h"
 #include "support/Keyring.h"
+#include "support/ReadOnlyMount.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -68,8 +69,11 @@ class TestKeychain : public QObject {
         QVERIFY(store.save("zwei", service, item));
         QVERIFY(QFile::exists(file()));
         QCOMPARE(store.load(service, item), std::optional(QByteArray("zwei")));
+        m_keyring.start(true);
+        QVERIFY(store.save("zwei!", service, item)); // refused, so the file goes on winning
+        m_keyring.kill();
         m_keyring.start();
-        QCOMPARE(store.load(service, item), std::optional(QByteArray("zwei"))); // the keyring's is older
+        QCOMPARE(store.load(service, item), std::optional(QByteArray("zwei!"))); // the keyring's is older
         QVERIFY(store.save("drei", service, item));
         QCOMPARE(KeychainStore(host(false)).load(service, item), std::nullopt);
         QCOMPARE(store.load(service, item), std::optional(QByteArray("drei")));
@@ -77,16 +81,26 @@ class TestKeychain : public QObject {
 
     void fileThatCannotBeWrittenDoesNotWin() {
         const QString other = u"other"_s;
+        const QString third = u"third"_s;
         m_keyring.kill();
         QVERIFY(KeychainStore(host(true)).save("alt", service, item));
-        QVERIFY(KeychainStore(host(true)).save("allein", service, other));
+        QVERIFY(KeychainStore(host(true)).save("alt", service, other));
+        QVERIFY(KeychainStore(host(true)).save("allein", service, third));
         m_keyring.start();
         KeychainStore store(host(true));
-        onFullDisk([&store] { QVERIFY(store.save("neu", service, item)); });
+        const QByteArray folder = QFile::encodeName(m_folder->path());
+        const bool readOnly = mountReadOnly(folder, folder);
+        for (const QString& account : {item, other})
+            QVERIFY(store.save("neu", service, account));
+        QCOMPARE(::umount(folder) == 0, readOnly);
+        QCOMPARE(store.load(service, item), std::optional(QByteArray("neu")));
+        QCOMPARE(store.load(service, other), std::optional(QByteArray("neu")));
+        QCOMPARE(store.load(service, third), std::optional(QByteArray("allein")));
+        onFullDisk([&store] { QVERIFY(store.save("neuer", service, item)); });
         KeychainStore later(host(true)); // as after another start
         for (KeychainStore* asked : {&store, &later}) {
-            QCOMPARE(asked->load(service, item), std::optional(QByteArray("neu")));
-            QCOMPARE(asked->load(service, other), std::optional(QByteArray("allein")));
+            QCOMPARE(asked->load(service, item), std::optional(QByteArray("neuer")));
+            QCOMPARE(asked->load(service, third), std::optional(QByteArray("allein")));
         }
     }
 
@@ -98,6 +112,7 @@ class TestKeychain : public QObject {
         QCOMPARE(store.load(service, item), std::optional(QByteArray("eins")));
         constexpr QFile::Permissions owner = QFile::ReadOwner | QFile::WriteOwner;
         QCOMPARE(QFile::permissions(file()), owner | QFile::ReadUser | QFile::WriteUser);
+        QVERIFY(!(QFile::permissions(host(false).privateFolder) & (QFile::ReadOther | QFile::ExeOther)));
 
         QFile broken(file());
         QVERIFY(broken.open(QIODevice::WriteOnly));

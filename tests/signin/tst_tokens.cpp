@@ -60,7 +60,8 @@ class TestTokens : public LoginFixture {
         QTest::addColumn<QByteArray>("body");
         QTest::addColumn<QString>("logged");
         const QByteArray longText(1020, 'x');
-        QTest::newRow("secrets") << QByteArray(R"(c/1 c%2f1 c\/1 verifier-1 x)") << u"*** *** *** *** x"_s;
+        QTest::newRow("secrets") << QByteArray(R"(c/1= c%2f1%3d c\/1= c/1%3D verifier-1)")
+                                 << u"*** *** *** *** ***"_s;
         QTest::newRow("controls") << QByteArray("a\r\nb\x1b[1m") << u"a\ufffd\ufffdb\ufffd[1m"_s;
         QTest::newRow("no text") << QByteArray("abc\xff") << QString();
         QTest::newRow("secret at the end") << longText + "verifier-1" << QString(1020, u'x') + u"***"_s;
@@ -75,7 +76,13 @@ class TestTokens : public LoginFixture {
                                std::chrono::seconds(5));
         const QString line = u"Token-Exchange fehlgeschlagen: HTTP 400 - "_s + logged;
         QTest::ignoreMessage(QtCriticalMsg, qPrintable(line));
-        QVERIFY_THROWS_EXCEPTION(OAuthError, await(endpoint.exchange(u"c/1"_s, u"r"_s, u"verifier-1"_s)));
+        QVERIFY_THROWS_EXCEPTION(OAuthError, await(endpoint.exchange(u"c/1="_s, u"r"_s, u"verifier-1"_s)));
+        try {
+            await(endpoint.exchange(u"c/1="_s, u"r"_s, QString()));
+            QFAIL("sent");
+        } catch (const OAuthError& error) {
+            QCOMPARE(error.description(), u"Token-Austausch fehlgeschlagen: Code Verifier fehlt."_s);
+        }
     }
 
     void refusedRenewalForgetsTheTokens() {

@@ -61,7 +61,13 @@ class TestAccounts : public StateFixture {
         signIn("erika");
         signIn("jonas");
 
-        // A switch that is overtaken by another choice does nothing more.
+        // A switch that is overtaken by another choice does nothing more, be it of the active account.
+        keyring.freeze();
+        auto first = m_state->parts().accounts.switchAccount(erika);
+        await(m_state->parts().accounts.switchAccount(jonas));
+        keyring.thaw();
+        await(std::move(first));
+        QCOMPARE(m_state->activeAccountID(), std::optional(jonas));
         keyring.freeze();
         auto switching = m_state->parts().accounts.switchAccount(erika);
         auto removing = m_state->parts().accounts.removeAccount(jonas);

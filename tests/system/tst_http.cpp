@@ -2,6 +2,7 @@
 #include "sandbox/Sites.h"
 
 #include "support/Await.h"
+#include "support/ReadOnlyMount.h"
 
 #include <QNetworkAccessManager>
 #include <QSslCertificate>
@@ -9,6 +10,7 @@
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QTemporaryDir>
+#include <QTemporaryFile>
 #include <QTest>
 
 #include <sys/socket.h>
@@ -51,13 +53,13 @@ class Server {
     QTcpServer m_server;
 };
 
-QByteArray post(const QUrl& url, const QByteArray& body) {
+QByteArray post(const QUrl& url, const QByteArray& body, std::chrono::milliseconds limit = 700ms) {
     QNetworkAccessManager network;
     QNetworkRequest request(url);
     request.setRawHeader("Authorization", "Bearer a\r\nX-Forged: b");
     request.setHeader(QNetworkRequest::ContentTypeHeader, QByteArray("application/x-www-form-urlencoded"));
     try {
-        const HttpAnswer answer = await(Http::exchange(network, request, "POST", body, 700ms, 100));
+        const HttpAnswer answer = await(Http::exchange(network, request, "POST", body, limit, 100));
         return QByteArray::number(answer.status) + ' ' + answer.body;
     } catch (const NetworkError& error) {
         return error.description().isEmpty() ? "" : "no answer";
@@ -116,6 +118,26 @@ class TestHttp : public QObject {
                 "\r\nHost: 127.0.0.1:" + QByteArray::number(server.address().port()) + "\r\n"));
             QVERIFY(!server.asked.contains("\r\nX-Forged"));
         }
+    }
+
+    void addressThatLeadsNowhereIsPassedOver() {
+        QTemporaryFile hosts;
+        QVERIFY(hosts.open() && hosts.write("127.0.0.1 localhost two.example\n::1 two.example\n") > 0);
+        hosts.close();
+        if (!mountReadOnly(hosts.fileName().toUtf8(), "/etc/hosts"))
+            QSKIP("this user may not mount");
+        const Server server("a=b", "HTTP/1.1 204 No Content\r\n\r\n", Then::keepsOpen);
+        QUrl address = server.address();
+        QTcpServer silent; // its one place is taken
+        silent.setListenBacklogSize(0);
+        QVERIFY(silent.listen(QHostAddress::LocalHostIPv6, static_cast<quint16>(address.port())));
+        silent.pauseAccepting();
+        QTcpSocket guest;
+        guest.connectToHost(QHostAddress::LocalHostIPv6, silent.serverPort());
+        QVERIFY(guest.waitForConnected());
+        address.setHost(u"two.example"_s);
+        QCOMPARE(post(address, "a=b", 5s), "204 ");
+        QCOMPARE(server.asked.count("POST "), 1);
     }
 
     void certificatesCount() {

@@ -21,13 +21,41 @@ Card {
     }
 
     HeadingLabel {
+        id: heading
+
         font.pixelSize: Theme.bodySize
         height: 40
         text: "Aktivitaet"
         x: Theme.inset
     }
 
+    NoteLabel {
+        readonly property int level: card.state.activityLog.lastLevel
+
+        Accessible.name: text
+        Accessible.role: Accessible.StaticText
+        anchors.left: heading.right
+        anchors.leftMargin: Theme.inset
+        anchors.right: buttons.left
+        anchors.rightMargin: Theme.gap
+        color: level < 2 ? Theme.secondary : Theme.levels[level]
+        elide: Text.ElideRight
+        height: 40
+        opacity: card.isActivityExpanded ? 0 : 1
+        text: card.state.activityLog.lastLine
+        verticalAlignment: Text.AlignVCenter
+        visible: opacity > 0 && text !== ""
+
+        Behavior on opacity {
+            NumberAnimation {
+                duration: Theme.slide
+            }
+        }
+    }
+
     Row {
+        id: buttons
+
         anchors.right: parent.right
         anchors.rightMargin: 4
         spacing: 4

@@ -8,11 +8,12 @@ T.ItemDelegate {
     id: row
 
     required property AppState state
-    property bool removable: true
     required property string accountID
     required property string displayName
     required property string email
     required property bool active
+
+    property bool asking: false
 
     Accessible.description: (active ? "Aktiver Account" : "Zu diesem Account wechseln") + (email ? ", " + email : "")
     Accessible.name: displayName
@@ -49,32 +50,50 @@ T.ItemDelegate {
         font.weight: row.active ? Font.DemiBold : Font.Medium
         height: Theme.bodyLine
         text: row.displayName
-        width: remove.x - 12 - x
+        width: (row.asking ? confirm.x : remove.x) - 12 - x
         x: Theme.textStart
-        y: row.email ? 4 : 12
+        y: row.email || row.asking ? 4 : 12
     }
 
     CaptionLabel {
         elide: Text.ElideMiddle
         height: Theme.captionLine
-        text: row.email
-        width: remove.x - 12 - x
+        color: row.asking ? Theme.danger : Theme.secondary
+        text: row.asking ? "Account wirklich entfernen?" : row.email
+        width: (row.asking ? confirm.x : remove.x) - 12 - x
         x: Theme.textStart
         y: 21
     }
 
+    TextButton {
+        id: confirm
+
+        Accessible.description: row.displayName
+        anchors.right: remove.left
+        anchors.rightMargin: 6
+        dangerous: true
+        text: "Entfernen"
+        visible: row.asking
+        y: 6
+
+        onClicked: row.state.removeAccount(row.accountID)
+    }
+
+    // The way out stands where the pointer is, so a double click removes nothing.
     TextButton {
         id: remove
 
         Accessible.description: row.displayName
         anchors.right: parent.right
         anchors.rightMargin: Theme.inset
-        dangerous: true
-        text: "Account entfernen"
+        dangerous: !row.asking
+        text: row.asking ? "Abbrechen" : "Account entfernen"
         y: 6
 
-        onClicked: if (row.removable) {
-            row.state.removeAccount(row.accountID);
+        Keys.onEscapePressed: event => {
+            event.accepted = row.asking;
+            row.asking = false;
         }
+        onClicked: row.asking = !row.asking
     }
 }

@@ -17,8 +17,6 @@ Card {
     ListView {
         id: list
 
-        property int before: 0
-
         Accessible.name: "Accounts"
         Accessible.role: Accessible.List
         boundsBehavior: Flickable.StopAtBounds
@@ -36,23 +34,8 @@ Card {
             rightPadding: 3
         }
         delegate: AccountRow {
-            removable: !settled.running
             state: card.state
             width: list.width
-        }
-
-        // The row below moves under the pointer; the second click of a double click must not remove it as well.
-        onCountChanged: {
-            if (count < before) {
-                settled.restart();
-            }
-            before = count;
-        }
-
-        Timer {
-            id: settled
-
-            interval: Application.styleHints.mouseDoubleClickInterval
         }
     }
 

@@ -2,7 +2,19 @@
 
 #include "System/Logging.h"
 
+#include <QCryptographicHash>
 #include <QMutexLocker>
+
+namespace {
+/// The item of the keyring that tells which value of the file is outdated.
+QString outdatedItemOf(const QString& account) {
+    return account + QStringLiteral("-outdated");
+}
+
+QByteArray digestOf(const QByteArray& data) {
+    return QCryptographicHash::hash(data, QCryptographicHash::Sha256).toHex();
+}
+} // namespace
 
 KeychainStore::KeychainStore(const HostSystem& host)
     : m_usesKeyring(host.usesKeyring), m_file(host.privateFolder + QStringLiteral("/tokens.json")) {}
@@ -10,14 +22,16 @@ KeychainStore::KeychainStore(const HostSystem& host)
 bool KeychainStore::save(const QByteArray& data, const QString& service, const QString& account) {
     const QMutexLocker lock(&m_mutex);
     Status status;
+    // The file wins over the keyring, so what it holds is never the older one, even if the program is killed.
+    bool saved = m_file.load(service, account) && m_file.save(data, service, account);
     if (m_usesKeyring)
         status = nativeSave(data, service, account);
-    bool saved = status.answer == Answer::done;
-    if (saved) {
-        leaveFile(service, account); // the keyring has come back: its item is the newer one now
+    if (status.answer == Answer::done) {
+        saved = true;
+        leaveFile(service, account);
     } else if (status.answer == Answer::unavailable) {
         warnOnce();
-        saved = m_file.save(data, service, account);
+        saved = saved || m_file.save(data, service, account);
     }
     qCInfo(lcKeychain).noquote().nospace()
         << "store(" << service << "/" << account
@@ -29,8 +43,9 @@ std::optional<QByteArray> KeychainStore::load(const QString& service, const QStr
     const QMutexLocker lock(&m_mutex);
     // The file first: an item is there only when it was saved while no keyring answered, so it is newer than
     // what the keyring may still hold. Using an outdated refresh token would end the whole login.
-    if (std::optional<QByteArray> data = m_file.load(service, account))
-        return data;
+    std::optional<QByteArray> stored = m_file.load(service, account);
+    if (stored && !isOutdated({service, account, *stored}))
+        return stored;
     if (!m_usesKeyring)
         return std::nullopt;
     QByteArray data;
@@ -56,11 +71,22 @@ void KeychainStore::leaveFile(const QString& service, const QString& account) {
     const QList<SecretFile::Item> items = m_file.items();
     for (const SecretFile::Item& item : items) {
         const bool same = item.service == service && item.account == account;
-        if (!same && nativeSave(item.data, item.service, item.account).answer != Answer::done)
+        if (!same && !isOutdated(item) &&
+            nativeSave(item.data, item.service, item.account).answer != Answer::done)
             return;
     }
-    if (!m_file.removeAll())
-        qCWarning(lcKeychain) << "a file with outdated tokens cannot be removed";
+    if (m_file.removeAll())
+        return;
+    qCWarning(lcKeychain) << "a file with outdated tokens cannot be removed"; // a read-only disk
+    for (const SecretFile::Item& item : items)
+        nativeSave(digestOf(item.data), item.service, outdatedItemOf(item.account));
+}
+
+bool KeychainStore::isOutdated(const SecretFile::Item& item) {
+    QByteArray digest;
+    return m_usesKeyring &&
+           nativeLoad(digest, item.service, outdatedItemOf(item.account)).answer == Answer::done &&
+           digest == digestOf(item.data);
 }
 
 void KeychainStore::warnOnce() {

@@ -29,6 +29,8 @@ bool write(const QString& path, const QJsonObject& items) {
     const QString folder = QFileInfo(path).path();
     if (!QDir().mkpath(folder))
         return false;
+    // Where the file system knows no unnamed files, a new one can be opened by others at first.
+    QFile::setPermissions(folder, ownerOnly | QFile::ExeOwner);
     return writeAtomically(path, QJsonDocument(items).toJson(), ownerOnly);
 }
 

@@ -7,10 +7,13 @@
 #include <QPromise>
 #include <QSslConfiguration>
 #include <QSslSocket>
+#include <QTimer>
 
 #include <algorithm>
 
 namespace {
+constexpr std::chrono::milliseconds fallbackAfter{1000};
+
 QByteArray messageOf(const QNetworkRequest& request, const QByteArray& method, const QByteArray& body) {
     const QUrl url = request.url();
     QByteArray target = url.path(QUrl::FullyEncoded).toLatin1();
@@ -48,27 +51,51 @@ QCoro::Task<HttpAnswer> SingleRequest::exchange(QNetworkRequest request, QByteAr
     HttpAnswerReader::State state = HttpAnswerReader::State::incomplete;
     QPromise<void> promise;
     promise.start();
-    QSslSocket socket;
+    // A socket tries the addresses of a name one after the other and waits 30 s for each; IPv6 leads nowhere
+    // behind some tunnels. So a second one tries IPv4 beside it; the first that is connected sends.
+    QSslSocket first;
+    QSslSocket second;
+    QSslSocket* used = nullptr;
     const auto take = [&] {
-        state = reader.read(socket.readAll());
+        state = reader.read(used->readAll());
         if (state != HttpAnswerReader::State::incomplete)
             promise.finish();
     };
-    const auto end = [&] {
+    const auto send = [&, message = messageOf(request, method, body)](QSslSocket& socket, QSslSocket& other) {
+        if (used != nullptr)
+            return;
+        used = &socket;
+        other.disconnect();
+        other.abort();
+        socket.write(message);
+    };
+    const auto end = [&](QSslSocket& socket, const QSslSocket& other) {
+        if (used == nullptr && other.state() != QAbstractSocket::UnconnectedState)
+            return; // which may still succeed
+        used = &socket;
         take();
         state = reader.end();
         promise.finish();
     };
-    QObject::connect(&socket, secure ? &QSslSocket::encrypted : &QSslSocket::connected, &socket,
-                     [&socket, message = messageOf(request, method, body)] { socket.write(message); });
-    QObject::connect(&socket, &QSslSocket::readyRead, &socket, take);
-    QObject::connect(&socket, &QSslSocket::errorOccurred, &socket, end);
-    socket.setSslConfiguration(request.sslConfiguration());
-    socket.setProtocolTag(url.scheme()); // the system's proxies are chosen by it
-    if (secure)
-        socket.connectToHostEncrypted(host, port);
-    else
-        socket.connectToHost(host, port);
+    const auto begin = [&](QSslSocket& socket, QSslSocket& other,
+                           QAbstractSocket::NetworkLayerProtocol over) {
+        QObject::connect(&socket, secure ? &QSslSocket::encrypted : &QSslSocket::connected, &socket,
+                         [&] { send(socket, other); });
+        QObject::connect(&socket, &QSslSocket::readyRead, &socket, take);
+        QObject::connect(&socket, &QSslSocket::errorOccurred, &socket, [&] { end(socket, other); });
+        socket.setSslConfiguration(request.sslConfiguration());
+        socket.setProtocolTag(url.scheme()); // the system's proxies are chosen by it
+        if (secure)
+            socket.connectToHostEncrypted(host, port, QIODevice::ReadWrite, over);
+        else
+            socket.connectToHost(host, port, QIODevice::ReadWrite, over);
+    };
+    begin(first, second, QAbstractSocket::AnyIPProtocol);
+    QTimer::singleShot(fallbackAfter, &first, [&] {
+        if (first.state() == QAbstractSocket::HostLookupState ||
+            first.state() == QAbstractSocket::ConnectingState)
+            begin(second, first, QAbstractSocket::IPv4Protocol);
+    });
 
     QElapsedTimer sinceAsked;
     sinceAsked.start();
@@ -80,7 +107,8 @@ QCoro::Task<HttpAnswer> SingleRequest::exchange(QNetworkRequest request, QByteAr
     }
     if (!inTime && sinceAsked.hasExpired((limit + Http::graceAfterSleep).count()))
         inTime = co_await Async::finishesWithin(ended, Http::graceAfterSleep);
-    socket.disconnect(); // what it reports from here on does not count
+    first.disconnect(); // what they report from here on does not count
+    second.disconnect();
     if (!inTime)
         throw NetworkError(Http::lateAnswer);
     switch (state) {
@@ -93,5 +121,5 @@ QCoro::Task<HttpAnswer> SingleRequest::exchange(QNetworkRequest request, QByteAr
     case HttpAnswerReader::State::incomplete:
         break;
     }
-    throw NetworkError(socket.errorString());
+    throw NetworkError(used->errorString());
 }

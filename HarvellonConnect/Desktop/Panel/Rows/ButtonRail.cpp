@@ -3,6 +3,12 @@
 #include <QGuiApplication>
 #include <QStyleHints>
 
+#include <chrono>
+
+namespace {
+constexpr std::chrono::milliseconds reactionTime{600}; // an eye needs it to see that a button has changed
+}
+
 void ButtonRail::pointer(int target, bool inside) {
     const auto button = static_cast<HoverTarget>(target);
     // Qt may deliver the next button's enter event before this button's leave event.
@@ -15,10 +21,22 @@ void ButtonRail::pointer(int target, bool inside) {
     Q_EMIT hoveredButtonChanged();
 }
 
+void ButtonRail::setConnected(bool connected) {
+    if (connected == m_connected)
+        return;
+    m_connected = connected;
+    if (connected)
+        m_sinceMounted.start();
+    Q_EMIT connectedChanged();
+}
+
 void ButtonRail::click(int target, bool shift) {
     const auto clicked = static_cast<HoverTarget>(target);
     if (clicked == HoverTarget::connect && m_sinceDisconnect.isValid() &&
         m_sinceDisconnect.elapsed() < QGuiApplication::styleHints()->mouseDoubleClickInterval())
+        return;
+    if (clicked == HoverTarget::disconnect && m_sinceMounted.isValid() &&
+        m_sinceMounted.elapsed() < reactionTime.count())
         return;
     if (clicked == HoverTarget::disconnect)
         m_sinceDisconnect.start();

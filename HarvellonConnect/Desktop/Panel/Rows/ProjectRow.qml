@@ -107,6 +107,7 @@ Item {
     RowButtons {
         id: rail
 
+        connected: row.connected
         connecting: row.connecting
         current: row.tabStop
         domain: row.domain
