@@ -148,10 +148,6 @@ FocusScope {
         AboutSection {
             id: about
 
-            function showEnd() {
-                page.contentY = Math.max(0, page.contentHeight - page.height);
-            }
-
             diagnosis: view.state.diagnosis
             versionText: view.versionText
             width: view.cardWidth
@@ -160,7 +156,7 @@ FocusScope {
 
             // What a report has come to stands below the buttons.
             onHeightChanged: if (diagnosis.message !== "") {
-                Qt.callLater(showEnd);
+                page.contentY = Math.max(0, y + height + 12 - page.height);
             }
         }
     }
