@@ -257,7 +257,6 @@ time.sleep(1)
 keys("shift+Tab")  # the last button scrolls into sight
 app.press("Diagnose kopieren")
 app.await_element("Diagnose in die Zwischenablage kopiert")
-keys("Tab", "shift+Tab")
 time.sleep(0.5)
 picture("settings-diagnosis")
 end()
