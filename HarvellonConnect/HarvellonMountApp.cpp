@@ -4,6 +4,7 @@
 
 #include <QClipboard>
 #include <QEventLoop>
+#include <QFileOpenEvent>
 #include <QGuiApplication>
 #include <QSessionManager>
 #include <QTimer>
@@ -20,7 +21,15 @@ HarvellonMountApp::HarvellonMountApp(const HostSystem& host, const ServerAddress
                [](const QString& text) { QGuiApplication::clipboard()->setText(text); },
                [this](const QStringList& domains) { m_statusBar.notifyMountsEnded(domains); }}),
       m_statusBar(m_views, versionText), m_settings(m_views, m_statusBar, versionText),
-      m_alerts(m_views, m_state), m_updates(updateFeed, QCoreApplication::applicationVersion(), m_network) {
+      m_alerts(m_views, m_state),
+      m_commands(m_state,
+                 {[this] { m_statusBar.show(); }, [this] { m_statusBar.toggle(); },
+                  [this](const QString& domain) {
+                      if (m_statusBar.isShown()) // and not closed while the list was loading
+                          m_statusBar.showProject(domain);
+                  }},
+                 versionText),
+      m_updates(updateFeed, QCoreApplication::applicationVersion(), m_network) {
     connect(&m_statusBar, &StatusBarController::settingsRequested, this,
             [this] { m_settings.show(m_state); });
     connect(&m_statusBar, &StatusBarController::quitRequested, this, [this] {
@@ -37,6 +46,14 @@ HarvellonMountApp::HarvellonMountApp(const HostSystem& host, const ServerAddress
             Qt::DirectConnection);
     connect(qGuiApp, &QGuiApplication::aboutToQuit, this, &HarvellonMountApp::finishBeforeLoopEnds);
     m_statusBar.install(m_state);
+    qGuiApp->installEventFilter(this);
+}
+
+bool HarvellonMountApp::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() != QEvent::FileOpen)
+        return QObject::eventFilter(watched, event);
+    m_commands.follow(static_cast<QFileOpenEvent*>(event)->url().toString());
+    return true;
 }
 
 void HarvellonMountApp::quit() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "CommandLine/CommandService.h"
 #include "Desktop/Guidance/GuidanceAlerts.h"
 #include "Desktop/QmlViews.h"
 #include "Desktop/Settings/SettingsWindowManager.h"
@@ -27,8 +28,11 @@ class HarvellonMountApp : public QObject {
     /// change nothing.
     void quit();
 
-    /// Shows the panel, for a program that was started again.
-    void showPanel() { m_statusBar.show(); }
+    /// Fulfils a request of the command line.
+    QCoro::Task<Answer> answer(const Request& request) { return m_commands.answer(request); }
+
+    /// Takes the links that the desktop hands to this process.
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
   Q_SIGNALS:
     void everythingEnded();
@@ -46,6 +50,7 @@ class HarvellonMountApp : public QObject {
     StatusBarController m_statusBar; // shows the state, so it ends before it
     SettingsWindowManager m_settings;
     GuidanceAlerts m_alerts;
+    CommandService m_commands;
     UpdateController m_updates;
     TerminationSignals m_signals;
     bool m_quitting = false;

@@ -39,7 +39,7 @@ int main(int argc, char* argv[]) {
         QApplication::installTranslator(&german);
 
     const HostSystem host = HostSystem::current();
-    SingleInstance instance(host.privateFolder);
+    SingleInstance instance(host);
     if (!instance.claim())
         return EXIT_SUCCESS;
     keepVolumesClean();
@@ -47,6 +47,6 @@ int main(int argc, char* argv[]) {
         host, ServerAddress::configured(QStringLiteral(HARVELLON_SERVER)),
         QStringLiteral(HARVELLON_UPDATE_FEED),
         appVersionText(QStringLiteral(HARVELLON_VERSION), QStringLiteral(HARVELLON_BUILD_NUMBER)));
-    QObject::connect(&instance, &SingleInstance::startedAgain, &app, &HarvellonMountApp::showPanel);
+    instance.requests().setHandler([&app](const Request& request) { return app.answer(request); });
     return QApplication::exec();
 }

@@ -2,6 +2,7 @@
 #include "Actions/Rules/GrepOutput.h"
 #include "Actions/Rules/SearchDomain.h"
 #include "BrowserTab/SessionFile.h"
+#include "CommandLine/ProjectChoice.h"
 #include "Directory/ApplicationsResponse.h"
 #include "Directory/DecodingError.h"
 #include "Directory/PlainDomain.h"
@@ -11,6 +12,7 @@
 #include "SignIn/OAuthError.h"
 #include "SignIn/TokenResponse.h"
 #include "System/Network/HttpAnswerReader.h"
+#include "System/Requests/Request.h"
 #include "Updates/UpdateFeed.h"
 
 #include <QUrl>
@@ -103,6 +105,33 @@ void http_answer(const QByteArray& input) {
     if (reader.end() != atOnce ||
         (atOnce == HttpAnswerReader::State::complete && reader.body() != whole.body()))
         qFatal("the answer depends on how it arrives");
+}
+
+void request(const QByteArray& input) {
+    static_cast<void>(Answer::parse(input));
+    try {
+        const Request read = Request::parse(input);
+        const QByteArray line = read.toLine();
+        if (line.indexOf('\n') != line.size() - 1)
+            qFatal("not one line");
+        if (line.size() <= Request::longest && !(Request::parse(line) == read))
+            qFatal("another request than was read");
+    } catch (const RequestError&) {
+    }
+}
+
+void link(const QByteArray& input) {
+    const QString text = QString::fromUtf8(input);
+    const QString domain = domainInLink(text);
+    if (!domain.isEmpty() && (!isPlainDomain(domain) || !text.contains(domain)))
+        qFatal("a forged domain");
+    QList<Project> projects(2);
+    projects[0].domain = u"www.a.de"_s;
+    projects[1].domain = text.left(100);
+    try {
+        static_cast<void>(chosenProject(projects, text));
+    } catch (const RequestError&) {
+    }
 }
 } // namespace parsers
 

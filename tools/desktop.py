@@ -12,6 +12,7 @@ from gi.repository import Atspi  # noqa: E402
 
 TIME_LIMIT = 20  # seconds
 BUTTON = Atspi.Role.PUSH_BUTTON
+ENTRY = Atspi.Role.MENU_ITEM
 ROW = Atspi.Role.LIST_ITEM
 
 
@@ -133,6 +134,9 @@ class Program:
 
     def press(self, name, below=None):
         until(f"button {name}", lambda: self.finder(name, BUTTON, below)().do_action(0))
+
+    def text_in(self, name):
+        return Atspi.Text.get_text(self.finder(name)(), 0, -1)
 
     def rows(self):
         return [e.get_name() for e in elements(self.tree()) if e.get_role() == ROW and showing(e)]

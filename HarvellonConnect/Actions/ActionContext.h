@@ -10,11 +10,13 @@
 #include <functional>
 #include <optional>
 
+class DatabaseTunnels;
 class QNetworkAccessManager;
 class Reporter;
 class SharedConnections;
 class Shell;
 class VSCodeLauncher;
+struct ProgramChoices;
 
 /// What the actions work with. Everything that is referred to outlives this. Main thread.
 struct ActionContext {
@@ -24,6 +26,8 @@ struct ActionContext {
     Reporter& report;
     VSCodeLauncher& editor;
     SharedConnections& shared;
+    const ProgramChoices& programs;
+    DatabaseTunnels& tunnels;
     /// Where a domain is mounted.
     std::function<std::optional<QString>(const QString& domain)> mountPoint;
     AskMount ask;
@@ -35,4 +39,6 @@ struct ActionContext {
     std::function<QCoro::Task<>(QString domain)> disconnect;
     /// Puts a text on the desktop's clipboard.
     std::function<void(const QString& text)> copyText;
+    /// Pins the project for the active account, or pins it no more.
+    std::function<void(const QString& domain, bool pinned)> setPinned{};
 };

@@ -2,6 +2,8 @@
 
 #include "Actions/DirectoryWait.h"
 #include "Actions/Openers.h"
+#include "Actions/Programs/ChosenEditor.h"
+#include "Actions/Programs/ProgramChoices.h"
 #include "Actions/VSCodeLauncher.h"
 #include "System/Reporter.h"
 
@@ -25,6 +27,12 @@ QCoro::Task<> openInFinder(ActionContext& context, Project project, bool /*alter
     context.report.log(QStringLiteral("Öffne %1 im Finder...").arg(project.domain), ActivityLogLevel::info);
 }
 
+QCoro::Task<> copyFolder(ActionContext& context, Project project, bool /*alternative*/) {
+    if (const std::optional<QString> mountPoint = mountPointOrWarning(context, project.domain))
+        context.copyText(*mountPoint);
+    co_return;
+}
+
 QCoro::Task<> openInVSCode(ActionContext& context, Project project, bool /*alternative*/) {
     const std::optional<QString> mountPoint = mountPointOrWarning(context, project.domain);
     if (!mountPoint)
@@ -39,16 +47,21 @@ QCoro::Task<> openInVSCode(ActionContext& context, Project project, bool /*alter
     }
     const QString folder = *target;
     context.warmUp(domain);
-    const bool hasEditor = co_await openEditor(context, domain, folder);
-    if (hasEditor)
-        context.report.log(QStringLiteral("Oeffne %1 in VS Code...").arg(domain), ActivityLogLevel::info);
+    const std::optional<QString> editor = co_await openEditor(context, domain, folder);
+    if (editor)
+        context.report.log(QStringLiteral("Oeffne %1 in %2...").arg(domain, *editor), ActivityLogLevel::info);
 }
 
-QCoro::Task<bool> openEditor(const ActionContext& context, QString domain, QString folder) {
+QCoro::Task<std::optional<QString>> openEditor(const ActionContext& context, QString domain, QString folder) {
+    const QString chosen = context.programs.editorOf(domain);
+    if (!chosen.isEmpty()) {
+        std::optional<QString> editor = co_await openChosenEditor(context, chosen, domain, folder);
+        co_return editor;
+    }
     const bool hasEditor = co_await context.editor.open(domain, folder);
     if (!hasEditor)
         context.report.log(QStringLiteral("VS Code wurde nicht gefunden."), ActivityLogLevel::warning);
-    co_return hasEditor;
+    co_return hasEditor ? std::optional(QStringLiteral("VS Code")) : std::nullopt;
 }
 
 QCoro::Task<std::optional<QString>> documentTarget(const ActionContext& context, Project project,

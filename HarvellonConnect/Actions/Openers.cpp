@@ -1,5 +1,7 @@
 #include "Actions/Openers.h"
 
+#include "Actions/Programs/ChosenTerminal.h"
+#include "Actions/Programs/ProgramChoices.h"
 #include "Actions/Rules/TerminalProgram.h"
 #include "System/Reporter.h"
 #include "System/Shell.h"
@@ -13,6 +15,19 @@ void openWith(Shell& shell, const ExternalCommand& opener, const QString& addres
     } catch (const ShellError&) {
         // The user sees that nothing opens.
     }
+}
+
+/// The desktop's own; logs a warning where there is none.
+std::optional<ExternalCommand> usualTerminal(const ActionContext& context, const QStringList& command) {
+    const ExternalCommand& known = context.host.terminal;
+    if (!known.executable.isEmpty())
+        return command.isEmpty() ? known : bundledTerminal(context, known.arguments.last(), command);
+    const std::optional<ExternalCommand> found = terminalProgram({}, qEnvironmentVariable("TERMINAL"));
+    if (!found) {
+        context.report.log(QStringLiteral("Kein Terminal gefunden."), ActivityLogLevel::warning);
+        return std::nullopt;
+    }
+    return ExternalCommand{found->executable, command.isEmpty() ? QStringList() : found->arguments + command};
 }
 } // namespace
 
@@ -38,19 +53,16 @@ QCoro::Task<bool> opensAddresses(const ActionContext& context, QString scheme) {
     }
 }
 
-void openTerminal(const ActionContext& context, const QStringList& command) {
-    ExternalCommand terminal = context.host.terminal;
-    if (terminal.executable.isEmpty()) {
-        const std::optional<ExternalCommand> found = terminalProgram({}, qEnvironmentVariable("TERMINAL"));
-        if (!found) {
-            context.report.log(QStringLiteral("Kein Terminal gefunden."), ActivityLogLevel::warning);
-            return;
-        }
-        terminal = {found->executable, command.isEmpty() ? QStringList() : found->arguments + command};
-    }
+bool openTerminal(const ActionContext& context, const QStringList& command) {
+    const bool chosen = !context.programs.terminal.isEmpty();
+    const std::optional<ExternalCommand> terminal =
+        chosen ? chosenTerminal(context, command) : usualTerminal(context, command);
+    if (!terminal)
+        return false;
     try {
-        context.shell.launch(terminal.executable, terminal.arguments);
+        context.shell.launch(terminal->executable, terminal->arguments);
+        return true;
     } catch (const ShellError&) {
-        // The user sees that nothing opens.
+        return false; // The user sees that nothing opens.
     }
 }

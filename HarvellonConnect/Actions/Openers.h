@@ -18,5 +18,6 @@ void openSecretAddress(const ActionContext& context, const QString& address);
 /// Whether a program of the desktop opens addresses of `scheme`.
 QCoro::Task<bool> opensAddresses(const ActionContext& context, QString scheme);
 
-/// Opens a terminal window, empty or with `command` in it; logs a warning where there is no terminal.
-void openTerminal(const ActionContext& context, const QStringList& command = {});
+/// Opens a terminal window, empty or with `command` in it, and yields whether one was started. Where there is
+/// no terminal, the user is told.
+bool openTerminal(const ActionContext& context, const QStringList& command = {});

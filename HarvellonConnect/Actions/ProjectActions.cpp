@@ -10,6 +10,7 @@
 namespace {
 constexpr int columnGap = 4; // points
 constexpr int groupGap = 6;
+const QKeySequence pinKey(Qt::CTRL | Qt::Key_P);
 
 constexpr Tint tintConnect{0xff0b5e1e, 0xffb6e0a6};
 constexpr Tint tintDisconnect{0xff847c74, 0xffb0aaa2};
@@ -41,6 +42,14 @@ bool whileConnected(const RowFacts& facts) {
     return toCoders(facts) && facts.connected;
 }
 
+bool toBePinned(const RowFacts& facts) {
+    return facts.pinnable && !facts.pinned;
+}
+
+bool toBeUnpinned(const RowFacts& facts) {
+    return facts.pinnable && facts.pinned;
+}
+
 bool toBeEnded(const RowFacts& facts) {
     return toCoders(facts) && (facts.connected || facts.lost);
 }
@@ -53,11 +62,21 @@ QCoro::Task<> disconnectProject(ActionContext& context, Project project, bool /*
     return context.disconnect(project.domain);
 }
 
+QCoro::Task<> pinProject(ActionContext& context, Project project, bool /*alternative*/) {
+    context.setPinned(project.domain, true);
+    co_return;
+}
+
+QCoro::Task<> unpinProject(ActionContext& context, Project project, bool /*alternative*/) {
+    context.setPinned(project.domain, false);
+    co_return;
+}
+
 QString text(const char* utf8) {
     return QString::fromUtf8(utf8);
 }
 
-/// From left to right, as the buttons of a row stand.
+/// From left to right, as the buttons of a row stand, then what has none among them.
 QList<ProjectAction> makeTable() {
     return {
         {.target = HoverTarget::connect,
@@ -66,7 +85,7 @@ QList<ProjectAction> makeTable() {
          .helpWhenLost = text("Neu verbinden"),
          .shortcut = QKeySequence(Qt::Key_Return),
          .tint = tintConnect,
-         .slot = {.column = 0, .group = 0},
+         .slot = Slot{.column = 0, .group = 0},
          .offered = beforeConnecting,
          .function = connectProject,
          .restsWhileConnecting = true},
@@ -76,17 +95,18 @@ QList<ProjectAction> makeTable() {
          .helpWhenLost = text("Nicht wieder verbinden"),
          .shortcut = QKeySequence(Qt::CTRL | Qt::Key_T),
          .tint = tintDisconnect,
-         .slot = {.column = 0, .group = 0},
+         .slot = Slot{.column = 0, .group = 0},
          .slotWhenLost = Slot{.column = 1, .group = 1},
          .offered = toBeEnded,
          .function = disconnectProject,
-         .dangerous = true},
+         .dangerous = true,
+         .usesProject = false},
         {.target = HoverTarget::vscode,
          .symbol = text("chevron.left.slash.chevron.right"),
          .help = text("In VS Code oeffnen"),
          .shortcut = QKeySequence(Qt::Key_Return),
          .tint = tintVSCode,
-         .slot = {.column = 1, .group = 1},
+         .slot = Slot{.column = 1, .group = 1},
          .offered = whileConnected,
          .function = openInVSCode},
         {.target = HoverTarget::finder,
@@ -94,7 +114,7 @@ QList<ProjectAction> makeTable() {
          .help = text("Im Finder oeffnen"),
          .shortcut = QKeySequence(Qt::CTRL | Qt::Key_O),
          .tint = tintFinder,
-         .slot = {.column = 2, .group = 1},
+         .slot = Slot{.column = 2, .group = 1},
          .offered = whileConnected,
          .function = openInFinder},
         {.target = HoverTarget::ssh,
@@ -102,7 +122,7 @@ QList<ProjectAction> makeTable() {
          .help = text("SSH-Shell"),
          .shortcut = QKeySequence(Qt::CTRL | Qt::Key_S),
          .tint = tintSSH,
-         .slot = {.column = 3, .group = 2},
+         .slot = Slot{.column = 3, .group = 2},
          .offered = toCoders,
          .function = openShell},
         {.target = HoverTarget::database,
@@ -110,7 +130,7 @@ QList<ProjectAction> makeTable() {
          .help = text("Datenbank in Sequel Ace oeffnen"),
          .shortcut = QKeySequence(Qt::CTRL | Qt::Key_D),
          .tint = tintDB,
-         .slot = {.column = 4, .group = 2},
+         .slot = Slot{.column = 4, .group = 2},
          .offered = toDatabaseUsers,
          .function = openDatabase},
         {.target = HoverTarget::cache,
@@ -118,18 +138,53 @@ QList<ProjectAction> makeTable() {
          .help = text("Cache leeren"),
          .shortcut = QKeySequence(Qt::CTRL | Qt::Key_L),
          .tint = tintCache,
-         .slot = {.column = 5, .group = 2},
+         .slot = Slot{.column = 5, .group = 2},
          .offered = always,
-         .function = clearCache},
+         .function = clearCache,
+         .usesProject = false},
         {.target = HoverTarget::safari,
          .symbol = text("safari"),
          .help = text("Seite oeffnen (Shift: /admin)"),
          .shortcut = QKeySequence(Qt::CTRL | Qt::Key_Return),
          .tint = tintSafari,
-         .slot = {.column = 6, .group = 2},
+         .slot = Slot{.column = 6, .group = 2},
          .offered = always,
          .function = openSite,
          .hasAlternative = true},
+        {.target = HoverTarget::pin,
+         .symbol = text("pin"),
+         .help = text("Oben anheften"),
+         .shortcut = pinKey,
+         .menuGroup = MenuGroup::pin,
+         .offered = toBePinned,
+         .function = pinProject,
+         .usesProject = false},
+        {.target = HoverTarget::unpin,
+         .symbol = text("pin.fill"),
+         .help = text("Nicht mehr anheften"),
+         .shortcut = pinKey,
+         .menuGroup = MenuGroup::pin,
+         .offered = toBeUnpinned,
+         .function = unpinProject,
+         .usesProject = false},
+        {.target = HoverTarget::copyAddress,
+         .help = text("Adresse kopieren"),
+         .menuGroup = MenuGroup::copy,
+         .offered = always,
+         .function = copySiteAddress,
+         .usesProject = false},
+        {.target = HoverTarget::copyFolder,
+         .help = text("Ordner kopieren"),
+         .menuGroup = MenuGroup::copy,
+         .offered = whileConnected,
+         .function = copyFolder,
+         .usesProject = false},
+        {.target = HoverTarget::copyShellCommand,
+         .help = text("ssh-Befehl kopieren"),
+         .menuGroup = MenuGroup::copy,
+         .offered = toCoders,
+         .function = copyShellCommand,
+         .usesProject = false},
     };
 }
 } // namespace
@@ -149,7 +204,8 @@ RowFacts RowFacts::of(const std::optional<UserProfile>& user, bool connected) {
 }
 
 int ProjectAction::slotPosition(bool lost) const {
-    const Slot place = lost ? slotWhenLost.value_or(slot) : slot;
+    const Slot usual = slot.value_or(Slot());
+    const Slot place = lost ? slotWhenLost.value_or(usual) : usual;
     return place.column * (ProjectActions::buttonColumnWidth + columnGap) + place.group * groupGap;
 }
 
@@ -168,8 +224,10 @@ const ProjectAction& ProjectActions::action(HoverTarget target) {
 
 int ProjectActions::railWidth() {
     int right = 0;
-    for (const ProjectAction& action : table())
-        right = std::max(right, action.slotPosition() + buttonColumnWidth);
+    for (const ProjectAction& action : table()) {
+        if (action.slot)
+            right = std::max(right, action.slotPosition() + buttonColumnWidth);
+    }
     return right;
 }
 

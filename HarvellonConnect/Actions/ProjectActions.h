@@ -12,15 +12,34 @@
 #include <optional>
 
 /// What can be done with a project.
-enum class HoverTarget { disconnect, connect, vscode, finder, ssh, cache, safari, database };
+enum class HoverTarget {
+    disconnect,
+    connect,
+    vscode,
+    finder,
+    ssh,
+    cache,
+    safari,
+    database,
+    pin,
+    unpin,
+    copyAddress,
+    copyFolder,
+    copyShellCommand
+};
+
+/// The groups of a row's context menu, from top to bottom, parted by lines.
+enum class MenuGroup { none, copy, pin };
 
 /// What decides which actions a project's row offers.
 struct RowFacts {
     bool coder = false;        ///< works on servers
     bool databaseUser = false; ///< may open databases, too
     bool connected = false;    ///< the project is mounted
-    bool kept = false; ///< the user's list does not hold the project, but it is mounted or was until now
-    bool lost = false; ///< the mount has ended by itself
+    bool kept = false;     ///< the user's list does not hold the project, but it is mounted or was until now
+    bool lost = false;     ///< the mount has ended by itself
+    bool pinnable = false; ///< there is an account that can pin it
+    bool pinned = false;
 
     static RowFacts of(const std::optional<UserProfile>& user, bool connected);
 };
@@ -50,17 +69,19 @@ struct ProjectAction {
         helpWhenLost{}; ///< instead of `help` where the mount has ended by itself; empty for no difference
     QKeySequence shortcut{};
     Tint tint{};
-    Slot slot{};
-    std::optional<Slot> slotWhenLost{}; ///< instead of `slot`, as helpWhenLost
+    std::optional<Slot> slot{};            ///< nothing: has no button among the others of the row
+    std::optional<Slot> slotWhenLost{};    ///< instead of `slot`, as helpWhenLost
+    MenuGroup menuGroup = MenuGroup::none; ///< where it stands in the row's context menu
     bool (*offered)(const RowFacts& facts) = nullptr;
     Function function = nullptr;
     bool dangerous = false;            ///< the icon turns red under the pointer
     bool restsWhileConnecting = false; ///< shown, but out of use while a mount is under way
     bool hasAlternative = false;       ///< Shift makes it do something else
+    bool usesProject = true;           ///< counts as the project's latest use
 
     [[nodiscard]] int targetNumber() const { return static_cast<int>(target); }
 
-    /// In points from the left end of the buttons.
+    /// In points from the left end of the buttons, of an action that has a slot.
     [[nodiscard]] int slotPosition(bool lost = false) const;
 };
 

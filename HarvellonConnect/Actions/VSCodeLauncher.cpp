@@ -68,9 +68,7 @@ QCoro::Task<bool> VSCodeLauncher::open(QString domain, QString folder) {
     try {
         const std::optional<QString> code = co_await locateCodeCommand();
         if (code) {
-            const QStringList arguments{QStringLiteral("--new-window"),
-                                        QStringLiteral("--disable-workspace-trust"), target};
-            co_await m_shell.run(*code, arguments);
+            co_await run(*code, target);
         } else if (!m_host.editorOpen.executable.isEmpty()) {
             const QStringList arguments = m_host.editorOpen.argumentsFor(target);
             co_await m_shell.run(m_host.editorOpen.executable, arguments);
@@ -81,6 +79,21 @@ QCoro::Task<bool> VSCodeLauncher::open(QString domain, QString folder) {
         // An editor that does not start is plain to see; the mount is unharmed.
     }
     co_return true;
+}
+
+QCoro::Task<> VSCodeLauncher::openWith(QString launcher, QString domain, QString folder) {
+    const QString target = writeWorkspace(domain, folder).value_or(folder);
+    try {
+        co_await run(launcher, target);
+    } catch (const ShellError&) {
+        // As above.
+    }
+}
+
+QCoro::Task<> VSCodeLauncher::run(QString launcher, QString target) {
+    const QStringList arguments{QStringLiteral("--new-window"), QStringLiteral("--disable-workspace-trust"),
+                                target};
+    co_await m_shell.run(launcher, arguments);
 }
 
 std::optional<QString> VSCodeLauncher::writeWorkspace(const QString& domain, const QString& folder) const {

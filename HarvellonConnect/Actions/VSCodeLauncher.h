@@ -17,7 +17,7 @@ QString sanitizedFileName(const QString& text);
 /// the whole folder by itself.
 QByteArray workspaceFor(const QString& folder, bool quiet);
 
-/// Opens folders in Visual Studio Code. Main thread.
+/// Opens folders in Visual Studio Code and its relatives. Main thread.
 class VSCodeLauncher {
   public:
     /// `shell` must outlive this.
@@ -28,6 +28,9 @@ class VSCodeLauncher {
     /// launcher has ended, with false where the host has nothing that could open the editor.
     QCoro::Task<bool> open(QString domain, QString folder);
 
+    /// The same with `launcher`, which takes the arguments of the `code` command.
+    QCoro::Task<> openWith(QString launcher, QString domain, QString folder);
+
     /// Whether workspaces are quiet ones, from the next `open` on.
     void setQuiet(bool quiet) { m_quiet = quiet; }
 
@@ -36,6 +39,7 @@ class VSCodeLauncher {
   private:
     [[nodiscard]] std::optional<QString> writeWorkspace(const QString& domain, const QString& folder) const;
     QCoro::Task<std::optional<QString>> locateCodeCommand();
+    QCoro::Task<> run(QString launcher, QString target);
 
     HostSystem m_host;
     Shell& m_shell;

@@ -21,12 +21,18 @@ AppState::AppState(AppServices services, DesktopCommands desktop, QObject* paren
       m_api(services.server.at(QLatin1StringView("/api/json/applications")), services.network),
       m_loginItem(m_host), m_sshfsMounter(m_host, services.shell), m_editor(m_host, services.shell),
       m_shared(m_host, services.shell),
+      m_programs(std::make_unique<ProgramSettings>(
+          m_host, services.preferences, m_report,
+          [this](const QString& domain) { perform(static_cast<int>(HoverTarget::vscode), domain, false); })),
+      m_tunnels(m_host, services.shell),
       m_context{m_host,
                 services.shell,
                 services.network,
                 m_report,
                 m_editor,
                 m_shared,
+                m_programs->choices(),
+                m_tunnels,
                 [this](const QString& domain) { return m_sshfsMounter.mountPoint(domain); },
                 [this](const QString& domain, const std::function<bool()>& question) {
                     return m_sshfsMounter.ask(domain, question);
@@ -35,11 +41,15 @@ AppState::AppState(AppServices services, DesktopCommands desktop, QObject* paren
                 [this](const Project& project) { m_connections.offerLinks(project); },
                 [this](const Project& project) { return m_connections.connect(project); },
                 [this](const QString& domain) { return m_connections.disconnect(domain, false); },
-                m_desktop.copyText},
+                m_desktop.copyText,
+                [this](const QString& domain, bool pinned) { m_marks.setPinned(domain, pinned); }},
       m_loginPage(m_context), m_guidance(m_context), m_access(std::make_unique<AccessHelp>(m_context)),
+      m_setup(std::make_unique<SetupSteps>(m_context, services.server.address,
+                                           [this](const Guidance& guidance) { m_guidance.show(guidance); })),
       m_visibleProjects([this](const QString& domain) { return rowState(domain); }),
       m_loading(m_report, m_oauth, m_api, m_visibleProjects, [this] { return prepareLoad(); }),
       m_accounts(m_oauth, m_api, services.preferences, m_report, m_loading),
+      m_marks(*m_accounts.model(), m_visibleProjects, services.preferences, m_report),
       m_connections(m_context, m_sshfsMounter, m_preferences,
                     [this](const Guidance& guidance) { m_guidance.show(guidance); }),
       m_care(m_connections, m_sshfsMounter, m_preferences, m_report, m_guidance),
@@ -61,7 +71,7 @@ AppState::~AppState() = default;
 
 AppState::Parts AppState::parts() {
     return {m_oauth, m_sshfsMounter, m_loading, m_accounts, m_connections,
-            m_care,  m_repositories, m_actions, m_report};
+            m_care,  m_repositories, m_actions, m_report,   m_context};
 }
 
 void AppState::publishParts() {
@@ -114,6 +124,8 @@ RowState AppState::rowState(const QString& domain) const {
     RowFacts facts = RowFacts::of(userProfile(), connected);
     facts.kept = m_visibleProjects.isKept(domain);
     facts.lost = m_connections.isLost(domain);
+    facts.pinnable = m_marks.canChange();
+    facts.pinned = m_marks.isPinned(domain);
     return {connected, m_connections.connectingSince(domain), ProjectActions::offers(facts), facts.lost};
 }
 
@@ -166,9 +178,11 @@ QCoro::Task<> AppState::shutDown() {
     m_sshfsMounter.close(); // also while tokens are still being stored
     QCoro::Task<> storing = m_oauth.finish(storingLimit);
     QCoro::Task<> closing = m_shared.close();
+    QCoro::Task<> tunnels = m_tunnels.close();
     co_await m_connections.disconnectAll();
     co_await storing;
     co_await closing;
+    co_await tunnels;
     m_preferences.retry();
 }
 
@@ -208,8 +222,12 @@ void AppState::removeAccount(const QString& accountID) {
 
 void AppState::perform(int target, const QString& domain, bool alternative) {
     const std::optional<Project> project = m_visibleProjects.project(domain);
-    if (project && (rowState(domain).offers & 1 << target) != 0)
-        m_actions.perform(static_cast<HoverTarget>(target), *project, alternative);
+    if (!project || (rowState(domain).offers & 1 << target) == 0)
+        return;
+    const auto wanted = static_cast<HoverTarget>(target);
+    if (ProjectActions::action(wanted).usesProject)
+        m_marks.noteUse(domain);
+    m_actions.perform(wanted, *project, alternative);
 }
 
 void AppState::fillSearchFromChrome() {
@@ -224,14 +242,6 @@ QCoro::Task<> AppState::fillSearch() {
 
 void AppState::answerGuidance(int button) {
     m_guidance.answer(button);
-}
-
-void AppState::dismissLastError() {
-    m_report.setLastError(std::nullopt);
-}
-
-void AppState::dismissAccountError() {
-    m_report.setAccountError(std::nullopt);
 }
 
 void AppState::copyText(const QString& text) const {

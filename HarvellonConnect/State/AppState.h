@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Actions/Database/DatabaseTunnels.h"
 #include "Actions/ProjectActions.h"
 #include "Actions/VSCodeLauncher.h"
 #include "Directory/ProjectAPI.h"
@@ -14,7 +15,10 @@
 #include "State/Git/MountedRepositories.h"
 #include "State/GuidanceQuestion.h"
 #include "State/Login/LoginPage.h"
+#include "State/Programs/ProgramSettings.h"
 #include "State/ProjectLoading.h"
+#include "State/Rows/ProjectMarks.h"
+#include "State/Setup/SetupSteps.h"
 #include "System/HostSystem.h"
 #include "System/Native/HotkeyManager.h"
 #include "System/Native/LoginItem.h"
@@ -67,7 +71,9 @@ class AppState : public QObject {
     Q_PROPERTY(QString accountError READ accountError NOTIFY accountErrorChanged)
     Q_PROPERTY(AccountListModel* accountList READ accountList CONSTANT)
     Q_PROPERTY(Diagnosis* diagnosis READ diagnosis CONSTANT)
+    Q_PROPERTY(ProgramSettings* programs READ programs CONSTANT)
     Q_PROPERTY(AccessHelp* access READ access CONSTANT)
+    Q_PROPERTY(SetupSteps* setup READ setup CONSTANT)
     Q_PROPERTY(QVariantMap guidance READ guidance NOTIFY guidanceChanged)
     Q_PROPERTY(QString hotkeyProblem READ hotkeyProblem NOTIFY hotkeyProblemChanged)
     Q_PROPERTY(bool startsAtLogin READ startsAtLogin WRITE setStartsAtLogin NOTIFY startsAtLoginChanged)
@@ -95,6 +101,7 @@ class AppState : public QObject {
         MountedRepositories& repositories;
         ProjectActions& actions;
         ActivityReport& report;
+        ActionContext& context;
     };
 
     [[nodiscard]] Parts parts();
@@ -113,8 +120,11 @@ class AppState : public QObject {
     Q_INVOKABLE void fillSearchFromChrome();
     /// Closes the open alert with the button that was pressed, counted from 0; -1 for none.
     Q_INVOKABLE void answerGuidance(int button);
-    Q_INVOKABLE void dismissLastError();
-    Q_INVOKABLE void dismissAccountError();
+
+    Q_INVOKABLE void dismissLastError() { m_report.setLastError(std::nullopt); }
+
+    Q_INVOKABLE void dismissAccountError() { m_report.setAccountError(std::nullopt); }
+
     Q_INVOKABLE void copyText(const QString& text) const;
 
     void setSearchText(const QString& text);
@@ -130,8 +140,11 @@ class AppState : public QObject {
 
     /// Whether `shutDown` would have nothing to do.
     [[nodiscard]] bool isIdle() const {
-        return m_sshfsMounter.isIdle() && m_oauth.isIdle() && m_shared.isIdle();
+        return m_sshfsMounter.isIdle() && m_oauth.isIdle() && m_shared.isIdle() && m_tunnels.isIdle();
     }
+
+    /// What a row of `domain` shows and offers.
+    [[nodiscard]] RowState rowState(const QString& domain) const;
 
     [[nodiscard]] const HostSystem& host() const { return m_host; }
 
@@ -170,6 +183,8 @@ class AppState : public QObject {
 
     [[nodiscard]] AccountListModel* accountList() { return m_accounts.model(); }
 
+    [[nodiscard]] ProgramSettings* programs() const { return m_programs.get(); }
+
     [[nodiscard]] const std::optional<QString>& activeAccountID() const { return m_accounts.activeID(); }
 
     [[nodiscard]] bool globalHotkeyEnabled() const { return m_globalHotkeyEnabled; }
@@ -192,6 +207,8 @@ class AppState : public QObject {
     [[nodiscard]] AccessHelp* access() const { return m_access.get(); }
 
     [[nodiscard]] Diagnosis* diagnosis() const { return m_diagnosis.get(); }
+
+    [[nodiscard]] SetupSteps* setup() const { return m_setup.get(); }
 
     /// The alert that is open: "title", "text" and "buttons" (list of texts); empty when there is none.
     [[nodiscard]] QVariantMap guidance() const { return m_guidance.map(); }
@@ -221,7 +238,6 @@ class AppState : public QObject {
     QCoro::Task<QString> prepareLoad();
     QCoro::Task<> fillSearch();
     void applyHotkeySetting();
-    [[nodiscard]] RowState rowState(const QString& domain) const;
     void showKeptProjects();
     void networkChanged();
     QCoro::Task<> detachForSleep();
@@ -238,13 +254,17 @@ class AppState : public QObject {
     SSHFSMounter m_sshfsMounter;
     VSCodeLauncher m_editor;
     SharedConnections m_shared;
+    const std::unique_ptr<ProgramSettings> m_programs;
+    DatabaseTunnels m_tunnels;
     ActionContext m_context;
     LoginPage m_loginPage;
     GuidanceQuestion m_guidance;
     const std::unique_ptr<AccessHelp> m_access;
+    const std::unique_ptr<SetupSteps> m_setup;
     ProjectListModel m_visibleProjects;
     ProjectLoading m_loading;
     Accounts m_accounts;
+    ProjectMarks m_marks;
     Connections m_connections;
     ConnectionCare m_care;
     MountedRepositories m_repositories;

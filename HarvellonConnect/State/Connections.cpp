@@ -45,9 +45,29 @@ std::optional<QDateTime> Connections::connectingSince(const QString& domain) con
 }
 
 QCoro::Task<> Connections::connect(Project project) {
+    const QString root = co_await mountFor(project);
+    if (root.isEmpty())
+        co_return;
+    const std::optional<QString> target = co_await documentTarget(m_context, project, root, 4s);
+    if (!target)
+        co_return;
+    const QString domain = project.domain;
+    Q_EMIT handedOver(domain);
+    const QString folder = *target;
+    co_await openEditor(m_context, domain, folder);
+}
+
+QCoro::Task<> Connections::connectOnly(Project project) {
+    const QString root = co_await mountFor(project);
+    if (!root.isEmpty())
+        Q_EMIT handedOver(project.domain);
+}
+
+/// Yields where the project has been mounted; empty where it has not.
+QCoro::Task<QString> Connections::mountFor(Project project) {
     const QString domain = project.domain;
     if (m_connecting.contains(domain) || m_mounter.mountPoint(domain))
-        co_return;
+        co_return {};
     m_connecting.insert(domain, QDateTime::currentDateTime());
     Q_EMIT connectingChanged(domain);
     const OperationTexts texts{.begin =
@@ -59,24 +79,17 @@ QCoro::Task<> Connections::connect(Project project) {
     m_connecting.remove(domain);
     Q_EMIT connectingChanged(domain);
     if (!mounted)
-        co_return;
+        co_return {};
     setLost(project, false);
     publishSessions();
     const MountSession session = m_mounter.sessions().value(domain);
     if (session.mountPoint.isEmpty())
-        co_return; // it has ended already
+        co_return {}; // it has ended already
     if (session.coversFiles)
         m_report.warn(QStringLiteral("Im Ordner %1 liegen lokale Dateien, die der Mount verdeckt. Sie sind "
                                      "nicht auf dem Server; nach dem Trennen sind sie wieder zu sehen.")
                           .arg(session.mountPoint));
-
-    const QString root = session.mountPoint;
-    const std::optional<QString> target = co_await documentTarget(m_context, project, root, 4s);
-    if (!target)
-        co_return;
-    Q_EMIT handedOver(domain);
-    const QString folder = *target;
-    co_await openEditor(m_context, domain, folder);
+    co_return session.mountPoint;
 }
 
 QCoro::Task<Connections::Reconnected> Connections::reconnect(Project project) {

@@ -38,6 +38,8 @@ class Connections : public QObject {
     /// Mounts the project and opens its document folder in the editor. Does nothing while it is mounted or
     /// being mounted. Never fails: every outcome is published and logged.
     QCoro::Task<> connect(Project project);
+    /// The same, without opening it.
+    QCoro::Task<> connectOnly(Project project);
 
     enum class Reconnected {
         yes,
@@ -89,6 +91,7 @@ class Connections : public QObject {
     void mountsEnded(const QStringList& domains);
 
   private:
+    QCoro::Task<QString> mountFor(Project project);
     QCoro::Task<Ending> mount(Project project);
     QCoro::Task<Ending> unmount(QString domain, UnmountResult& result);
     void warnAbout(UnmountResult result, const QString& domain);

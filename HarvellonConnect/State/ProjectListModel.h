@@ -1,6 +1,7 @@
 #pragma once
 
 #include "State/ProjectOrder.h"
+#include "State/Rows/SearchQuery.h"
 
 #include <QAbstractListModel>
 #include <QDateTime>
@@ -20,6 +21,9 @@ struct RowState {
 };
 
 /// The list of projects, the search in it, and the rows that match. Main thread.
+///
+/// From top to bottom: kept projects, then the pinned ones while nothing is sought or those used last while
+/// something is, then the others by domain.
 class ProjectListModel : public QAbstractListModel {
     Q_OBJECT
     QML_ELEMENT
@@ -37,6 +41,10 @@ class ProjectListModel : public QAbstractListModel {
         offersRole,               ///< "offers": int, a bit for each action that the row offers
         lostRole,                 ///< "lost": bool, the mount has ended by itself
         keptRole,                 ///< "kept": bool, mounted, but not in the list of projects
+        pinRole,                  ///< "pin": int, the place among the pinned projects from 1; 0 for none
+        lastPinRole,              ///< "lastPin": bool, the last row of the block of pinned projects
+        titleHitsRole,            ///< "titleHits": list of int, what the search has found in the title
+        domainHitsRole,           ///< "domainHits": list of int, as titleHits; see SearchQuery::hits
     };
 
     using LookUp = std::function<RowState(const QString& domain)>;
@@ -53,6 +61,16 @@ class ProjectListModel : public QAbstractListModel {
     void setKept(const QList<Project>& projects);
 
     [[nodiscard]] bool isKept(const QString& domain) const;
+
+    /// The pinned domains, in the order of their rows. A pinned project that is kept stays where it is.
+    void setPinned(const QStringList& domains);
+    /// The domains used last, the latest first. Moves no row before the next search.
+    void setRecent(const QStringList& domains);
+
+    /// The project at this place, from 1, among the pinned ones that have a row.
+    [[nodiscard]] std::optional<Project> pinnedProject(int place) const;
+
+    [[nodiscard]] RowState rowState(const QString& domain) const { return m_lookUp(domain); }
 
     /// The project of a row, kept or listed.
     [[nodiscard]] std::optional<Project> project(const QString& domain) const;
@@ -82,7 +100,11 @@ class ProjectListModel : public QAbstractListModel {
 
   private:
     void combine();
+    void placeMarked();
     void filter();
+    [[nodiscard]] QList<int> matching() const;
+    [[nodiscard]] QList<int> ordered(const QList<int>& matching);
+    void show(const QList<int>& rows);
 
     LookUp m_lookUp;
     QList<Project> m_projects;
@@ -91,5 +113,11 @@ class ProjectListModel : public QAbstractListModel {
     ProjectList m_rows; ///< kept ones first, then the others
     QList<int> m_visible;
     int m_visibleKept = 0;
+    int m_visiblePinned = 0; ///< in the block below the kept ones
     QString m_searchText;
+    SearchQuery m_query;
+    QStringList m_pinned;
+    QStringList m_recent;
+    QList<int> m_pinnedRows; ///< m_pinned in m_rows
+    QList<int> m_recentRows; ///< m_recent in m_rows
 };

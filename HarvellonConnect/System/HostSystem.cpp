@@ -36,6 +36,11 @@ HostSystem HostSystem::macOS(const QString& homeFolder) {
                           QStringLiteral("/Applications/Xcode.app/Contents/Developer/usr/bin/git")};
     host.terminal = {QStringLiteral("/usr/bin/open"),
                      {QStringLiteral("/System/Applications/Utilities/Terminal.app")}};
+    host.programFolders = {QStringLiteral("/Applications"), homeFolder + QStringLiteral("/Applications"),
+                           QStringLiteral("/opt/homebrew/bin"), QStringLiteral("/usr/local/bin"),
+                           QStringLiteral("/opt/homebrew/opt/mysql-client/bin")};
+    host.editors = macOSEditors();
+    host.terminals = macOSTerminals();
     host.ssh = sshClient;
     host.browserQuery = {
         QStringLiteral("/usr/bin/osascript"),
@@ -82,6 +87,13 @@ HostSystem HostSystem::linuxDesktop(const QString& homeFolder, const QString& os
                             QStringLiteral("/var/lib/flatpak/exports/bin/com.visualstudio.code"),
                             QStringLiteral("/usr/bin/code-insiders"), QStringLiteral("/usr/bin/codium")};
     host.gitCandidates = {QStringLiteral("/usr/bin/git"), QStringLiteral("/usr/local/bin/git")};
+    host.programFolders = {homeFolder + QStringLiteral("/.local/bin"),
+                           homeFolder + QStringLiteral("/.local/share/JetBrains/Toolbox/scripts"),
+                           QStringLiteral("/snap/bin"),
+                           homeFolder + QStringLiteral("/.local/share/flatpak/exports/bin"),
+                           QStringLiteral("/var/lib/flatpak/exports/bin")};
+    host.editors = linuxEditors();
+    host.terminals = linuxTerminals();
     host.ssh = sshClient;
     return host;
 }

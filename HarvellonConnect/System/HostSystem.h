@@ -1,5 +1,7 @@
 #pragma once
 
+#include "System/Programs/KnownProgram.h"
+
 #include <QList>
 #include <QString>
 #include <QStringList>
@@ -25,7 +27,7 @@ enum class SSHFSSource { fuseT, systemPackage };
 struct HostSystem {
     QString homeFolder;
     QString privateFolder;         ///< the folder of this program inside the user's data folder
-    QString socketFolder;          ///< for sockets of ssh, which must have short paths; made when needed
+    QString socketFolder;          ///< for sockets, which must have short paths; made when needed
     QString temporaryFolder;       ///< for generated files that may be deleted at any time; the user's alone
     QString preferencesFile;       ///< empty: where the desktop keeps preferences by itself
     QString autostartFile;         ///< starts the program with the desktop; empty where a service does
@@ -54,6 +56,10 @@ struct HostSystem {
     QString ssh;                  ///< the user's own client
     ExternalCommand browserQuery; ///< prints the address of the browser's active tab
     ExternalCommand terminal;     ///< opens an empty terminal window; empty when one has to be looked for
+
+    QStringList programFolders;    ///< where the user's programs are, beside the search path
+    QList<KnownProgram> editors;   ///< beside VS Code
+    QList<KnownProgram> terminals; ///< those that can be chosen
 
     [[nodiscard]] QString mountRoot() const { return homeFolder + QStringLiteral("/Harvellon"); }
 

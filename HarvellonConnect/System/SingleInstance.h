@@ -1,27 +1,31 @@
 #pragma once
 
-#include <QLocalServer>
+#include "System/Requests/RequestServer.h"
+
 #include <QLockFile>
-#include <QObject>
 #include <QString>
 
-/// Sees to it that the program runs once for each user and home folder. Main thread.
-class SingleInstance : public QObject {
-    Q_OBJECT
+#include <optional>
 
+struct HostSystem;
+
+/// Sees to it that the program runs once for each user and home folder, and takes requests for the one that
+/// runs. Main thread.
+class SingleInstance {
   public:
-    /// `folder`: where the lock lies; belongs to the user.
-    explicit SingleInstance(const QString& folder, QObject* parent = nullptr);
+    /// The lock lies in the host's private folder, the socket in the folder for sockets.
+    explicit SingleInstance(const HostSystem& host);
 
     /// Whether this process is the one. Otherwise the running one has been asked to show itself.
     [[nodiscard]] bool claim();
 
-  Q_SIGNALS:
-    /// The program was started once more.
-    void startedAgain();
+    /// What others ask of this process, once it has been claimed.
+    [[nodiscard]] RequestServer& requests() { return m_requests; }
 
   private:
-    QString m_name;
+    [[nodiscard]] bool showRunning() const;
+
     QLockFile m_lock;
-    QLocalServer m_server;
+    std::optional<QString> m_socket; ///< nothing where others could put something in its place
+    RequestServer m_requests;
 };

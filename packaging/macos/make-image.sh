@@ -30,7 +30,8 @@ done
 rm -rf "$folder"
 mkdir -p "$folder/content"
 cp -R "$build/HarvellonConnect/HarvellonConnect.app" "$app"
-macdeployqt "$app" -qmldir="$here/../../HarvellonConnect/Desktop" -always-overwrite
+command=$app/Contents/MacOS/harvellon-connect
+macdeployqt "$app" -executable="$command" -qmldir="$here/../../HarvellonConnect/Desktop" -always-overwrite
 
 sparkle=${HARVELLON_SPARKLE:-/Library/Frameworks}/Sparkle.framework
 if [ -d "$sparkle" ]; then
@@ -54,6 +55,7 @@ done
 find "$app/Contents" \( -name '*.dylib' -o -name '*.framework' \) -prune | while read -r part; do
     sign "$part"
 done
+sign "$command"
 sign --entitlements "$here/HarvellonConnect.entitlements" "$app"
 codesign --verify --deep --strict "$app"
 

@@ -1,6 +1,8 @@
 #pragma once
 
 #include "Actions/ActionContext.h"
+#include "Actions/Database/DatabaseTunnels.h"
+#include "Actions/Programs/ProgramChoices.h"
 #include "Actions/VSCodeLauncher.h"
 #include "System/Reporter.h"
 #include "System/Shell.h"
@@ -49,10 +51,13 @@ class LastLine : public Reporter {
 
 /// What actions work with on `host`. Every domain is mounted at /m while `mounted` is true.
 struct ActionParts {
-    ActionParts(HostSystem system, Shell& shell)
+    ActionParts(HostSystem system, Shell& shell, TunnelLimits limits = {})
         : host(std::move(system)), editor(host, shell), shared(host, shell),
-          context{host, shell, network, report, editor, shared, [this](auto&) { return mountPoint(); },
-                  {},   {},    {},      {},     {},     {}} {}
+          tunnels(host, shell, limits), context{host,     shell,   network,
+                                                report,   editor,  shared,
+                                                programs, tunnels, [this](auto&) { return mountPoint(); },
+                                                {},       {},      {},
+                                                {},       {},      {}} {}
 
     [[nodiscard]] std::optional<QString> mountPoint() const {
         return mounted ? std::optional(u"/m"_s) : std::nullopt;
@@ -64,6 +69,8 @@ struct ActionParts {
     LastLine report;
     VSCodeLauncher editor;
     SharedConnections shared;
+    ProgramChoices programs;
+    DatabaseTunnels tunnels;
     ActionContext context;
 };
 

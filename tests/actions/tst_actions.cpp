@@ -6,6 +6,7 @@
 #include "Actions/Rules/DatabaseCredentials.h"
 #include "Actions/Rules/GrepOutput.h"
 #include "Actions/Rules/SearchDomain.h"
+#include "Actions/Rules/ShellWords.h"
 #include "Actions/Rules/TerminalProgram.h"
 #include "Actions/ServerSearch.h"
 
@@ -57,6 +58,15 @@ class TestActions : public QObject {
         QVERIFY(!await(isBrokenLink(ask, domain, folder + u"/none"_s, 1s)));
     }
 
+    void commandLinesAreReadBackByAShell() {
+        const QStringList words{u"it's $HOME"_s, {}, u"a\nb  *;`x`\\"_s, u"-müller"_s, u"s@x.example"_s};
+        QProcess shell;
+        shell.start(u"/bin/sh"_s, {u"-c"_s, u"printf '%s|' "_s + shellLine(words)});
+        QVERIFY(shell.waitForFinished());
+        QCOMPARE(QString::fromUtf8(shell.readAllStandardOutput()), words.join(u'|') + u'|');
+        QCOMPARE(shellLine({u"/usr/bin/ssh"_s, u"s@x.example"_s}), u"/usr/bin/ssh s@x.example"_s);
+    }
+
     /// A directory that names no host, at each action that would hand the name on. Each row has a name that
     /// the program behind that action would understand differently.
     void hostileDomainsReachNoProgram() {
@@ -68,6 +78,9 @@ class TestActions : public QObject {
         const std::vector<Case> cases{
             {openSite, u"example.org@evil.example"_s, u"Seite nicht geoeffnet: % ist kein Rechnername."_s},
             {openShell, u"-oProxyCommand=x"_s, u"SSH-Shell nicht moeglich: % ist kein Rechnername."_s},
+            {copySiteAddress, u"example.org@evil.example"_s,
+             u"Adresse nicht kopiert: % ist kein Rechnername."_s},
+            {copyShellCommand, u"-oProxyCommand=x"_s, u"ssh-Befehl nicht kopiert: % ist kein Rechnername."_s},
             {openDatabase, u"a.example?ssh_port=1"_s,
              u"SSH-Verbindung fehlgeschlagen: Die Domain ist nicht zulässig."_s},
             {clearCache, u"example.org@127.0.0.1:9"_s, u"Ungueltige Cache-URL: https://%/?type=5820917364"_s},

@@ -1,5 +1,7 @@
+#include "Desktop/Panel/Log/LogSelection.h"
 #include "Desktop/Panel/PanelKeys.h"
 #include "Desktop/Panel/Rows/ButtonRail.h"
+#include "Desktop/Panel/Rows/HitMarkup.h"
 #include "Desktop/StatusItem/PopoverPlacement.h"
 
 #include <QTest>
@@ -81,6 +83,41 @@ class TestDesktopRules : public QObject {
         QCOMPARE(after(Qt::Key_End, 12, true), Row(24));
         for (const int key : {Qt::Key_Down, Qt::Key_Up, Qt::Key_PageDown})
             QCOMPARE(after(key, -1, false, 0), Row()); // no rows
+    }
+
+    void markupInNamesIsShownAsItIs() {
+        const HitMarkup markup;
+        QCOMPARE(markup.marked(u"<i>&x"_s, {0, 2, 4, 1}, Qt::red),
+                 u"<b><font color=\"#ff0000\">&lt;i</font></b>&gt;&amp;"
+                 "<b><font color=\"#ff0000\">x</font></b>"_s);
+        QCOMPARE(markup.marked(u"a  <img src='http://x.example'>"_s, {}, Qt::red),
+                 u"a &nbsp;&lt;img src='http://x.example'&gt;"_s);
+    }
+
+    void linesOfTheLogAreSelected() {
+        ActivityLog log;
+        LogSelection selection;
+        selection.setLog(&log);
+        QVERIFY(!selection.press(Qt::Key_Escape, 0)); // closes the panel
+        for (int i = 0; i < 3; ++i)
+            log.append(QString::number(i), ActivityLogLevel::info);
+
+        const auto after = [&selection](int key, int modifiers = 0) {
+            selection.press(key, modifiers);
+            return std::pair(selection.first(), selection.last());
+        };
+        QCOMPARE(after(Qt::Key_Down), std::pair(2, 2)); // the newest, with nothing selected
+        QCOMPARE(after(Qt::Key_Up, Qt::ShiftModifier), std::pair(1, 2));
+        QCOMPARE(after(Qt::Key_Up), std::pair(0, 0));
+        QCOMPARE(after(Qt::Key_End, Qt::ShiftModifier), std::pair(0, 2));
+        QCOMPARE(after(Qt::Key_Escape), std::pair(-1, -1));
+        QCOMPARE(after(Qt::Key_A, Qt::ControlModifier), std::pair(0, 2));
+        for (int i = 0; i < 119; ++i)
+            log.append(u"later"_s, ActivityLogLevel::info);
+        QCOMPARE(after(Qt::Key_Return), std::pair(0, 0)); // two lines are gone
+        QVERIFY(selection.text().endsWith(u" 2"_s));
+        log.clear();
+        QCOMPARE(selection.last(), -1);
     }
 };
 

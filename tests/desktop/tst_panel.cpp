@@ -2,6 +2,7 @@
 #include "desktop/Heard.h"
 
 #include <QProcess>
+#include <QRegularExpression>
 
 using namespace Qt::StringLiterals;
 using QAccessible::Button;
@@ -212,6 +213,82 @@ class TestPanel : public DesktopTest {
                                   20000);
         QCOMPARE(heard::names(rowOf(window, title), Button).constFirst(), u"Verbinden und mounten"_s);
         QVERIFY(heard::find(window, title + u": Nicht verbunden"_s, QAccessible::AlertMessage));
+    }
+
+    void pinnedProjectsStandAboveAndOpenByNumber() {
+        PanelWindow* const window = openSignedIn();
+        const QString title = titleOf(3);
+        const auto stateOf = [window](const QString& project) {
+            QAccessibleInterface* const row = rowOf(window, project);
+            return row ? row->text(QAccessible::Description) : QString();
+        };
+        m_desktop->state->setSearchText(domainOf(3));
+        QTest::keyClick(window, Qt::Key_P, Qt::ControlModifier);
+        QTest::keyClick(window, Qt::Key_Escape);
+        QCOMPARE(titleOf(0), title);
+        QTRY_COMPARE(stateOf(title), u"Nicht verbunden, angeheftet, Strg+1"_s);
+        QTest::keyClick(window, Qt::Key_1, Qt::ControlModifier);
+        QTRY_COMPARE_WITH_TIMEOUT(stateOf(title), u"Gemountet, angeheftet, Strg+1"_s, 20000);
+        m_desktop->shell.opened.clear();
+        QTest::keyClick(window, Qt::Key_1, Qt::ControlModifier);
+        QTRY_VERIFY_WITH_TIMEOUT(!m_desktop->shell.opened.filter(u"code "_s).isEmpty(), 10000);
+
+        const QString pin = u"Oben anheften"_s;
+        const QString next = titleOf(1);
+        QVERIFY(!heard::find(window, pin));
+        QTest::mouseMove(window, window->mapFromGlobal(rowOf(window, next)->rect().center()));
+        QTRY_VERIFY(heard::find(rowOf(window, next), pin));
+        QVERIFY(heard::press(heard::find(rowOf(window, next), pin)));
+        QTRY_COMPARE(stateOf(next), u"Nicht verbunden, angeheftet, Strg+2"_s);
+    }
+
+    void theMenuOfARowCopiesAndThePanelStays() {
+        PanelWindow* const window = openSignedIn();
+        const auto entries = [window] { return heard::names(window, QAccessible::MenuItem); };
+        const QStringList all{u"Adresse kopieren"_s, u"ssh-Befehl kopieren"_s, u"Oben anheften"_s};
+        const QPoint row = window->mapFromGlobal(rowOf(window, titleOf(1))->rect().center());
+        QTest::mouseClick(window, Qt::RightButton, {}, row);
+        QTRY_COMPARE(entries(), all);
+        QTest::keyClick(window, Qt::Key_Return);
+        QCOMPARE(m_desktop->copied, u"https://"_s + domainOf(1));
+        QTRY_VERIFY(entries().isEmpty());
+        QCOMPARE(heard::focus(window), u"Domain suchen"_s);
+
+        QTest::keyClick(window, Qt::Key_End, Qt::ControlModifier);
+        QTest::keyClick(window, Qt::Key_F10, Qt::ShiftModifier);
+        QTRY_COMPARE(entries(), all);
+        for (const QString& entry : all)
+            QVERIFY(window->geometry().contains(heard::find(window, entry)->rect()));
+        QTest::keyClick(window, Qt::Key_Down);
+        QTest::keyClick(window, Qt::Key_Return);
+        QVERIFY(m_desktop->copied.startsWith(m_desktop->host.ssh + u" ssh"_s));
+        QVERIFY(m_desktop->copied.endsWith(u'@' + domainOf(11)) && m_desktop->statusBar->isShown());
+        QTest::keyClick(window, Qt::Key_Menu);
+        QTRY_COMPARE(entries(), all);
+        m_desktop->statusBar->close();
+        m_desktop->openPanel();
+        QVERIFY(entries().isEmpty());
+    }
+
+    void linesOfTheLogAreSelectedReadAndCopied() {
+        PanelWindow* const window = openSignedIn();
+        QVERIFY(heard::press(window, u"Anzeigen"_s));
+        m_desktop->state->parts().report.log(u"Zeile eins\nund\nmehr"_s, ActivityLogLevel::info);
+        m_desktop->state->parts().report.log(u"Zeile zwei"_s, ActivityLogLevel::info);
+        const auto place = [window](const char* line) {
+            QAccessibleInterface* const found = heard::find(window, QString::fromUtf8(line), ListItem);
+            return found ? found->rect() : QRect();
+        };
+        QAccessibleInterface* const card = heard::find(window, u"Aktivitaet"_s, QAccessible::Grouping);
+        QTRY_VERIFY(card->rect().height() == 160 && card->rect().contains(place("Zeile zwei"))); // it slides
+        QTest::mouseClick(window, Qt::LeftButton, {}, window->mapFromGlobal(place("Zeile zwei").center()));
+        const int lineHeight = place("Zeile eins\nund\nmehr").height();
+        QTest::keyClick(window, Qt::Key_Up);
+        QTRY_VERIFY(place("Zeile eins\nund\nmehr").height() >= 2 * lineHeight);
+        QTest::keyClick(window, Qt::Key_Down, Qt::ShiftModifier);
+        QTest::keyClick(window, Qt::Key_C, Qt::ControlModifier);
+        const QRegularExpression lines(uR"(^[\d:]{8} Zeile eins\nund\nmehr\n[\d:]{8} Zeile zwei$)"_s);
+        QVERIFY2(lines.match(m_desktop->copied).hasMatch(), qPrintable(m_desktop->copied));
     }
 };
 

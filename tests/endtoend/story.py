@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""The whole story: sign in through the browser, find a project, mount it, save a file on the server, disconnect, quit
-with a mount alive, start again signed in, be killed, and start once more."""
+"""The whole story: sign in through the browser, find a project, pin it, mount it by its number, copy its folder, save a
+file on the server, disconnect, quit with a mount alive, start again signed in, be killed, and start once more."""
 import json
 import os
 import shutil
@@ -10,7 +10,7 @@ import sys
 import tempfile
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "../../tools"))
-from desktop import ROW, Platform, Program, choose_browser, mounted, until, words  # noqa: E402
+from desktop import ENTRY, ROW, Platform, Program, choose_browser, keys, mounted, until, words  # noqa: E402
 
 PROGRAM, PLATFORM = sys.argv[1:3]
 PROJECT = "Alpenhof Buchung"
@@ -46,9 +46,20 @@ try:
     app.press("Mit Harvellon anmelden")
     app.await_element("Erika Beispiel")
 
-    words("alpenhof")
+    words("alpn bchg")
     until("one hit", lambda: app.rows() == [f"{PROJECT}, {DOMAIN}"])
-    connect()
+    keys("ctrl+p", "Escape")
+    until("the pin", lambda: app.rows()[0].startswith(PROJECT) and says("angeheftet, Strg+1")())
+    keys("ctrl+1")
+    until("the mark", says("Gemountet"))
+    assert mounted(point)
+    keys("Down", "shift+F10")
+    app.await_element("Ordner kopieren", ENTRY)
+    keys("Down", "Return")
+    until("the end of the menu", lambda: not app.finder("Ordner kopieren", ENTRY)())
+    keys("ctrl+v")
+    until("the copied folder in the search", lambda: app.text_in("Domain suchen") == point)
+    keys("Escape")
     with open(os.path.join(point, "web", "gespeichert.txt"), "w", encoding="utf8") as file:
         file.write("vom Mount")
     server_side = os.path.join(folder, "platform", "hosts", DOMAIN, "web", "gespeichert.txt")

@@ -75,6 +75,26 @@ class TestStateActions : public StateFixture {
         QCOMPARE(messages().last(), u"Öffne %1 im Finder..."_s.arg(project.domain));
     }
 
+    void aProjectIsOpenedInItsOwnEditorFromNowOn() {
+        const QString editor = m_home->filePath(u".local/bin/phpstorm"_s);
+        QVERIFY(QDir().mkpath(QFileInfo(editor).path()) && QFile::link(u"/bin/true"_s, editor));
+        connectTo(0);
+        const QString web = u" "_s + mountPoint(0) + u"/web"_s;
+        m_state->programs()->openWith(domain(0), u"phpstorm"_s);
+        QTRY_COMPARE(m_shell->opened.last(), editor + web);
+        QTRY_COMPARE(messages().last(), u"Oeffne %1 in PhpStorm..."_s.arg(domain(0)));
+        const auto kept = [this] {
+            const ProgramSettings settings(host(), *m_preferences, m_state->parts().report, {});
+            return std::pair(settings.choices().editorOf(domain(0)), settings.choices().editorOf(domain(1)));
+        };
+        QCOMPARE(kept(), std::pair(u"phpstorm"_s, QString()));
+        m_state->programs()->setEditor(u"zed"_s);
+        m_state->programs()->openWith(domain(0), u"zed"_s); // follows the settings again
+        QTRY_VERIFY(m_state->lastErrorText().startsWith(u"Zed wurde nicht gefunden. "_s));
+        m_state->programs()->setEditor({});
+        QCOMPARE(kept(), std::pair(QString(), QString()));
+    }
+
     void databaseOpensWithWhatTheServerSays() {
         for (const int index : {0, 1}) { // one reads dotenv, one settings
             const Project project = this->project(index);

@@ -71,6 +71,8 @@ class TestStateRules : public QObject {
                                                          {u"nackt"_s, 1},
                                                          {u"STRASSE"_s, 1},
                                                          {u"kornblumewww"_s, 0},
+                                                         {u"krnblm bckr"_s, 1},
+                                                         {u"ke"_s, 1}, // "nackt.example" need not come along
                                                          {u"shop kornblume"_s, 0}};
         for (const auto& [text, hits] : cases) {
             model.setSearchText(text);

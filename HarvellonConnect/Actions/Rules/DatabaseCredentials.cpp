@@ -102,3 +102,12 @@ QString databaseAddress(const Project& project, const DatabaseCredentials& crede
            project.domain + QStringLiteral("&ssh_port=22&ssh_user=") + project.sshUser() +
            QStringLiteral("&ssh_keyLocation=") + key + QStringLiteral("&ssh_keyLocationEnabled=1");
 }
+
+QString tunnelledAddress(const DatabaseCredentials& credentials, quint16 port) {
+    const auto encoded = [](const QString& text) {
+        return QString::fromLatin1(QUrl::toPercentEncoding(text));
+    };
+    return QStringLiteral("mysql://%1:%2@127.0.0.1:%3/%4")
+        .arg(encoded(credentials.user), encoded(credentials.password), QString::number(port),
+             encoded(credentials.database));
+}

@@ -33,3 +33,6 @@ QStringList configurationArguments(const Project& project);
 /// user's key.
 QString databaseAddress(const Project& project, const DatabaseCredentials& credentials,
                         const QString& homeFolder);
+
+/// The address that any client opens: through `port` of this machine.
+QString tunnelledAddress(const DatabaseCredentials& credentials, quint16 port);

@@ -20,11 +20,14 @@ constexpr Terminal knownTerminals[] = {
     {QLatin1StringView("alacritty"), QLatin1StringView("-e")},
     {QLatin1StringView("kitty"), QLatin1StringView()},
     {QLatin1StringView("foot"), QLatin1StringView()},
+    {QLatin1StringView("ptyxis"), QLatin1StringView("--")},
+    {QLatin1StringView("terminator"), QLatin1StringView("-x")},
     {QLatin1StringView("x-terminal-emulator"), QLatin1StringView("-e")},
     {QLatin1StringView("xterm"), QLatin1StringView("-e")},
 };
+} // namespace
 
-QStringList argumentsOf(const QString& executable) {
+QStringList terminalArguments(const QString& executable) {
     // The alternatives system links to the real program, which decides how a command is handed over.
     for (const QString& path : {executable, QFileInfo(executable).canonicalFilePath()}) {
         for (const Terminal& terminal : knownTerminals) {
@@ -35,7 +38,6 @@ QStringList argumentsOf(const QString& executable) {
     }
     return {QStringLiteral("-e")};
 }
-} // namespace
 
 std::optional<ExternalCommand> terminalProgram(const QStringList& searchPath, const QString& preferred) {
     QStringList names{QStringLiteral("xdg-terminal-exec")};
@@ -47,7 +49,7 @@ std::optional<ExternalCommand> terminalProgram(const QStringList& searchPath, co
     for (const QString& name : names) {
         const QString found = QStandardPaths::findExecutable(name, searchPath);
         if (!found.isEmpty())
-            return ExternalCommand{found, argumentsOf(found)};
+            return ExternalCommand{found, terminalArguments(found)};
     }
     return std::nullopt;
 }

@@ -39,6 +39,7 @@ QtObject {
     readonly property color switchOff: dark ? "#7d746a" : "#8a8178"
     readonly property color knobOn: dark ? "#1f1c19" : "#ffffff"
     readonly property color knobOff: "#ffffff"
+    readonly property color selection: Qt.alpha(focus, 0.14)
     readonly property color emptyIcon: switchOff
 
     /// The colours of the activity log's levels, from info to error.

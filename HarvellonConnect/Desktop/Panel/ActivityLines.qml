@@ -1,24 +1,39 @@
 pragma ComponentBehavior: Bound
 import QtQuick
 import QtQuick.Templates as T
+import Harvellon.Desktop
 import Harvellon.State
 
-/// The lines of the activity log, the newest at the bottom and in view.
+/// The lines of the activity log, the newest at the bottom and in view. Lines can be selected and copied.
 ListView {
     id: lines
 
     required property ActivityLog log
+    required property PanelSpeech speech
+
+    /// Somebody reads older lines, which must not move away.
+    readonly property bool isRead: activeFocus && selection.last >= 0 && selection.last < count - 1
 
     signal copyRequested(text: string)
 
+    function openMenu(place: point) {
+        if (menu.item === null)
+            menu.setSource("LogMenu.qml", {selection: selection});
+        (menu.item as PopupMenu).openAt(lines, place);
+    }
+
     Accessible.name: "Aktivitaet"
     Accessible.role: Accessible.List
+    activeFocusOnTab: count > 0
     boundsBehavior: Flickable.StopAtBounds
     cacheBuffer: 0
     clip: true
+    currentIndex: -1
+    keyNavigationEnabled: false
     model: visible ? log : null
     reuseItems: true
 
+    Keys.onPressed: event => event.accepted = selection.press(event.key, event.modifiers)
     T.ScrollBar.vertical: ListScrollBar {
         implicitWidth: Theme.scrollBarWidth
         minimumSize: 0.1
@@ -26,17 +41,75 @@ ListView {
         rightPadding: 3
     }
     delegate: ActivityRow {
+        current: lines.activeFocus && index === selection.current
+        selected: index >= selection.first && index <= selection.last
+        selectedAlone: selected && selection.first === selection.last
         width: lines.width
 
         onCopied: lines.copyRequested(message)
     }
 
+    onActiveFocusChanged: {
+        if (activeFocus && selection.current < 0)
+            selection.choose(count - 1, false);
+        else if (!activeFocus && !menu.isOpen)
+            selection.clear();
+    }
     // Not by the count, which stands still when the log is full.
     onModelChanged: toEnd.restart()
 
+    LogSelection {
+        id: selection
+
+        log: lines.log
+
+        onCopyRequested: text => lines.copyRequested(text)
+        onChosen: showCurrent.restart()
+        onMenuRequested: lines.openMenu(Qt.point(Theme.inset, Theme.inset))
+    }
+
+    MouseArea {
+        function choose(mouse: MouseEvent, extend: bool) {
+            const place = mapToItem(lines.contentItem, mouse.x, mouse.y);
+            const row = lines.indexAt(place.x, place.y);
+            if (row >= 0)
+                selection.choose(row, extend);
+        }
+
+        acceptedButtons: Qt.LeftButton | Qt.RightButton
+        height: lines.height
+        parent: lines.contentItem
+        preventStealing: true // a drag selects
+        width: lines.width
+        y: lines.contentY
+        z: -1
+
+        onPositionChanged: mouse => {
+            if (pressedButtons & Qt.LeftButton)
+                choose(mouse, true);
+        }
+        onPressed: mouse => {
+            const place = mapToItem(lines.contentItem, mouse.x, mouse.y);
+            const row = lines.indexAt(place.x, place.y);
+            const onSelected = row >= selection.first && row <= selection.last;
+            if (mouse.button === Qt.LeftButton || !onSelected)
+                choose(mouse, (mouse.modifiers & Qt.ShiftModifier) !== 0);
+            lines.forceActiveFocus(Qt.MouseFocusReason);
+            if (mouse.button === Qt.RightButton && selection.current >= 0)
+                lines.openMenu(Qt.point(mouse.x, mouse.y));
+        }
+    }
+
+    Loader {
+        id: menu
+
+        readonly property bool isOpen: (item as PopupMenu)?.visible ?? false
+    }
+
     Connections {
         function onRowsInserted() {
-            toEnd.restart();
+            if (!lines.isRead)
+                toEnd.restart();
         }
 
         target: lines.log
@@ -49,5 +122,19 @@ ListView {
         interval: 0
 
         onTriggered: lines.positionViewAtEnd()
+    }
+
+    /// Not at once either: a line that is selected alone grows.
+    Timer {
+        id: showCurrent
+
+        interval: 0
+
+        onTriggered: {
+            if (selection.current < 0)
+                return;
+            lines.positionViewAtIndex(selection.current, ListView.Contain);
+            lines.speech.announceFocus(lines.itemAtIndex(selection.current));
+        }
     }
 }

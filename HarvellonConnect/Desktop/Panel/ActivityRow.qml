@@ -2,7 +2,7 @@ import QtQuick
 import Harvellon.Desktop
 
 /// One line of the activity log. Of a message with several lines, or a very long one, it shows the beginning, and
-/// offers to copy the rest.
+/// offers to copy the rest. A line that is selected alone is shown whole.
 Item {
     id: row
 
@@ -10,7 +10,13 @@ Item {
     required property string symbol
     required property int level
     required property string message
+    required property int index
 
+    property bool current: false
+    property bool selected: false
+    property bool selectedAlone: false
+
+    readonly property int lineHeight: 22
     readonly property int mostShown: 300 ///< more would not fit, and would be laid out all the same
     readonly property bool isLong: message.length > mostShown || /[\r\n]/.test(message.trim())
 
@@ -19,35 +25,50 @@ Item {
     Accessible.description: time
     Accessible.name: message
     Accessible.role: Accessible.ListItem
-    height: 22
+    Accessible.selectable: true
+    Accessible.selected: selected
+    height: selectedAlone ? Math.max(lineHeight, words.implicitHeight + 7) : lineHeight
 
     // A pooled row would still be visible to screen readers.
     ListView.onPooled: visible = false
     ListView.onReused: visible = true
 
+    Rectangle {
+        anchors.fill: parent
+        anchors.leftMargin: 6
+        anchors.rightMargin: 6
+        border.color: row.current ? Theme.focus : "transparent"
+        color: Theme.selection
+        radius: Theme.tipRadius
+        visible: row.selected
+    }
+
     CaptionLabel {
-        anchors.verticalCenter: parent.verticalCenter
+        height: row.lineHeight
         text: row.time
         x: Theme.inset
     }
 
     SymbolIcon {
-        anchors.verticalCenter: parent.verticalCenter
         color: Theme.levels[row.level]
         size: 14
         symbol: row.symbol
         x: 70
+        y: 4
     }
 
     NoteLabel {
+        id: words
+
         anchors.left: parent.left
         anchors.leftMargin: 92
         anchors.right: copy.visible ? copy.left : parent.right
         anchors.rightMargin: copy.visible ? 4 : Theme.inset
         anchors.verticalCenter: parent.verticalCenter
         color: Theme.ink
-        elide: row.isLong ? Text.ElideRight : Text.ElideMiddle
-        text: row.message.slice(0, row.mostShown).replace(/\s*[\r\n]+\s*/g, " ")
+        elide: row.selectedAlone ? Text.ElideNone : row.isLong ? Text.ElideRight : Text.ElideMiddle
+        text: row.selectedAlone ? row.message.trim() : row.message.slice(0, row.mostShown).replace(/\s*[\r\n]+\s*/g, " ")
+        wrapMode: row.selectedAlone ? Text.Wrap : Text.NoWrap
     }
 
     LinkButton {
@@ -57,7 +78,7 @@ Item {
         Accessible.name: "Meldung kopieren"
         anchors.right: parent.right
         anchors.rightMargin: 4
-        height: row.height
+        height: row.lineHeight
         text: "Kopieren"
         visible: row.isLong
 

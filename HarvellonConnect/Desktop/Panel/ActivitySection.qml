@@ -1,4 +1,5 @@
 import QtQuick
+import Harvellon.Desktop
 import Harvellon.State
 
 /// What the program did, newest line in view.
@@ -6,6 +7,7 @@ Card {
     id: card
 
     required property AppState state
+    required property PanelSpeech speech
     property bool isActivityExpanded: false
 
     Accessible.name: "Aktivitaet"
@@ -87,6 +89,7 @@ Card {
     ActivityLines {
         height: 112
         log: card.state.activityLog
+        speech: card.speech
         visible: card.isActivityExpanded
         width: parent.width
         y: 40

@@ -158,6 +158,7 @@ FocusScope {
     ActivitySection {
         id: activity
 
+        speech: speech
         state: panel.state
         width: parent.width - 2 * x
         x: Theme.panelMargin

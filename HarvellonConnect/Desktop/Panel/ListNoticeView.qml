@@ -1,13 +1,15 @@
 import QtQuick
 import Harvellon.Desktop
+import Harvellon.State
 
 /// What stands in the list's place when it has no rows.
 Column {
     id: view
 
+    required property AppState state
     required property listNotice notice
-
-    signal retryRequested
+    /// How high it may get; on a low screen there is no room for the steps.
+    required property real room
 
     Accessible.description: notice.text
     Accessible.name: notice.title
@@ -54,6 +56,25 @@ Column {
         text: "Erneut versuchen"
         visible: view.notice.retry
 
-        onClicked: view.retryRequested()
+        onClicked: view.state.refresh()
+    }
+
+    Item {
+        height: 20
+        visible: steps.active
+        width: 1
+    }
+
+    Loader {
+        id: steps
+
+        active: view.notice.steps && view.room > 280
+        anchors.horizontalCenter: parent.horizontalCenter
+        visible: active
+        width: Math.min(parent.width, 440)
+
+        sourceComponent: SetupStepsView {
+            state: view.state
+        }
     }
 }

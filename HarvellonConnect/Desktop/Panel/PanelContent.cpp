@@ -12,17 +12,18 @@ ListNotice listNotice(const PanelFacts& facts) {
         return {};
     if (facts.authenticating && !facts.signedIn)
         return {QStringLiteral("person.crop.circle"), QStringLiteral("Noch keine Projekte"),
-                QStringLiteral("Die Anmeldung geht im Browser weiter.")};
+                QStringLiteral("Die Anmeldung geht im Browser weiter."), false, true};
     if (!facts.signedIn && facts.hasAccount)
         return {QStringLiteral("arrow.clockwise"), QStringLiteral("Projekte nicht geladen"),
                 QStringLiteral("Aktualisieren versucht es erneut. Hilft das nicht, melde dich neu an."),
                 true};
     if (!facts.signedIn)
         return {QStringLiteral("person.crop.circle"), QStringLiteral("Noch keine Projekte"),
-                QStringLiteral("Nach der Anmeldung erscheinen hier alle Projekte des Accounts.")};
+                QStringLiteral("Nach der Anmeldung erscheinen hier alle Projekte des Accounts."), false,
+                true};
     if (facts.projects == 0)
         return {QStringLiteral("folder"), QStringLiteral("Keine Projekte"),
-                QStringLiteral("Diesem Account sind keine Projekte zugeordnet.")};
+                QStringLiteral("Diesem Account sind keine Projekte zugeordnet."), false, true};
     return {QStringLiteral("magnifyingglass"),
             QStringLiteral("Kein Projekt passt zu „%1“").arg(facts.searchText.trimmed()),
             QStringLiteral("Gesucht wurde in Name und Domain.")};

@@ -14,12 +14,14 @@ struct ListNotice {
     Q_PROPERTY(QString title MEMBER title CONSTANT)
     Q_PROPERTY(QString text MEMBER text CONSTANT)
     Q_PROPERTY(bool retry MEMBER retry CONSTANT)
+    Q_PROPERTY(bool steps MEMBER steps CONSTANT)
 
   public:
     QString symbol;
     QString title;
     QString text;
     bool retry = false; ///< offers to load the list again
+    bool steps = false; ///< shows the way to the first mount
 
     bool operator==(const ListNotice&) const = default;
 };

@@ -89,6 +89,10 @@ bool PanelKeys::press(int key, int modifiers) {
         if (!held.testFlag(Qt::ControlModifier))
             return performObvious();
         return pressAction(Qt::Key_Return, held);
+    case Qt::Key_Menu:
+        return requestMenu();
+    case Qt::Key_F10:
+        return held == Qt::ShiftModifier && requestMenu();
     case Qt::Key_F5:
         m_state->refresh();
         return true;
@@ -134,19 +138,26 @@ bool PanelKeys::pressCommand(int key, Qt::KeyboardModifiers modifiers) {
     default:
         break;
     }
+    if (key >= Qt::Key_1 && key <= Qt::Key_9)
+        return performPinned(key - Qt::Key_0);
     return pressAction(key, modifiers);
 }
 
 bool PanelKeys::pressAction(int key, Qt::KeyboardModifiers modifiers) {
     const QKeySequence pressed(QKeyCombination(modifiers & ~Qt::ShiftModifier, static_cast<Qt::Key>(key)));
     const bool shift = modifiers.testFlag(Qt::ShiftModifier);
+    const int offers = m_state->visibleProjects()->rowState(m_domain).offers;
+    bool ours = false; // even where the row does not offer it
     for (const ProjectAction& action : ProjectActions::table()) {
         if (action.shortcut != pressed || (shift && !action.hasAlternative))
             continue;
+        ours = true;
+        if ((offers & 1 << action.targetNumber()) == 0)
+            continue;
         m_state->perform(action.targetNumber(), m_domain, shift);
-        return true; // a key of ours even where the row does not offer it
+        break; // what has been done may offer another action of the same key
     }
-    return false;
+    return ours;
 }
 
 bool PanelKeys::move(int key, Qt::KeyboardModifiers modifiers) {
@@ -163,12 +174,26 @@ bool PanelKeys::move(int key, Qt::KeyboardModifiers modifiers) {
 }
 
 bool PanelKeys::performObvious() {
-    const QModelIndex row = m_state->visibleProjects()->index(m_row);
-    if (!row.isValid())
+    if (m_row < 0)
         return false;
-    const std::optional<HoverTarget> target = obviousAction(
-        row.data(ProjectListModel::offersRole).toInt(), row.data(ProjectListModel::connectingRole).toBool());
-    if (target)
-        m_state->perform(static_cast<int>(*target), m_domain, false);
+    performObvious(m_domain);
+    return true;
+}
+
+void PanelKeys::performObvious(const QString& domain) {
+    const RowState row = m_state->visibleProjects()->rowState(domain);
+    if (const auto target = obviousAction(row.offers, row.connectingSince.has_value()))
+        m_state->perform(static_cast<int>(*target), domain, false);
+}
+
+bool PanelKeys::requestMenu() {
+    if (m_row >= 0)
+        Q_EMIT menuRequested();
+    return true;
+}
+
+bool PanelKeys::performPinned(int place) {
+    if (const auto project = m_state->visibleProjects()->pinnedProject(place))
+        performObvious(project->domain);
     return true;
 }

@@ -41,6 +41,8 @@ class PanelKeys : public QObject {
     void currentRowChanged();
     void typed(const QString& text);
     void rowMoved();
+    /// The context menu of the current row is wanted.
+    void menuRequested();
     void closeRequested();
     void settingsRequested();
     void updatesRequested();
@@ -52,6 +54,9 @@ class PanelKeys : public QObject {
     bool move(int key, Qt::KeyboardModifiers modifiers);
     bool pressAction(int key, Qt::KeyboardModifiers modifiers);
     bool performObvious();
+    void performObvious(const QString& domain);
+    bool performPinned(int place);
+    bool requestMenu();
     void searchChanged();
     void listChanged();
 

@@ -58,7 +58,7 @@ FocusScope {
 
         /// The additional height of an enlarged window goes to the list of accounts.
         readonly property real extra: Math.max(0, height - leastHeight)
-        readonly property real leastHeight: 532 + about.height + told
+        readonly property real leastHeight: 558 + programs.height + about.height + told
         readonly property real told: accountError.visible ? accountError.height + Theme.gap : 0
         /// How much lower the sections below the accounts stand.
         readonly property real below: extra + told
@@ -140,9 +140,24 @@ FocusScope {
         }
 
         SectionLabel {
-            text: "Über"
+            text: "Programme"
             x: Theme.settingsMargin
             y: 502 + page.below
+        }
+
+        ProgramsSection {
+            id: programs
+
+            programs: view.state.programs
+            width: view.cardWidth
+            x: Theme.settingsMargin
+            y: 520 + page.below
+        }
+
+        SectionLabel {
+            text: "Über"
+            x: Theme.settingsMargin
+            y: 528 + programs.height + page.below
         }
 
         AboutSection {
@@ -152,7 +167,7 @@ FocusScope {
             versionText: view.versionText
             width: view.cardWidth
             x: Theme.settingsMargin
-            y: 520 + page.below
+            y: 546 + programs.height + page.below
 
             // What a report has come to stands below the buttons.
             onHeightChanged: if (diagnosis.message !== "") {

@@ -20,6 +20,7 @@ void SettingsWindowManager::show(AppState& state) {
         makeWindow(state);
     if (!m_window->isVisible())
         Q_EMIT m_controller.opened();
+    state.programs()->look();
     state.parts().repositories.look(); // somebody else may have changed the configuration
     if (m_window->windowStates().testFlag(Qt::WindowMinimized))
         m_window->showNormal();

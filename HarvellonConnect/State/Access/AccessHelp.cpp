@@ -103,13 +103,9 @@ QCoro::Task<> AccessHelp::lookForKey(int visit) {
 void AccessHelp::copyKey() {
     if (!keyIsKnown())
         return;
-    m_context.copyText(m_own->key->line);
+    copyPublicKey(m_context, *m_own->key);
     m_copied = true;
     Q_EMIT changed();
-    m_context.report.log(
-        QStringLiteral(
-            "Öffentlichen Schlüssel in die Zwischenablage kopiert. Im Harvellon-Backend einfügen."),
-        ActivityLogLevel::info);
 }
 
 void AccessHelp::makeKey() {

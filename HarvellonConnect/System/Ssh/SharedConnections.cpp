@@ -16,22 +16,11 @@ namespace {
 constexpr std::chrono::milliseconds answerLimit = 2s;
 constexpr std::chrono::milliseconds openLimit = 15s;
 constexpr std::chrono::milliseconds closeLimit = 2s;
+constexpr std::chrono::seconds idleLimit = 60s;
 constexpr qint32 sshFailed = 255;
 
 QStringList through(const QString& socket) {
     return {QStringLiteral("-S"), socket, QStringLiteral("-o"), QStringLiteral("ControlMaster=no")};
-}
-
-/// Forwardings of the user's own configuration would take the ports that the user's own ssh needs.
-const QStringList noForwardings{QStringLiteral("-o"), QStringLiteral("ClearAllForwardings=yes")};
-
-QStringList masterArguments(const HostSystem& host, const QString& socket, const QString& login) {
-    const QStringList connection{QStringLiteral("-M"), QStringLiteral("-N"),
-                                 QStringLiteral("-S"), socket,
-                                 QStringLiteral("-o"), QStringLiteral("ControlPersist=60"),
-                                 QStringLiteral("-o"), QStringLiteral("ServerAliveInterval=15"),
-                                 QStringLiteral("-o"), QStringLiteral("ServerAliveCountMax=3")};
-    return connection + ownTrustArguments(host) + noForwardings + QStringList{login};
 }
 
 QStringList callArguments(const QString& socket, const QString& login, const QStringList& command) {
@@ -39,7 +28,7 @@ QStringList callArguments(const QString& socket, const QString& login, const QSt
     const QStringList onlyThere{QStringLiteral("-o"), QStringLiteral("ProxyCommand=false"),
                                 QStringLiteral("-o"), QStringLiteral("RemoteCommand=none"),
                                 QStringLiteral("-T"), QStringLiteral("-n")};
-    return through(socket) + onlyThere + noForwardings + QStringList{login} + command;
+    return through(socket) + onlyThere + noForwardings() + QStringList{login} + command;
 }
 } // namespace
 
@@ -136,7 +125,7 @@ QCoro::Task<> SharedConnections::work(QString login) {
     }
     if (!guard || !m_wanted.contains(login))
         co_return;
-    const QStringList start = masterArguments(m_host, *socket, login);
+    const QStringList start = masterArguments(m_host, *socket, login, idleLimit);
     const bool opened = co_await ssh(start, openLimit);
     if (guard && opened)
         m_opened.insert(login);

@@ -21,3 +21,17 @@ QStringList ownTrustArguments(const HostSystem& host) {
             QStringLiteral("-o"), QStringLiteral("StrictHostKeyChecking=accept-new"),
             QStringLiteral("-o"), QStringLiteral("UserKnownHostsFile=") + sshPath(host.knownHostsFile())};
 }
+
+QStringList noForwardings() {
+    return {QStringLiteral("-o"), QStringLiteral("ClearAllForwardings=yes")};
+}
+
+QStringList masterArguments(const HostSystem& host, const QString& socket, const QString& login,
+                            std::chrono::seconds idle) {
+    const QStringList connection{QStringLiteral("-M"), QStringLiteral("-N"),
+                                 QStringLiteral("-S"), socket,
+                                 QStringLiteral("-o"), QStringLiteral("ControlPersist=%1").arg(idle.count()),
+                                 QStringLiteral("-o"), QStringLiteral("ServerAliveInterval=15"),
+                                 QStringLiteral("-o"), QStringLiteral("ServerAliveCountMax=3")};
+    return connection + ownTrustArguments(host) + noForwardings() + QStringList{login};
+}

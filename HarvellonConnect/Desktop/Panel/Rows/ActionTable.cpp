@@ -4,8 +4,25 @@
 
 QVariantList ActionTable::actions() const {
     QVariantList list;
-    for (const ProjectAction& action : ProjectActions::table())
-        list.append(QVariant::fromValue(ShownAction{&action}));
+    for (const ProjectAction& action : ProjectActions::table()) {
+        if (action.slot)
+            list.append(QVariant::fromValue(ShownAction{&action}));
+    }
+    return list;
+}
+
+QVariantList ActionTable::menu(int offers) const {
+    QList<ShownAction> entries;
+    for (const ProjectAction& action : ProjectActions::table()) {
+        if (action.menuGroup != MenuGroup::none && (offers & 1 << action.targetNumber()) != 0)
+            entries.append({&action});
+    }
+    std::stable_sort(entries.begin(), entries.end(), [](const ShownAction& one, const ShownAction& other) {
+        return one.menuGroup() < other.menuGroup();
+    });
+    QVariantList list;
+    for (const ShownAction& entry : entries)
+        list.append(QVariant::fromValue(entry));
     return list;
 }
 
@@ -13,7 +30,7 @@ QVariantList ActionTable::ghostSlots() const {
     const RowFacts everything{.coder = true, .databaseUser = true};
     QVariantList slotsOfOffers;
     for (const ProjectAction& action : ProjectActions::table()) {
-        if (action.offered(everything))
+        if (action.slot && action.offered(everything))
             slotsOfOffers.append(action.slotPosition());
     }
     return slotsOfOffers;
@@ -22,7 +39,7 @@ QVariantList ActionTable::ghostSlots() const {
 int ActionTable::firstSlot(int offers) const {
     int first = railWidth();
     for (const ProjectAction& action : ProjectActions::table()) {
-        if ((offers & 1 << action.targetNumber()) != 0)
+        if (action.slot && (offers & 1 << action.targetNumber()) != 0)
             first = std::min(first, action.slotPosition());
     }
     return first;

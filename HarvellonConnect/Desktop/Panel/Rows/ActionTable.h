@@ -20,6 +20,7 @@ struct ShownAction {
     Q_PROPERTY(QColor tintDark READ tintDark CONSTANT)
     Q_PROPERTY(bool dangerous READ dangerous CONSTANT)
     Q_PROPERTY(bool restsWhileConnecting READ restsWhileConnecting CONSTANT)
+    Q_PROPERTY(int menuGroup READ menuGroup CONSTANT)
     Q_PROPERTY(int slot READ slot CONSTANT)
     Q_PROPERTY(int slotWhenLost READ slotWhenLost CONSTANT)
 
@@ -45,6 +46,8 @@ struct ShownAction {
 
     [[nodiscard]] bool restsWhileConnecting() const { return action->restsWhileConnecting; }
 
+    [[nodiscard]] int menuGroup() const { return static_cast<int>(action->menuGroup); }
+
     [[nodiscard]] int slot() const { return action->slotPosition(); }
 
     [[nodiscard]] int slotWhenLost() const { return action->slotPosition(true); }
@@ -55,8 +58,10 @@ class ActionTable : public QObject {
     Q_OBJECT
     QML_ELEMENT
     QML_SINGLETON
-    /// Of shownAction, from left to right.
+    /// Of shownAction: the buttons of a row, from left to right.
     Q_PROPERTY(QVariantList actions READ actions CONSTANT)
+    Q_PROPERTY(ShownAction pin READ pin CONSTANT)
+    Q_PROPERTY(ShownAction unpin READ unpin CONSTANT)
     Q_PROPERTY(int buttonColumnWidth READ buttonColumnWidth CONSTANT)
     Q_PROPERTY(int railWidth READ railWidth CONSTANT)
     /// Where the buttons of a row stand before anything is known of its project.
@@ -67,11 +72,18 @@ class ActionTable : public QObject {
 
     [[nodiscard]] QVariantList actions() const;
 
+    [[nodiscard]] ShownAction pin() const { return {&ProjectActions::action(HoverTarget::pin)}; }
+
+    [[nodiscard]] ShownAction unpin() const { return {&ProjectActions::action(HoverTarget::unpin)}; }
+
     [[nodiscard]] int buttonColumnWidth() const { return ProjectActions::buttonColumnWidth; }
 
     [[nodiscard]] int railWidth() const { return ProjectActions::railWidth(); }
 
     [[nodiscard]] QVariantList ghostSlots() const;
+
+    /// The context menu of a row with these offers: of shownAction, from top to bottom.
+    Q_INVOKABLE [[nodiscard]] QVariantList menu(int offers) const;
 
     /// Where the first button of a row with these offers stands, from the left end of the rail.
     Q_INVOKABLE [[nodiscard]] int firstSlot(int offers) const;

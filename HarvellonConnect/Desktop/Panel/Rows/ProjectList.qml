@@ -13,6 +13,18 @@ Card {
     required property PanelKeys keys
     required property PanelSpeech speech
 
+    /// Opens the context menu of a row, at a place in the list or below the row's name.
+    function openMenu(index: int, place: var) {
+        const row = list.itemAtIndex(index) as ProjectRow;
+        if (row === null)
+            return;
+        keys.currentRow = index;
+        if (menu.item === null)
+            menu.setSource("RowMenu.qml", {state: card.state});
+        const corner = place === null ? row.mapToItem(card, Theme.inset, Theme.rowHeight - 4) : list.mapToItem(card, place);
+        (menu.item as RowMenu).openFor(row, card, corner);
+    }
+
     /// Of the rows that stand above the list.
     readonly property int keptHeight: state.visibleProjects.keptCount * Theme.rowHeight
 
@@ -61,7 +73,20 @@ Card {
             width: list.width
         }
 
+        TapHandler {
+            acceptedButtons: Qt.RightButton
+
+            onTapped: event => {
+                const place = list.mapToItem(list.contentItem, event.position);
+                card.openMenu(list.indexAt(place.x, place.y), event.position);
+            }
+        }
+
         Connections {
+            function onMenuRequested() {
+                card.openMenu(card.keys.currentRow, null);
+            }
+
             function onCurrentRowChanged() {
                 const row = card.keys.currentRow;
                 list.positionViewAtIndex(row, ListView.Contain);
@@ -70,6 +95,10 @@ Card {
 
             target: card.keys
         }
+    }
+
+    Loader {
+        id: menu
     }
 
     Rectangle {
@@ -104,8 +133,8 @@ Card {
         anchors.centerIn: parent
         anchors.verticalCenterOffset: card.keptHeight / 2
         notice: card.content.notice
+        room: card.height - card.keptHeight
+        state: card.state
         width: parent.width - 80
-
-        onRetryRequested: card.state.refresh()
     }
 }

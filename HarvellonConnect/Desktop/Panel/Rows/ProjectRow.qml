@@ -15,6 +15,10 @@ Item {
     required property int offers
     required property bool lost
     required property bool kept
+    required property list<int> titleHits
+    required property list<int> domainHits
+    required property int pin
+    required property bool lastPin
     required property int index
 
     property bool current: false
@@ -26,9 +30,12 @@ Item {
     readonly property real railStart: rail.x + ActionTable.firstSlot(offers)
     // Reserve room for three digits of seconds, so that the name does not move while the number grows.
     readonly property real markStart: connecting ? railStart - 12 - 128 : connected || lost ? mark.x : railStart
+    readonly property string stateText: connected ? (kept ? "Noch verbunden" : "Gemountet") : connecting ? "Verbinde ..." : lost ? "Unterbrochen" : "Nicht verbunden"
     readonly property bool lit: pointer.hovered || current
+    readonly property shownAction pinAction: pin > 0 ? ActionTable.unpin : ActionTable.pin
+    readonly property real textEnd: (pinPlace.active ? pinPlace.x : markStart) - 12
 
-    Accessible.description: connected ? (kept ? "Noch verbunden" : "Gemountet") : connecting ? "Verbinde ..." : lost ? "Unterbrochen" : "Nicht verbunden"
+    Accessible.description: stateText + (pin > 0 ? ", angeheftet" + (pinPlace.keys === "" ? "" : ", " + pinPlace.keys) : "")
     Accessible.name: title === domain ? title : title + ", " + domain
     Accessible.role: Accessible.ListItem
     Accessible.selectable: true
@@ -41,8 +48,8 @@ Item {
 
     Rectangle {
         anchors.bottom: parent.bottom
-        color: Theme.line
-        height: 1
+        color: row.lastPin ? Theme.outline : Theme.line
+        height: row.lastPin ? 2 : 1
         visible: !row.lit
         width: row.width - 14
         x: Theme.gap
@@ -60,8 +67,9 @@ Item {
     BodyLabel {
         elide: Text.ElideRight
         height: Theme.bodyLine
-        text: row.title
-        width: row.markStart - 12 - x
+        text: HitMarkup.marked(row.title, row.titleHits, Theme.focus)
+        textFormat: Text.StyledText
+        width: row.textEnd - x
         x: Theme.gap
         y: 4
     }
@@ -69,10 +77,29 @@ Item {
     CaptionLabel {
         elide: Text.ElideMiddle
         height: Theme.captionLine
-        text: row.domain
-        width: row.markStart - 12 - x
+        text: HitMarkup.marked(row.domain, row.domainHits, Theme.focus)
+        textFormat: Text.StyledText
+        width: row.textEnd - x
         x: Theme.gap
         y: 21
+    }
+
+    PinLoader {
+        id: pinPlace
+
+        action: row.pinAction
+        active: row.pin > 0 || (pointer.hovered && (row.offers & 1 << row.pinAction.target) !== 0)
+        buttons: rail
+        place: row.pin
+        sourceComponent: pinMark
+        x: row.markStart - 8 - width
+        y: (Theme.rowHeight - height) / 2
+    }
+
+    Component {
+        id: pinMark
+
+        PinMark {}
     }
 
     RowMarkLoader {

@@ -1,0 +1,76 @@
+#include "State/Setup/SetupSteps.h"
+
+#include "Actions/ActionContext.h"
+#include "State/Access/NewKey.h"
+
+#include <QPointer>
+#include <QUrl>
+
+SetupSteps::SetupSteps(const ActionContext& context, const QString& server,
+                       std::function<void(const Guidance&)> showGuidance)
+    : m_context(context), m_login(QStringLiteral("ssh@") + QUrl(server).host()),
+      m_showGuidance(std::move(showGuidance)) {}
+
+void SetupSteps::look() {
+    if (m_underWay > 0)
+        return;
+    m_underWay = 2;
+    lookForKey();
+    lookForSSHFS();
+}
+
+QCoro::Task<> SetupSteps::lookForKey() {
+    const QPointer<SetupSteps> guard(this);
+    const OwnKey key = co_await findOwnKey(m_context.host, m_context.shell, m_login);
+    if (!guard)
+        co_return;
+    m_key = key;
+    --m_underWay;
+    Q_EMIT changed();
+}
+
+QCoro::Task<> SetupSteps::lookForSSHFS() {
+    const QPointer<SetupSteps> guard(this);
+    const SSHFSReadiness sshfs = co_await diagnoseSSHFS(m_context.host, m_context.shell);
+    if (!guard)
+        co_return;
+    m_sshfs = sshfs;
+    --m_underWay;
+    Q_EMIT changed();
+}
+
+SetupSteps::State SetupSteps::key() const {
+    if (!m_key)
+        return State::unknown;
+    if (m_key->key)
+        return State::ready;
+    return m_key->unreadable.isEmpty() ? State::missing : State::broken;
+}
+
+SetupSteps::State SetupSteps::sshfs() const {
+    if (!m_sshfs)
+        return State::unknown;
+    switch (m_sshfs->state) {
+    case SSHFSReadiness::State::notInstalled:
+        return State::missing;
+    case SSHFSReadiness::State::notStarting:
+        return State::broken;
+    case SSHFSReadiness::State::ready:
+        return State::ready;
+    }
+    Q_UNREACHABLE();
+}
+
+void SetupSteps::copyKey() {
+    if (key() == State::ready)
+        copyPublicKey(m_context, *m_key->key);
+}
+
+void SetupSteps::makeKey() {
+    if (canMakeKey())
+        makeKeyInTerminal(m_context, m_key->place);
+}
+
+void SetupSteps::explainSSHFS() {
+    m_showGuidance(sshfs() == State::broken ? repairGuidance(m_context.host) : setupGuidance(m_context.host));
+}

@@ -1,0 +1,63 @@
+#pragma once
+
+#include "Mounting/Access/OwnKey.h"
+#include "Mounting/Setup/SSHFSGuidance.h"
+#include "Mounting/Setup/SSHFSReadiness.h"
+
+#include <QCoroTask>
+#include <QObject>
+#include <QString>
+#include <QtQmlIntegration>
+
+#include <functional>
+#include <optional>
+
+struct ActionContext;
+
+/// What a first mount needs of this machine, for a user who has no project yet: a key that ssh offers, and
+/// sshfs. Main thread.
+class SetupSteps : public QObject {
+    Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("Belongs to AppState")
+    Q_PROPERTY(State key READ key NOTIFY changed)
+    Q_PROPERTY(State sshfs READ sshfs NOTIFY changed)
+    Q_PROPERTY(bool canMakeKey READ canMakeKey NOTIFY changed)
+
+  public:
+    enum class State { unknown, missing, broken, ready };
+    Q_ENUM(State)
+
+    /// `server`: whose name ssh's configuration is read for. `context` outlives this.
+    SetupSteps(const ActionContext& context, const QString& server,
+               std::function<void(const Guidance&)> showGuidance);
+
+    /// Looks for both anew. What is known stays until then.
+    Q_INVOKABLE void look();
+    /// Copies the public key.
+    Q_INVOKABLE void copyKey();
+    /// Has ssh make a key, in a terminal.
+    Q_INVOKABLE void makeKey();
+    /// Opens the alert that tells how sshfs is installed or repaired.
+    Q_INVOKABLE void explainSSHFS();
+
+    /// A public key alone is ready; broken: there is a private one only.
+    [[nodiscard]] State key() const;
+    [[nodiscard]] State sshfs() const;
+
+    [[nodiscard]] bool canMakeKey() const { return m_key && !m_key->key && !m_key->place.isEmpty(); }
+
+  Q_SIGNALS:
+    void changed();
+
+  private:
+    QCoro::Task<> lookForKey();
+    QCoro::Task<> lookForSSHFS();
+
+    const ActionContext& m_context;
+    const QString m_login;
+    const std::function<void(const Guidance&)> m_showGuidance;
+    std::optional<OwnKey> m_key;
+    std::optional<SSHFSReadiness> m_sshfs;
+    int m_underWay = 0;
+};
