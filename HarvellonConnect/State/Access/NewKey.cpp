@@ -1,6 +1,7 @@
 #include "State/Access/NewKey.h"
 
 #include "Actions/Openers.h"
+#include "System/Reporter.h"
 
 namespace {
 /// ssh-keygen would replace a file that appears while it asks for the passphrase; a hard link replaces none.
