@@ -95,12 +95,18 @@ def pin_or_unpin(*names):
     time.sleep(0.3)
 
 
-def start(*arguments):
-    """A platform and a program of their own, with an empty home."""
+def start(*arguments, ssh=None):
+    """A platform and a program of their own, with an empty home. `ssh`: a script in the place of the ssh client."""
     folder = tempfile.mkdtemp(prefix="pictures")
     made = Platform(PLATFORM, os.path.join(folder, "platform"), *arguments)
     home = os.path.join(folder, "home")
-    program = Program(PROGRAM, made.environment(home), subprocess.DEVNULL)
+    client = made.ready["bin"] + "/ssh"
+    if ssh:
+        client = os.path.join(folder, "ssh")
+        with open(client, "w", encoding="utf8") as script:
+            script.write(ssh)
+        os.chmod(client, 0o700)
+    program = Program(PROGRAM, dict(made.environment(home), HARVELLON_SSH=client), subprocess.DEVNULL)
     program.open_panel()
     return made, program, home
 
@@ -226,4 +232,74 @@ words("emacsclient -c -n %f")
 keys("Tab")
 time.sleep(0.3)
 picture("settings-programs")
+end()
+
+platform, app, home = start()
+sign_in("erika", "Erika Beispiel")
+until("the rows", lambda: len(app.rows()) > 9)
+authorized = os.path.join(platform.process.args[2], "ssh", "authorized_keys")
+with open(authorized, encoding="utf8") as keys_file:
+    accepted_keys = keys_file.read()
+open(authorized, "w", encoding="utf8").close()
+app.press("Verbinden und mounten", row("Fahrradladen Speiche"))
+app.await_element("Hilfe zum Zugang")
+time.sleep(0.5)
+picture("access-offered")
+app.press("Hilfe zum Zugang")
+app.await_element("Schlüssel kopieren")
+time.sleep(0.5)
+picture("access-key")
+app.press("Zugang prüfen")
+app.await_element("Der Server kennt den angebotenen Schlüssel nicht")
+time.sleep(0.5)
+picture("access-refused")
+with open(authorized, "w", encoding="utf8") as keys_file:
+    keys_file.write(accepted_keys)
+app.press("Zugang prüfen")
+app.await_element("Der Zugang funktioniert")
+time.sleep(0.5)
+picture("access-works")
+known = os.path.join(home, ".local/share/HarvellonConnect/known_hosts")
+with open(known, encoding="utf8") as hosts:
+    server = hosts.read().split()[0]
+with open(authorized.replace("authorized_keys", "client_key.pub"), encoding="utf8") as other_key:
+    other = " ".join(other_key.read().split()[:2])
+with open(known, "w", encoding="utf8") as hosts:
+    hosts.write(f"{server} {other}\n")
+app.press("Zugang prüfen")
+app.await_element("Neuen Schlüssel übernehmen")
+time.sleep(0.5)
+picture("access-changed")
+app.press("Neuen Schlüssel übernehmen")
+app.await_element("Wirklich übernehmen")
+time.sleep(0.5)
+picture("access-asked")
+sshd = [pid for pid, command in descendants(platform.process).items() if "sshd" in command and platform.process.args[2] in command]
+for pid in sshd:
+    os.kill(pid, signal.SIGSTOP)
+app.press("Wirklich übernehmen")
+app.await_element("bisher ohne Antwort")
+picture("access-waiting")
+for pid in sshd:
+    os.kill(pid, signal.SIGCONT)
+end()
+
+platform, app, home = start(ssh='#!/bin/sh\nexec /usr/bin/ssh -F /dev/null -o IdentityAgent=none "$@"\n')
+sign_in("erika", "Erika Beispiel")
+until("the rows", lambda: len(app.rows()) > 9)
+open(os.path.join(platform.process.args[2], "ssh", "authorized_keys"), "w", encoding="utf8").close()
+app.press("Verbinden und mounten", row("Fahrradladen Speiche"))
+app.press("Hilfe zum Zugang")
+app.await_element("Schlüssel anlegen")
+time.sleep(0.5)
+picture("access-no-key")
+app.press("Schließen")
+app.open_panel()
+keys("ctrl+comma")
+time.sleep(1)
+keys("shift+Tab")  # the last button scrolls into sight
+app.press("Diagnose kopieren")
+app.await_element("Diagnose in die Zwischenablage kopiert")
+time.sleep(0.5)
+picture("settings-diagnosis")
 end()

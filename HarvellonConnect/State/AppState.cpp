@@ -43,7 +43,7 @@ AppState::AppState(AppServices services, DesktopCommands desktop, QObject* paren
                 [this](const QString& domain) { return m_connections.disconnect(domain, false); },
                 m_desktop.copyText,
                 [this](const QString& domain, bool pinned) { m_marks.setPinned(domain, pinned); }},
-      m_loginPage(m_context), m_guidance(m_context), m_access(m_context),
+      m_loginPage(m_context), m_guidance(m_context), m_access(std::make_unique<AccessHelp>(m_context)),
       m_setup(std::make_unique<SetupSteps>(m_context, services.server.address,
                                            [this](const Guidance& guidance) { m_guidance.show(guidance); })),
       m_visibleProjects([this](const QString& domain) { return rowState(domain); }),
@@ -53,7 +53,8 @@ AppState::AppState(AppServices services, DesktopCommands desktop, QObject* paren
       m_connections(m_context, m_sshfsMounter, m_preferences,
                     [this](const Guidance& guidance) { m_guidance.show(guidance); }),
       m_care(m_connections, m_sshfsMounter, m_preferences, m_report, m_guidance),
-      m_repositories(m_host, services.shell, m_sshfsMounter, m_connections, m_report), m_actions(m_context),
+      m_repositories(m_host, services.shell, m_sshfsMounter, m_connections, m_report),
+      m_diagnosis(std::make_unique<Diagnosis>(*this, services.shell)), m_actions(m_context),
       m_globalHotkeyEnabled(m_preferences.boolean(globalHotkeyKey).value_or(true)) {
     m_editor.setQuiet(m_preferences.boolean(quietWorkspaceKey).value_or(false));
     publishParts();
@@ -98,9 +99,9 @@ void AppState::publishParts() {
     connect(&m_connections, &Connections::connectionChanged, this, &AppState::showKeptProjects);
     connect(&m_loading, &ProjectLoading::projectsChanged, this, &AppState::showKeptProjects);
     connect(&m_loading, &ProjectLoading::userProfileChanged, this, &AppState::showKeptProjects);
-    connect(&m_connections, &Connections::refused, &m_access, &AccessHelp::offer);
-    connect(&m_report, &ActivityReport::lastErrorChanged, &m_access,
-            [this] { m_access.setLastError(m_report.lastError()); });
+    connect(&m_connections, &Connections::refused, m_access.get(), &AccessHelp::offer);
+    connect(&m_report, &ActivityReport::lastErrorChanged, m_access.get(),
+            [this] { m_access->setLastError(m_report.lastError()); });
     connect(&m_connections, &Connections::mountsEnded, this,
             [this](const QStringList& domains) { m_desktop.tellMountsEnded(domains); });
     connect(&m_repositories, &MountedRepositories::changed, this, &AppState::gitChanged);

@@ -11,6 +11,7 @@
 #include "State/ActivityReport.h"
 #include "State/ConnectionCare.h"
 #include "State/Connections.h"
+#include "State/Diagnosis/Diagnosis.h"
 #include "State/Git/MountedRepositories.h"
 #include "State/GuidanceQuestion.h"
 #include "State/Login/LoginPage.h"
@@ -69,6 +70,7 @@ class AppState : public QObject {
     Q_PROPERTY(bool isAuthenticating READ isAuthenticating NOTIFY isAuthenticatingChanged)
     Q_PROPERTY(QString accountError READ accountError NOTIFY accountErrorChanged)
     Q_PROPERTY(AccountListModel* accountList READ accountList CONSTANT)
+    Q_PROPERTY(Diagnosis* diagnosis READ diagnosis CONSTANT)
     Q_PROPERTY(ProgramSettings* programs READ programs CONSTANT)
     Q_PROPERTY(AccessHelp* access READ access CONSTANT)
     Q_PROPERTY(SetupSteps* setup READ setup CONSTANT)
@@ -202,7 +204,9 @@ class AppState : public QObject {
 
     [[nodiscard]] bool quietWorkspace() const { return m_editor.isQuiet(); }
 
-    [[nodiscard]] AccessHelp* access() { return &m_access; }
+    [[nodiscard]] AccessHelp* access() const { return m_access.get(); }
+
+    [[nodiscard]] Diagnosis* diagnosis() const { return m_diagnosis.get(); }
 
     [[nodiscard]] SetupSteps* setup() const { return m_setup.get(); }
 
@@ -255,7 +259,7 @@ class AppState : public QObject {
     ActionContext m_context;
     LoginPage m_loginPage;
     GuidanceQuestion m_guidance;
-    AccessHelp m_access;
+    const std::unique_ptr<AccessHelp> m_access;
     const std::unique_ptr<SetupSteps> m_setup;
     ProjectListModel m_visibleProjects;
     ProjectLoading m_loading;
@@ -264,6 +268,7 @@ class AppState : public QObject {
     Connections m_connections;
     ConnectionCare m_care;
     MountedRepositories m_repositories;
+    const std::unique_ptr<Diagnosis> m_diagnosis;
     ProjectActions m_actions;
     SleepMonitor m_sleepMonitor;
     NetworkMonitor m_networkMonitor;

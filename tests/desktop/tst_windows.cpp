@@ -251,7 +251,7 @@ class TestWindows : public DesktopTest {
         PanelWindow* const window = openSignedIn();
         const Project project = m_desktop->state->projects().constFirst();
         await(m_desktop->state->parts().connections.connect(project)); // its server has no address here
-        QTRY_VERIFY(heard::press(window, u"Zugang einrichten"_s));
+        QTRY_VERIFY(heard::press(window, u"Hilfe zum Zugang"_s));
         QWindow* const alert = m_desktop->alerts->accessWindow();
         QVERIFY(alert && QTest::qWaitForWindowExposed(alert));
         QTRY_VERIFY(heard::find(alert, m_desktop->state->access()->title()));

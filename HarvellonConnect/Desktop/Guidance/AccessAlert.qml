@@ -127,7 +127,7 @@ FocusScope {
                 NoteLabel {
                     Accessible.name: text
                     Accessible.role: Accessible.StaticText
-                    text: "Harvellon Connect vertraut dem Server danach mit diesem Schlüssel."
+                    text: "Harvellon Connect vertraut danach nur noch diesem Schlüssel."
                     visible: alert.access.asksForTrust
                     width: parent.width
                     wrapMode: Text.Wrap

@@ -1,4 +1,5 @@
 import QtQuick
+import Harvellon.Desktop
 
 /// Fingerprints of keys, one to a line, which can be selected and compared.
 Column {

@@ -132,7 +132,7 @@ FocusScope {
     ErrorLine {
         id: error
 
-        help: panel.state.access.offered ? "Zugang einrichten" : ""
+        help: panel.state.access.offered ? "Hilfe zum Zugang" : ""
         text: panel.state.lastError
         visible: panel.hasError
         width: parent.width - 2 * x

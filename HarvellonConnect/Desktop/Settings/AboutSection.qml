@@ -1,15 +1,20 @@
 import QtQuick
+import Harvellon.State
 
-/// Program name, version, and copyright.
+/// Program name, version, copyright, and a report for whoever helps.
 Card {
     id: card
 
+    required property Diagnosis diagnosis
     required property string versionText
 
     Accessible.name: "Über"
     Accessible.role: Accessible.Grouping
+    height: words.height + 2 * words.y
 
     Column {
+        id: words
+
         width: parent.width - 2 * Theme.inset
         x: Theme.inset
         y: 10
@@ -31,6 +36,38 @@ Card {
             wrapMode: Text.Wrap
         }
 
+        Item {
+            height: Theme.gap
+            width: 1
+        }
+
+        Row {
+            spacing: Theme.gap
+
+            TextButton {
+                enabled: !card.diagnosis.busy
+                text: "Diagnose kopieren"
+
+                onClicked: card.diagnosis.copy()
+            }
+
+            TextButton {
+                enabled: !card.diagnosis.busy
+                text: "Diagnose speichern"
+
+                onClicked: card.diagnosis.save()
+            }
+        }
+
+        CaptionLabel {
+            Accessible.name: text
+            Accessible.role: Accessible.AlertMessage
+            text: card.diagnosis.message
+            topPadding: 6
+            visible: text !== ""
+            width: parent.width
+            wrapMode: Text.Wrap
+        }
     }
 
     CaptionLabel {

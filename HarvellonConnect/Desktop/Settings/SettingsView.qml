@@ -58,7 +58,7 @@ FocusScope {
 
         /// The additional height of an enlarged window goes to the list of accounts.
         readonly property real extra: Math.max(0, height - leastHeight)
-        readonly property real leastHeight: 636 + programs.height + told
+        readonly property real leastHeight: 558 + programs.height + about.height + told
         readonly property real told: accountError.visible ? accountError.height + Theme.gap : 0
         /// How much lower the sections below the accounts stand.
         readonly property real below: extra + told
@@ -161,11 +161,18 @@ FocusScope {
         }
 
         AboutSection {
-            height: 78
+            id: about
+
+            diagnosis: view.state.diagnosis
             versionText: view.versionText
             width: view.cardWidth
             x: Theme.settingsMargin
             y: 546 + programs.height + page.below
+
+            // What a report has come to stands below the buttons.
+            onHeightChanged: if (diagnosis.message !== "") {
+                page.contentY = Math.max(0, y + height + 12 - page.height);
+            }
         }
     }
 

@@ -2,6 +2,8 @@
 
 #include <QStringList>
 
+#include <algorithm>
+
 namespace {
 const QString accepted = QStringLiteral("Server accepts key:");
 const QString offered = QStringLiteral("Offering public key:");
@@ -21,11 +23,10 @@ bool endsAtAcceptedKey(const QString& log, const QStringList& ends) {
 
 QString lastLine(const QString& log) {
     const QStringList lines = log.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
-    for (auto line = lines.crbegin(); line != lines.crend(); ++line) {
-        if (!line->startsWith(QLatin1String("debug")))
-            return line->trimmed();
-    }
-    return {};
+    const auto last = std::find_if(lines.crbegin(), lines.crend(), [](const QString& line) {
+        return !line.startsWith(QLatin1String("debug"));
+    });
+    return last == lines.crend() ? QString() : last->trimmed();
 }
 
 AccessFinding refused(const QString& log) {

@@ -11,6 +11,7 @@
 using namespace std::chrono_literals;
 
 namespace {
+constexpr QFile::Permissions privateFile = QFile::ReadOwner | QFile::WriteOwner;
 const QString keygen = QStringLiteral("/usr/bin/ssh-keygen");
 constexpr std::chrono::milliseconds toolLimit = 5s;
 constexpr std::chrono::milliseconds serverLimit = 20s; // ssh itself gives up after ten seconds of silence
@@ -87,7 +88,6 @@ QCoro::Task<ServerKey> lookAtServerKey(HostSystem host, Shell& shell, QString lo
 
 QCoro::Task<> trustServerKey(HostSystem host, Shell& shell, ServerKey key) {
     const QString list = host.knownHostsFile();
-    constexpr QFile::Permissions privateFile = QFile::ReadOwner | QFile::WriteOwner;
     const auto folder = std::make_shared<Folder>(host);
     const QString copy = folder->list();
     // A mount that runs meanwhile may enter another server: then the copy is made anew.

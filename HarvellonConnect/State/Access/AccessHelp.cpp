@@ -43,6 +43,7 @@ void AccessHelp::show() {
     m_open = true;
     ++m_visit;
     m_own.reset();
+    m_copied = false;
     m_checking = false;
     endCheck({});
     lookForKey(m_visit);
@@ -70,6 +71,8 @@ QString AccessHelp::keyText() const {
     const QString home = m_context.host.homeFolder;
     if (m_own->key) {
         const QString comment = m_own->key->line.section(QLatin1Char(' '), 2);
+        if (m_copied)
+            return QStringLiteral("Kopiert. Füge den Schlüssel im Harvellon-Backend bei deinem Account ein.");
         if (!m_own->key->source.isEmpty())
             return QStringLiteral("Dein Schlüssel: %1").arg(shortened(m_own->key->source, home));
         return comment.isEmpty() ? QStringLiteral("Dein Schlüssel: aus dem Agenten")
@@ -98,8 +101,11 @@ QCoro::Task<> AccessHelp::lookForKey(int visit) {
 }
 
 void AccessHelp::copyKey() {
-    if (keyIsKnown())
-        copyPublicKey(m_context, *m_own->key);
+    if (!keyIsKnown())
+        return;
+    copyPublicKey(m_context, *m_own->key);
+    m_copied = true;
+    Q_EMIT changed();
 }
 
 void AccessHelp::makeKey() {

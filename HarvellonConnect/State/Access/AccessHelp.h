@@ -114,6 +114,7 @@ class AccessHelp : public QObject {
     bool m_open = false;
     int m_visit = 0; ///< counts the openings; what an earlier one has begun is dropped
     std::optional<OwnKey> m_own;
+    bool m_copied = false;
     QFileSystemWatcher m_keyFolders; ///< while open
     QTimer m_lookAgain;
     bool m_checking = false;
