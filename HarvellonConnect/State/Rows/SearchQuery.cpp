@@ -21,7 +21,8 @@ FoldedLine::FoldedLine(const QString& line) {
         const bool pair =
             line.at(at).isHighSurrogate() && at + 1 < line.size() && line.at(at + 1).isLowSurrogate();
         const int length = pair ? 2 : 1;
-        const QString folded = searchKey(line.mid(at, length));
+        const bool ascii = line.at(at).unicode() < 0x80; // most are, and need no tables
+        const QString folded = ascii ? QString(line.at(at).toLower()) : searchKey(line.mid(at, length));
         if (!folded.isEmpty()) // a diacritic belongs to the letter before it
             letterAt.append(at);
         for (const QChar character : folded) {
