@@ -77,6 +77,24 @@ class TestNotifications : public QObject {
         QTRY_VERIFY(desktop.statusBar->isShown());
         QTRY_VERIFY(heard::chosen(&desktop.statusBar->panel()).value(0).endsWith(domain));
     }
+
+    void theProgramsMenuTakesNoKeyOfThePanel() {
+        const QTemporaryDir folder;
+        const sandbox::Sandbox platform(sandbox::Options{folder.path(), 0, false});
+        DesktopFixture desktop(platform.server());
+        desktop.signIn("erika");
+        QVERIFY(desktop.openPanel()->isActive());
+        const auto claimed = [](int key) { // asked by the menu of macOS before it takes a key
+            QKeyEvent question(QEvent::ShortcutOverride, key, Qt::ControlModifier);
+            question.ignore();
+            QCoreApplication::sendEvent(QGuiApplication::focusObject(), &question);
+            return question.isAccepted();
+        };
+        for (const int key : {Qt::Key_Q, Qt::Key_W, Qt::Key_Comma})
+            QVERIFY(claimed(key));
+        for (const int key : {Qt::Key_H, Qt::Key_M})
+            QVERIFY(!claimed(key));
+    }
 };
 
 int main(int argc, char* argv[]) {

@@ -20,6 +20,7 @@ FocusScope {
     width: 640
 
     Keys.onPressed: event => event.accepted = keys.pressElsewhere(event.key, event.modifiers, event.text)
+    Keys.onShortcutOverride: event => event.accepted = keys.claims(event.key, event.modifiers)
 
     Connections {
         function onOpened() {
