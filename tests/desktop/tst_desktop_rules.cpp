@@ -4,6 +4,7 @@
 #include "Desktop/Panel/Rows/ButtonRail.h"
 #include "Desktop/Panel/Rows/HitMarkup.h"
 #include "Desktop/StatusItem/PopoverPlacement.h"
+#include "Desktop/StatusItem/StatusBarController.h"
 
 #include <QTest>
 

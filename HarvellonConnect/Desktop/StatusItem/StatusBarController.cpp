@@ -33,6 +33,10 @@ QIcon statusIcon() {
 }
 } // namespace
 
+bool isForPanel(QSystemTrayIcon::ActivationReason reason, bool itemHasMenu) {
+    return !itemHasMenu || reason == QSystemTrayIcon::Trigger;
+}
+
 StatusBarController::StatusBarController(QmlViews& views, QString versionText, QObject* parent)
     : QObject(parent), m_views(views), m_versionText(std::move(versionText)) {
     connect(&m_notifications, &Notifications::clicked, this, [this](const QString& domain) {
@@ -182,7 +186,7 @@ void StatusBarController::keepOnScreen() {
 }
 
 void StatusBarController::activated(QSystemTrayIcon::ActivationReason reason) {
-    if (reason == QSystemTrayIcon::Trigger)
+    if (isForPanel(reason, m_state->host().statusItemHasMenu))
         toggle();
 }
 

@@ -78,3 +78,7 @@ class StatusBarController : public QObject {
     PanelController m_panelController; ///< the view in the panel uses it, so it ends after the panel
     std::unique_ptr<PanelWindow> m_panel;
 };
+
+/// Whether a click on the status item opens or closes the panel. Without a menu every click does: macOS
+/// reports the second of two quick clicks as a double click, and one of the right button as one for the menu.
+[[nodiscard]] bool isForPanel(QSystemTrayIcon::ActivationReason reason, bool itemHasMenu);
