@@ -20,6 +20,9 @@ int main(int argc, char* argv[]) {
     }
     installSystemLog();
     chooseSceneGraph();
+    // Qt on macOS would bring the program to the front at its start, over what the user does after signing
+    // in.
+    qputenv("QT_MAC_DISABLE_FOREGROUND_APPLICATION_TRANSFORM", "1");
     QApplication::setQuitOnLastWindowClosed(false);
     const QApplication application(argc, argv);
     becomeAccessory();

@@ -56,6 +56,7 @@ class StatusBarController : public QObject {
 
   private:
     void makeMenu();
+    void dismiss();
     void activated(QSystemTrayIcon::ActivationReason reason);
     void choosePanelKind();
     void place();
