@@ -11,6 +11,7 @@
 #include "State/ActivityReport.h"
 #include "State/ConnectionCare.h"
 #include "State/Connections.h"
+#include "State/Consent/Refusals.h"
 #include "State/Git/MountedRepositories.h"
 #include "State/GuidanceQuestion.h"
 #include "State/Login/LoginPage.h"
@@ -79,6 +80,7 @@ class AppState : public QObject {
                    reconnectsAtStartChanged)
     Q_PROPERTY(bool adaptsGit READ adaptsGit WRITE setAdaptsGit NOTIFY gitChanged)
     Q_PROPERTY(QString gitProblem READ gitProblem NOTIFY gitChanged)
+    Q_PROPERTY(Refusals* refusals READ refusals CONSTANT)
     Q_PROPERTY(bool quietWorkspace READ quietWorkspace WRITE setQuietWorkspace NOTIFY quietWorkspaceChanged)
     Q_PROPERTY(bool globalHotkeyEnabled READ globalHotkeyEnabled WRITE setGlobalHotkeyEnabled NOTIFY
                    globalHotkeyEnabledChanged)
@@ -200,6 +202,8 @@ class AppState : public QObject {
     /// Why `adaptsGit` could not be changed; empty when it could.
     [[nodiscard]] QString gitProblem() const { return m_repositories.problem(); }
 
+    [[nodiscard]] Refusals* refusals() const { return m_refusals.get(); }
+
     [[nodiscard]] bool quietWorkspace() const { return m_editor.isQuiet(); }
 
     [[nodiscard]] AccessHelp* access() { return &m_access; }
@@ -265,6 +269,7 @@ class AppState : public QObject {
     ConnectionCare m_care;
     MountedRepositories m_repositories;
     ProjectActions m_actions;
+    std::unique_ptr<Refusals> m_refusals = std::make_unique<Refusals>(m_context, m_connections);
     SleepMonitor m_sleepMonitor;
     NetworkMonitor m_networkMonitor;
     QDeadlineTimer m_nextLoad;     ///< a load that failed is not tried again by itself before
