@@ -61,6 +61,10 @@ void StatusBarController::install(AppState& state) {
     if (m_isInstalled)
         return;
     m_state = &state;
+    connect(&m_notifications, &Notifications::refused, state.refusals(),
+            [&state](const QString& untold) { state.refusals()->refuse(Permission::notifications, untold); });
+    connect(&m_notifications, &Notifications::allowed, state.refusals(),
+            [&state] { state.refusals()->allow(Permission::notifications); });
     makeMenu();
     m_isInstalled = true;
     m_sinceInstall.start();

@@ -46,6 +46,9 @@ class StatusBarController : public QObject {
     /// Shows a notification; a click on it opens the panel.
     void notify(const QString& title, const QString& text);
 
+    /// Finds out whether the desktop shows notifications of this program; the state's refusals tell.
+    void lookAtNotifications() { m_notifications.look(); }
+
     /// The panel's window, created at the first call. Call install() before.
     [[nodiscard]] PanelWindow& panel();
 
