@@ -94,6 +94,7 @@ HostSystem HostSystem::linuxDesktop(const QString& homeFolder, const QString& os
                                  QStringLiteral("negative_timeout=1"), QStringLiteral("cache_timeout=25"),
                                  QStringLiteral("ControlPath=none")};
     host.volumeNameOption = QStringLiteral("fsname");
+    host.fuseKinds = {{QStringLiteral("FUSE"), {QStringLiteral("fuse.sshfs")}, {}}};
     const QString fusermount = QStringLiteral("/usr/bin/fusermount3");
     host.forcedUnmount = {fusermount, {QStringLiteral("-u"), QStringLiteral("-z")}};
     host.forcedUnmountDetaches = true;

@@ -56,6 +56,7 @@ struct HostSystem {
     QList<ExternalCommand> unmountCommands; ///< gentle first; the mount point follows the arguments
     ExternalCommand forcedUnmount;          ///< for a stale mount, and the last of `unmountCommands`
     bool forcedUnmountDetaches = false;     ///< files that are open stay usable after it
+    QList<FuseKind> fuseKinds;              ///< which one a mount is of is known once it is mounted
 
     ExternalCommand opener;       ///< opens an address or a folder with the user's own program
     ExternalCommand secretOpener; ///< opens an address that holds a password; never in a browser instead
