@@ -36,3 +36,7 @@ QString PanelCommands::shownKeys(Command command) {
         std::find_if(table.begin(), table.end(), [&](const Entry& each) { return each.command == command; });
     return keyText(QKeySequence(entry->keys));
 }
+
+QString PanelCommands::shown(const QString& portable) {
+    return keyText(QKeySequence(portable, QKeySequence::PortableText));
+}

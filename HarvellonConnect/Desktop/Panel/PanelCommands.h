@@ -28,6 +28,9 @@ class PanelCommands : public QObject {
     [[nodiscard]] static Command of(const QKeySequence& pressed);
     [[nodiscard]] static QString shownKeys(Command command);
 
+    /// How keys that are not in this table are shown; `portable` names them as QKeySequence does, "Ctrl+C".
+    Q_INVOKABLE [[nodiscard]] static QString shown(const QString& portable);
+
     [[nodiscard]] QString refresh() const { return shownKeys(Command::refresh); }
 
     [[nodiscard]] QString fillSearch() const { return shownKeys(Command::fillSearch); }
