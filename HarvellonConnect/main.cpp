@@ -20,6 +20,9 @@ int main(int argc, char* argv[]) {
     }
     installSystemLog();
     chooseSceneGraph();
+    // Qt on macOS would bring the program to the front at its start, over what the user does after signing
+    // in.
+    qputenv("QT_MAC_DISABLE_FOREGROUND_APPLICATION_TRANSFORM", "1");
     QApplication::setQuitOnLastWindowClosed(false);
     const QApplication application(argc, argv);
     becomeAccessory();
@@ -35,7 +38,9 @@ int main(int argc, char* argv[]) {
 
     // Qt's own network error texts appear in German, like all others.
     QTranslator german;
-    if (german.load(QStringLiteral("qtbase_de"), QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
+    const QString texts = QStringLiteral("qtbase_de");
+    if (german.load(texts, QLibraryInfo::path(QLibraryInfo::TranslationsPath)) ||
+        german.load(texts, QStringLiteral(":/translations"))) // in a bundle for macOS
         QApplication::installTranslator(&german);
 
     const HostSystem host = HostSystem::current();

@@ -4,21 +4,37 @@
 #include "System/Reporter.h"
 #include "System/Shell.h"
 
-QCoro::Task<std::optional<QString>> domainOfActiveTab(const ActionContext& context) {
+namespace {
+/// The system's number for an event to another program that the user has not allowed; the text around it is
+/// in the user's language.
+const QString notPermitted = QStringLiteral("(-1743)");
+
+QCoro::Task<ShellResult> askBrowser(const ActionContext& context) {
+    const ExternalCommand check = context.host.browserCheck;
+    if (!check.executable.isEmpty()) {
+        const ShellResult running = co_await context.shell.run(check.executable, check.arguments);
+        if (running.exitCode != 0)
+            co_return running;
+    }
     const ExternalCommand query = context.host.browserQuery;
+    co_return co_await context.shell.run(query.executable, query.arguments);
+}
+} // namespace
+
+QCoro::Task<ActiveTab> domainOfActiveTab(const ActionContext& context) {
     ShellResult result;
     try {
-        result = co_await context.shell.run(query.executable, query.arguments);
+        result = co_await askBrowser(context);
     } catch (const ShellError& error) {
         context.report.log(QStringLiteral("Chrome-Abfrage fehlgeschlagen: ") + error.description(),
                            ActivityLogLevel::warning);
-        co_return std::nullopt;
+        co_return ActiveTab{};
     }
     if (result.exitCode != 0) {
         context.report.log(QStringLiteral("Chrome-Tab konnte nicht gelesen werden: ") +
                                result.stderr.trimmed(),
                            ActivityLogLevel::warning);
-        co_return std::nullopt;
+        co_return ActiveTab{std::nullopt, result.stderr.contains(notPermitted)};
     }
     const QString address = result.stdout.trimmed();
     const std::optional<QString> domain = searchDomain(address);
@@ -28,5 +44,5 @@ QCoro::Task<std::optional<QString>> domainOfActiveTab(const ActionContext& conte
     else
         context.report.log(QStringLiteral("Chrome-Tab-URL unbrauchbar: ") + address,
                            ActivityLogLevel::warning);
-    co_return domain;
+    co_return ActiveTab{domain};
 }

@@ -165,7 +165,7 @@ bool SSHFSMounter::isOccupied(const QString& domain) const {
 }
 
 QStringList SSHFSMounter::leftBehind() const {
-    QStringList domains = ownMountsBelow(m_host.mountRoot());
+    QStringList domains = ownMountsBelow(m_host);
     domains.removeIf([this](const QString& domain) {
         return m_running->attempts.contains(domain) || m_sessions.contains(domain) ||
                m_running->unmounts.contains(domain);

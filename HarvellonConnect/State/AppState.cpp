@@ -235,9 +235,9 @@ void AppState::fillSearchFromChrome() {
 }
 
 QCoro::Task<> AppState::fillSearch() {
-    const std::optional<QString> domain = co_await domainOfActiveTab(m_context);
-    if (domain)
-        setSearchText(*domain);
+    const ActiveTab tab = co_await domainOfActiveTab(m_context);
+    m_refusals->set(Permission::automation, tab.isForbidden);
+    setSearchText(tab.domain.value_or(searchText()));
 }
 
 void AppState::answerGuidance(int button) {
@@ -268,6 +268,7 @@ void AppState::setStartsAtLogin(bool starts) {
     if (!m_loginItem.setEnabled(starts))
         m_report.log(QStringLiteral("Der Start beim Anmelden konnte nicht geändert werden."),
                      ActivityLogLevel::warning);
+    m_refusals->set(Permission::loginItem, starts && m_loginItem.waitsForApproval());
     Q_EMIT startsAtLoginChanged(); // the switch follows the desktop, which may have refused
 }
 

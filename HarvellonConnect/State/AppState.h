@@ -11,6 +11,7 @@
 #include "State/ActivityReport.h"
 #include "State/ConnectionCare.h"
 #include "State/Connections.h"
+#include "State/Consent/Refusals.h"
 #include "State/Diagnosis/Diagnosis.h"
 #include "State/Git/MountedRepositories.h"
 #include "State/GuidanceQuestion.h"
@@ -81,6 +82,7 @@ class AppState : public QObject {
                    reconnectsAtStartChanged)
     Q_PROPERTY(bool adaptsGit READ adaptsGit WRITE setAdaptsGit NOTIFY gitChanged)
     Q_PROPERTY(QString gitProblem READ gitProblem NOTIFY gitChanged)
+    Q_PROPERTY(Refusals* refusals READ refusals CONSTANT)
     Q_PROPERTY(bool quietWorkspace READ quietWorkspace WRITE setQuietWorkspace NOTIFY quietWorkspaceChanged)
     Q_PROPERTY(bool globalHotkeyEnabled READ globalHotkeyEnabled WRITE setGlobalHotkeyEnabled NOTIFY
                    globalHotkeyEnabledChanged)
@@ -202,6 +204,8 @@ class AppState : public QObject {
     /// Why `adaptsGit` could not be changed; empty when it could.
     [[nodiscard]] QString gitProblem() const { return m_repositories.problem(); }
 
+    [[nodiscard]] Refusals* refusals() const { return m_refusals.get(); }
+
     [[nodiscard]] bool quietWorkspace() const { return m_editor.isQuiet(); }
 
     [[nodiscard]] AccessHelp* access() const { return m_access.get(); }
@@ -270,6 +274,7 @@ class AppState : public QObject {
     MountedRepositories m_repositories;
     const std::unique_ptr<Diagnosis> m_diagnosis;
     ProjectActions m_actions;
+    std::unique_ptr<Refusals> m_refusals = std::make_unique<Refusals>(m_context, m_connections);
     SleepMonitor m_sleepMonitor;
     NetworkMonitor m_networkMonitor;
     QDeadlineTimer m_nextLoad;     ///< a load that failed is not tried again by itself before

@@ -1,5 +1,7 @@
 #include "System/HostSystem.h"
 
+#include "System/Logging.h"
+
 #include <QDir>
 
 namespace {
@@ -46,6 +48,26 @@ HostSystem HostSystem::macOS(const QString& homeFolder) {
         QStringLiteral("/usr/bin/osascript"),
         {QStringLiteral("-e"),
          QStringLiteral("tell application \"Google Chrome\" to get URL of active tab of front window")}};
+    // Naming a program in "is running" does not start it; telling it something does.
+    host.browserCheck = {
+        host.browserQuery.executable,
+        {QStringLiteral("-e"), QStringLiteral("if application \"Google Chrome\" is not running then error "
+                                              "\"Google Chrome ist nicht gestartet.\"")}};
+    const QString settings = QStringLiteral("x-apple.systempreferences:");
+    const QString privacy = settings + QStringLiteral("com.apple.preference.security?Privacy_");
+    host.permissionPages = {
+        {Permission::automation, privacy + QStringLiteral("Automation")},
+        {Permission::networkVolumes, privacy + QStringLiteral("FilesAndFolders")},
+        {Permission::notifications,
+         settings + QStringLiteral("com.apple.Notifications-Settings.extension?id=") + applicationIdentifier},
+        {Permission::loginItem, settings + QStringLiteral("com.apple.LoginItems-Settings.extension")}};
+    // FUSE-T is a server of its own that the system's NFS or SMB client mounts: Finder and the permissions
+    // take it for a network volume, and what the client remembers is its own affair.
+    host.fuseKinds = {
+        {QStringLiteral("FUSE-T"),
+         {QStringLiteral("nfs"), QStringLiteral("smbfs")},
+         QStringLiteral("fuse-t:/")},
+        {QStringLiteral("macFUSE"), {QStringLiteral("macfuse"), QStringLiteral("osxfuse")}, {}}};
     return host;
 }
 
@@ -72,6 +94,7 @@ HostSystem HostSystem::linuxDesktop(const QString& homeFolder, const QString& os
                                  QStringLiteral("negative_timeout=1"), QStringLiteral("cache_timeout=25"),
                                  QStringLiteral("ControlPath=none")};
     host.volumeNameOption = QStringLiteral("fsname");
+    host.fuseKinds = {{QStringLiteral("FUSE"), {QStringLiteral("fuse.sshfs")}, {}}};
     const QString fusermount = QStringLiteral("/usr/bin/fusermount3");
     host.forcedUnmount = {fusermount, {QStringLiteral("-u"), QStringLiteral("-z")}};
     host.forcedUnmountDetaches = true;

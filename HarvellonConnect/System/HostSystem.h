@@ -3,6 +3,7 @@
 #include "System/Programs/KnownProgram.h"
 
 #include <QList>
+#include <QMap>
 #include <QString>
 #include <QStringList>
 
@@ -22,6 +23,16 @@ struct ExternalCommand {
 /// How a user of the desktop installs sshfs.
 enum class SSHFSSource { fuseT, systemPackage };
 
+/// What a desktop lets the user allow or refuse to a program.
+enum class Permission { automation, notifications, loginItem, networkVolumes };
+
+/// One kind of FUSE, as the mount table shows it.
+struct FuseKind {
+    QString name;
+    QStringList types;    ///< of its file systems
+    QString sourcePrefix; ///< before the name of what is mounted; empty for none
+};
+
 /// What differs between the two desktops, as values. Both are made and tested everywhere; code asks this
 /// record and never the preprocessor.
 struct HostSystem {
@@ -33,6 +44,9 @@ struct HostSystem {
     QString autostartFile;         ///< starts the program with the desktop; empty where a service does
     bool statusItemHasMenu = true; ///< otherwise every click is for the panel
     bool usesKeyring = true;       ///< otherwise secrets are kept in a file of the private folder
+    /// Addresses of the system's settings, where the user can allow it; empty where programs are not
+    /// restricted.
+    QMap<Permission, QString> permissionPages;
 
     SSHFSSource sshfsSource = SSHFSSource::systemPackage;
     QString osRelease; ///< the text of /etc/os-release, which names the distribution; empty on macOS
@@ -42,6 +56,7 @@ struct HostSystem {
     QList<ExternalCommand> unmountCommands; ///< gentle first; the mount point follows the arguments
     ExternalCommand forcedUnmount;          ///< for a stale mount, and the last of `unmountCommands`
     bool forcedUnmountDetaches = false;     ///< files that are open stay usable after it
+    QList<FuseKind> fuseKinds;              ///< which one a mount is of is known once it is mounted
 
     ExternalCommand opener;       ///< opens an address or a folder with the user's own program
     ExternalCommand secretOpener; ///< opens an address that holds a password; never in a browser instead
@@ -55,6 +70,7 @@ struct HostSystem {
 
     QString ssh;                  ///< the user's own client
     ExternalCommand browserQuery; ///< prints the address of the browser's active tab
+    ExternalCommand browserCheck; ///< fails when the query would start the browser; empty where it never does
     ExternalCommand terminal;     ///< opens an empty terminal window; empty when one has to be looked for
 
     QStringList programFolders;    ///< where the user's programs are, beside the search path

@@ -30,6 +30,7 @@ class DesktopFixture {
         host.temporaryFolder = home.path();
         host.usesKeyring = false;
         host.gitEnvironment = HostSystem::environmentOfGit(home.path());
+        host.permissionPages = HostSystem::macOS(home.path()).permissionPages;
         if (!sshfs.isEmpty())
             host.sshfsCandidates = {sshfs};
         keychain = std::make_shared<KeychainStore>(host);

@@ -1,8 +1,10 @@
 #include "Desktop/Panel/Log/LogSelection.h"
+#include "Desktop/Panel/PanelCommands.h"
 #include "Desktop/Panel/PanelKeys.h"
 #include "Desktop/Panel/Rows/ButtonRail.h"
 #include "Desktop/Panel/Rows/HitMarkup.h"
 #include "Desktop/StatusItem/PopoverPlacement.h"
+#include "Desktop/StatusItem/StatusBarController.h"
 
 #include <QTest>
 
@@ -64,6 +66,32 @@ class TestDesktopRules : public QObject {
         QCOMPARE(rail.hoveredButton(), std::optional(HoverTarget::safari));
         rail.pointer(safari, false);
         QCOMPARE(rail.hoveredButton(), std::nullopt);
+    }
+
+    void clicksOnTheItemAreForThePanelUnlessItHasAMenu() {
+        for (const auto reason : {QSystemTrayIcon::Context, QSystemTrayIcon::DoubleClick,
+                                  QSystemTrayIcon::MiddleClick, QSystemTrayIcon::Trigger}) {
+            QVERIFY(isForPanel(reason, false));
+            QCOMPARE(isForPanel(reason, true), reason == QSystemTrayIcon::Trigger);
+        }
+    }
+
+    void tipsShowTheKeysThatWork() {
+        const PanelCommands commands;
+        const QMetaObject* const shown = commands.metaObject();
+        for (int i = shown->propertyOffset(); i < shown->propertyCount(); ++i) {
+            const QString keys = shown->property(i).read(&commands).toString();
+            const QKeySequence pressed(QString(keys).replace(u"Strg"_s, u"Ctrl"_s));
+            QVERIFY2(PanelCommands::of(pressed) != PanelCommands::Command::none, qPrintable(keys));
+        }
+        QCOMPARE(commands.quit(), u"Strg+Q"_s);
+        const QList<QKeySequence> ofTheSystem{Qt::CTRL | Qt::Key_H, Qt::CTRL | Qt::Key_M,
+                                              Qt::CTRL | Qt::Key_Space};
+        for (const QKeySequence& keys : ofTheSystem) {
+            QVERIFY(PanelCommands::of(keys) == PanelCommands::Command::none);
+            for (const ProjectAction& action : ProjectActions::table())
+                QVERIFY(action.shortcut != keys);
+        }
     }
 
     void movesThroughRows() {

@@ -52,7 +52,9 @@ class TestLook : public QObject {
     void initTestCase() {
         QQmlComponent component(&m_views.engine());
         component.setData(
-            "import QtQml\nimport Harvellon.Desktop\nQtObject { property QtObject theme: Theme }", QUrl());
+            "import QtQml\nimport Harvellon.Desktop\nQtObject { property QtObject theme: Theme; "
+            "property Appearance appearance: Appearance }",
+            QUrl());
         m_probe.reset(component.create());
         QVERIFY2(m_probe, qPrintable(component.errorString()));
     }
@@ -100,6 +102,21 @@ class TestLook : public QObject {
         appearance.applySetting(space, key, 0U);
         QVERIFY(!appearance.dark());
         QCOMPARE(changes, 2);
+    }
+
+    void moreContrastIsSeen() {
+        auto* const appearance = m_probe->property("appearance").value<Appearance*>();
+        const QString space = u"org.freedesktop.appearance"_s;
+        for (const bool dark : {false, true}) {
+            setDesktop(dark);
+            appearance->applySetting(space, u"contrast"_s, 1U);
+            for (const char* token : {"secondary", "footer"})
+                QVERIFY(contrast(colour(token), colour("bg")) >= 7.0);
+            for (const char* token : {"outline", "cardEdge"})
+                QVERIFY(contrast(colour(token), colour("card")) >= 3.0);
+            appearance->applySetting(space, u"contrast"_s, 0U);
+            QVERIFY(contrast(colour("outline"), colour("card")) < 3.0);
+        }
     }
 
     void theStatusIconIsLegibleOnAnyBar() {

@@ -77,6 +77,48 @@ class TestNotifications : public QObject {
         QTRY_VERIFY(desktop.statusBar->isShown());
         QTRY_VERIFY(heard::chosen(&desktop.statusBar->panel()).value(0).endsWith(domain));
     }
+
+    void theProgramsMenuTakesNoKeyOfThePanel() {
+        const QTemporaryDir folder;
+        const sandbox::Sandbox platform(sandbox::Options{folder.path(), 0, false});
+        DesktopFixture desktop(platform.server());
+        desktop.signIn("erika");
+        QVERIFY(desktop.openPanel()->isActive());
+        const auto claimed = [](int key) { // asked by the menu of macOS before it takes a key
+            QKeyEvent question(QEvent::ShortcutOverride, key, Qt::ControlModifier);
+            question.ignore();
+            QCoreApplication::sendEvent(QGuiApplication::focusObject(), &question);
+            return question.isAccepted();
+        };
+        for (const int key : {Qt::Key_Q, Qt::Key_W, Qt::Key_Comma})
+            QVERIFY(claimed(key));
+        for (const int key : {Qt::Key_H, Qt::Key_M})
+            QVERIFY(!claimed(key));
+    }
+
+    void whatTheSystemRefusesIsToldUntilItIsAllowed() {
+        const QTemporaryDir folder;
+        const sandbox::Sandbox platform(sandbox::Options{folder.path(), 0, false});
+        DesktopFixture desktop(platform.server());
+        Refusals& refusals = *desktop.state->refusals();
+        PanelWindow* const panel = desktop.openPanel();
+        const QString button = u"Systemeinstellungen öffnen"_s;
+        QVERIFY(!heard::find(panel, button));
+        refusals.refuse(Permission::loginItem);
+        const QString text = refusals.text();
+        QTRY_VERIFY(heard::find(panel, text, QAccessible::AlertMessage));
+        QVERIFY(heard::press(panel, button));
+        QCOMPARE(desktop.shell.opened.last(),
+                 u"x-apple.systempreferences:com.apple.LoginItems-Settings.extension"_s);
+        QVERIFY(heard::press(panel, u"Hinweis schließen"_s));
+        QTRY_VERIFY(!heard::find(panel, text, QAccessible::AlertMessage));
+        desktop.settings->show(*desktop.state);
+        QWindow* const settings = desktop.settings->window();
+        QTRY_VERIFY(heard::find(settings, text, QAccessible::AlertMessage));
+        QVERIFY(heard::find(settings, button));
+        refusals.allow(Permission::loginItem);
+        QTRY_VERIFY(!heard::find(settings, button));
+    }
 };
 
 int main(int argc, char* argv[]) {

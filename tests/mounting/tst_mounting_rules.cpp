@@ -1,3 +1,4 @@
+#include "Mounting/Ending/LeftoverMounts.h"
 #include "Mounting/Keys/LegacyKey.h"
 #include "Mounting/MountOptions.h"
 #include "Mounting/MounterError.h"
@@ -26,6 +27,32 @@ class TestMountingRules : public QObject {
     Q_OBJECT
 
   private Q_SLOTS:
+
+    void tellsOwnMountsOnBothDesktops() {
+        const struct {
+            bool mac;
+            QString source;
+            QString type;
+            QString fuse;
+            bool own;
+        } rows[] = {
+            {true, u"fuse-t:/HV Alpenhof"_s, u"nfs"_s, u"FUSE-T"_s, true},
+            {true, u"fuse-t:/Fotos"_s, u"nfs"_s, u"FUSE-T"_s, false},
+            {true, u"nas:/HV Alpenhof"_s, u"nfs"_s, {}, false},
+            {true, u"ssh4711@example.org:/web"_s, u"macfuse"_s, u"macFUSE"_s, true},
+            {true, u"root@example.org:/web"_s, u"macfuse"_s, u"macFUSE"_s, false},
+            {false, u"HV Alpenhof"_s, u"fuse.sshfs"_s, u"FUSE"_s, true},
+            {false, u"me@example.org:"_s, u"fuse.sshfs"_s, u"FUSE"_s, false},
+        };
+
+        for (const auto& [mac, source, type, fuse, own] : rows) {
+            const HostSystem host =
+                mac ? HostSystem::macOS(u"/Users/e"_s) : HostSystem::linuxDesktop(u"/home/e"_s);
+            const MountTable::Entry mount{u"example.org"_s, source, type};
+            QCOMPARE(fuseOf(host, mount).value_or(FuseKind{}).name, fuse);
+            QVERIFY2(isOwnMount(host, mount) == own, qPrintable(source));
+        }
+    }
 
     void argumentsOnBothDesktops() {
         const Project project = projectNamed(std::nullopt);

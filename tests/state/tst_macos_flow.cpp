@@ -7,6 +7,8 @@ namespace {
 class MacShell : public DesktopShell {
   public:
     QStringList calls;
+    ShellResult browserCheck;
+    ShellResult browserAnswer{0, u"https://www.alpenhof.sandbox.test/x\n"_s, {}};
 
     QCoro::Task<ShellResult> run(QString executable, QStringList arguments,
                                  std::chrono::milliseconds limit) override {
@@ -14,7 +16,7 @@ class MacShell : public DesktopShell {
             co_return ShellResult{1, {}, {}};
         calls.append(executable + u' ' + arguments.join(u' '));
         if (executable == "/usr/bin/osascript"_L1)
-            co_return ShellResult{0, u"https://www.alpenhof.sandbox.test/x\n"_s, {}};
+            co_return arguments.last().startsWith("if "_L1) ? browserCheck : browserAnswer;
         if (executable == "/usr/sbin/diskutil"_L1)
             co_return ShellResult{1, {}, u"Unmount failed"_s};
         if (executable == "/sbin/umount"_L1) {
@@ -93,6 +95,41 @@ class TestMacOSFlow : public StateFixture {
                                                    u"/sbin/umount "_s + mountPoint(0)}));
         QCOMPARE(messages().last(), u"Unmounted %1."_s.arg(project.domain));
         QVERIFY(m_state->connectedDomains().isEmpty());
+    }
+
+    void whatTheSystemRefusesIsTold() {
+        MacShell* const mac = startOnMac(true);
+        Refusals& refusals = *m_state->refusals();
+        const auto ask = [&] {
+            const auto lines = messages().size();
+            m_state->fillSearchFromChrome();
+            QTRY_VERIFY(messages().size() > lines);
+        };
+        mac->browserCheck = {1, {}, u"execution error: Google Chrome ist nicht gestartet. (-2700)"_s};
+        ask();
+        QCOMPARE(mac->calls.size(), 1); // the query would have started the browser
+        QVERIFY(messages().last().endsWith(u"nicht gestartet. (-2700)"_s));
+        QCOMPARE(refusals.text(), QString());
+
+        mac->browserCheck = {};
+        mac->browserAnswer = {1, {}, u"Keine Berechtigung für Apple-Events an Google Chrome. (-1743)"_s};
+        ask();
+        QVERIFY(refusals.text().contains(u"Google Chrome"_s));
+        refusals.dismiss();
+        QCOMPARE(refusals.text(), QString());
+        refusals.openSettings();
+        QVERIFY(mac->opened.last().endsWith(u"com.apple.preference.security?Privacy_Automation"_s));
+        refusals.refuse(Permission::notifications, u"Alpenhof: getrennt."_s);
+        QVERIFY(refusals.text().startsWith(u"Alpenhof: getrennt.\n"_s));
+        refusals.dismiss();
+        refusals.refuse(Permission::notifications); // the settings have looked
+        QCOMPARE(refusals.text(), QString());
+        refusals.allow(Permission::notifications);
+        QVERIFY(refusals.standing().contains(u"Google Chrome"_s));
+
+        mac->browserAnswer = {0, u"https://www.alpenhof.sandbox.test/x\n"_s, {}};
+        ask();
+        QCOMPARE(refusals.standing(), QString());
     }
 
     void brokenSshfsIsExplained() {

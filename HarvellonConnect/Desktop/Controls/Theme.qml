@@ -6,20 +6,21 @@ import Harvellon.Desktop
 QtObject {
     readonly property bool dark: Appearance.dark
     readonly property bool still: Appearance.reducedMotion
+    readonly property bool strong: Appearance.highContrast
 
     // Surfaces
     readonly property color bg: dark ? "#1f1c19" : "#f5f0eb"
     readonly property color card: dark ? "#2a2622" : "#ffffff"
     readonly property color rowHover: dark ? "#352f29" : "#faf7f4"
     readonly property color line: dark ? "#353029" : "#f0eae3"
-    readonly property color cardEdge: dark ? "#38322c" : "#e8e0d7"
-    readonly property color outline: dark ? "#4a433b" : "#ddd4ca"
+    readonly property color cardEdge: strong ? outline : dark ? "#38322c" : "#e8e0d7"
+    readonly property color outline: strong ? switchOff : dark ? "#4a433b" : "#ddd4ca"
     readonly property color ghost: dark ? "#3a342d" : "#f0e8e0"
 
     // Words
     readonly property color ink: dark ? "#f5f0eb" : "#1a1a1a"
-    readonly property color secondary: dark ? "#b8aea3" : "#666666"
-    readonly property color footer: dark ? "#9c9288" : "#706a63"
+    readonly property color secondary: strong ? ink : dark ? "#b8aea3" : "#666666"
+    readonly property color footer: strong ? ink : dark ? "#9c9288" : "#706a63"
     readonly property color primaryBg: dark ? "#f5f0eb" : "#1a1a1a"
     readonly property color primaryInk: dark ? "#1a1a1a" : "#ffffff"
 

@@ -1,5 +1,6 @@
 #include "Desktop/Guidance/AlertWindow.h"
 
+#include "Desktop/Native/NativeDesktop.h"
 #include "Desktop/QmlViews.h"
 #include "Desktop/Screens.h"
 
@@ -28,6 +29,7 @@ void AlertWindow::present() {
     QRect frame = geometry();
     frame.moveCenter(screenUnderPointer()->availableGeometry().center());
     setPosition(frame.topLeft());
+    activateApplication();
     show();
     raise();
     requestActivate();

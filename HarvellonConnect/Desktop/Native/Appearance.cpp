@@ -36,14 +36,27 @@ void Appearance::applySetting(const QString& settingGroup, const QString& key, c
     if (settingGroup == QLatin1String("org.freedesktop.appearance") && key == QLatin1String("color-scheme")) {
         m_preferredDark = prefersDark(value.toUInt());
         updateDark();
+    } else if (settingGroup == QLatin1String("org.freedesktop.appearance") &&
+               key == QLatin1String("contrast")) {
+        setHighContrast(value.toUInt() == 1); // other values mean no preference
     } else if (settingGroup == QLatin1String("org.gnome.desktop.interface") &&
                key == QLatin1String("enable-animations")) {
-        const bool reduced = !value.toBool();
-        if (reduced != m_reducedMotion) {
-            m_reducedMotion = reduced;
-            Q_EMIT reducedMotionChanged();
-        }
+        setReducedMotion(!value.toBool());
     }
+}
+
+void Appearance::setReducedMotion(bool reduced) {
+    if (reduced == m_reducedMotion)
+        return;
+    m_reducedMotion = reduced;
+    Q_EMIT reducedMotionChanged();
+}
+
+void Appearance::setHighContrast(bool high) {
+    if (high == m_highContrast)
+        return;
+    m_highContrast = high;
+    Q_EMIT highContrastChanged();
 }
 
 void Appearance::updateDark() {

@@ -13,6 +13,7 @@ class Appearance : public QObject {
     QML_SINGLETON
     Q_PROPERTY(bool dark READ dark NOTIFY darkChanged)
     Q_PROPERTY(bool reducedMotion READ reducedMotion NOTIFY reducedMotionChanged)
+    Q_PROPERTY(bool highContrast READ highContrast NOTIFY highContrastChanged)
     Q_PROPERTY(QString fontFamily READ fontFamily CONSTANT)
 
   public:
@@ -21,6 +22,8 @@ class Appearance : public QObject {
     [[nodiscard]] bool dark() const { return m_dark; }
 
     [[nodiscard]] bool reducedMotion() const { return m_reducedMotion; }
+
+    [[nodiscard]] bool highContrast() const { return m_highContrast; }
 
     /// For all texts; controls would otherwise use a different family from the platform's theme.
     [[nodiscard]] static QString fontFamily();
@@ -33,15 +36,19 @@ class Appearance : public QObject {
   Q_SIGNALS:
     void darkChanged();
     void reducedMotionChanged();
+    void highContrastChanged();
 
   private:
     /// Reads the settings that the palette does not contain, and follows their changes.
     void watchSettings();
     void updateDark();
+    void setReducedMotion(bool reduced);
+    void setHighContrast(bool high);
 
     std::optional<bool> m_preferredDark; ///< the user's choice for all programs, if any
     bool m_dark = false;
     bool m_reducedMotion = false;
+    bool m_highContrast = false;
 };
 
 /// The meaning of a color-scheme setting: 1 is dark, 2 is light; with any other value the palette decides.

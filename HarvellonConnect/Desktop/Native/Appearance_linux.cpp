@@ -49,6 +49,7 @@ void Appearance::watchSettings() {
                 SLOT(changed(QString, QString, QDBusVariant)));
     const Setting wanted[] = {
         {QStringLiteral("org.freedesktop.appearance"), QStringLiteral("color-scheme")},
+        {QStringLiteral("org.freedesktop.appearance"), QStringLiteral("contrast")},
         {QStringLiteral("org.gnome.desktop.interface"), QStringLiteral("enable-animations")},
     };
     for (const Setting& setting : wanted) {

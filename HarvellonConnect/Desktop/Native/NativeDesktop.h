@@ -1,5 +1,7 @@
 #pragma once
 
+#include <functional>
+
 class QImage;
 class QString;
 class QWindow;
@@ -15,15 +17,24 @@ class QWindow;
 /// application object.
 void becomeAccessory();
 
+/// Calls `show` whenever the user starts the program while it runs, where the desktop reports that to the
+/// running program instead of starting another. Call it once, in the event loop.
+void onStartedAgain(std::function<void()> show);
+
 /// Whether a menu bar or tray for status items is running now. Waits for the session bus for at most 200
 /// milliseconds.
 [[nodiscard]] bool trayIsPresent();
 
-/// Brings the program to the front: windows of a program without a Dock icon open behind others.
+/// Brings the program to the front: windows of a program without a Dock icon open behind others. Call it
+/// before showing a window, because the program may be hidden.
 void activateApplication();
 
-/// Lets `window` appear in every space, also beside full-screen windows. Creates its native window if it has
-/// none.
+/// Gives the keyboard back to the program that had it before. Hides all windows of this program.
+void giveFocusBack();
+
+/// Lets `window` appear in every space, also beside full-screen windows and in Stage Manager, and take keys
+/// even where the system does not activate the program. Creates its native window if it has none. Call it
+/// after each change of the window's flags, before the window is shown.
 void showInEverySpace(QWindow& window);
 
 /// Stops Finder from writing .DS_Store files to network and USB volumes. A mounted site would get one in each

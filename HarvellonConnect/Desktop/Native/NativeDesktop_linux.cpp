@@ -50,11 +50,17 @@ bool hasScreen() {
 
 void becomeAccessory() {}
 
+// Another process starts, and SingleInstance tells this one.
+void onStartedAgain(std::function<void()> /*show*/) {}
+
 bool trayIsPresent() {
     return xTrayIsPresent() || notifierHostIsPresent();
 }
 
 void activateApplication() {}
+
+// The window manager does it.
+void giveFocusBack() {}
 
 void showInEverySpace(QWindow& /*window*/) {}
 

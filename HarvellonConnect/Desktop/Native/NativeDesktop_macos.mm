@@ -7,6 +7,20 @@
 #import <AppKit/AppKit.h>
 
 #include <algorithm>
+#include <utility>
+
+@interface ReopenListener : NSObject
+- (void)reopen:(NSAppleEventDescriptor*)event withReply:(NSAppleEventDescriptor*)reply;
+@end
+
+@implementation ReopenListener {
+  @public
+    std::function<void()> _show;
+}
+- (void)reopen:(NSAppleEventDescriptor*)event withReply:(NSAppleEventDescriptor*)reply {
+    _show();
+}
+@end
 
 bool hasScreen() {
     return true;
@@ -16,18 +30,37 @@ void becomeAccessory() {
     [NSApp setActivationPolicy:NSApplicationActivationPolicyAccessory];
 }
 
+void onStartedAgain(std::function<void()> show) {
+    static ReopenListener* const listener = [[ReopenListener alloc] init]; // the manager does not retain it
+    listener->_show = std::move(show);
+    [[NSAppleEventManager sharedAppleEventManager] setEventHandler:listener
+                                                       andSelector:@selector(reopen:withReply:)
+                                                     forEventClass:kCoreEventClass
+                                                        andEventID:kAEReopenApplication];
+}
+
 bool trayIsPresent() {
     return true;
 }
 
 void activateApplication() {
+    [NSApp unhideWithoutActivation];
     [NSApp activateIgnoringOtherApps:YES];
+}
+
+void giveFocusBack() {
+    [NSApp hide:nil];
 }
 
 void showInEverySpace(QWindow& window) {
     NSView* const view = (__bridge NSView*)reinterpret_cast<void*>(window.winId());
-    [[view window] setCollectionBehavior:NSWindowCollectionBehaviorCanJoinAllSpaces |
-                                         NSWindowCollectionBehaviorFullScreenAuxiliary];
+    NSWindow* const native = [view window];
+    [native setCollectionBehavior:NSWindowCollectionBehaviorCanJoinAllSpaces |
+                                  NSWindowCollectionBehaviorCanJoinAllApplications |
+                                  NSWindowCollectionBehaviorTransient |
+                                  NSWindowCollectionBehaviorFullScreenAuxiliary];
+    if ([native isKindOfClass:[NSPanel class]]) // the style is valid for panels only
+        [native setStyleMask:[native styleMask] | NSWindowStyleMaskNonactivatingPanel];
 }
 
 void keepVolumesClean() {

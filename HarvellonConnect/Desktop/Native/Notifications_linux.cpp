@@ -79,6 +79,10 @@ class NotificationService : public QObject {
     QHash<uint, QString> m_domains; ///< by the id of each notification that is on the screen
 };
 
+void Notifications::prepare() {} // the service is asked for at the first notification
+
+void Notifications::look() {} // the desktop tells nobody
+
 void Notifications::show(const QString& title, const QString& text, const QString& domain) {
     if (!m_service)
         m_service = new NotificationService(*this);

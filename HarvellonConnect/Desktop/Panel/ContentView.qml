@@ -20,6 +20,7 @@ FocusScope {
     width: 640
 
     Keys.onPressed: event => event.accepted = keys.pressElsewhere(event.key, event.modifiers, event.text)
+    Keys.onShortcutOverride: event => event.accepted = keys.claims(event.key, event.modifiers)
 
     Connections {
         function onOpened() {
@@ -129,6 +130,20 @@ FocusScope {
         }
     }
 
+    RefusalLine {
+        id: refusal
+
+        closable: true
+        text: panel.state.refusals.text
+        visible: text !== ""
+        width: parent.width - 2 * x
+        x: Theme.panelMargin
+        y: search.y + search.height + Theme.gap
+
+        onAllowed: panel.state.refusals.openSettings()
+        onDismissed: panel.state.refusals.dismiss()
+    }
+
     ErrorLine {
         id: error
 
@@ -137,7 +152,7 @@ FocusScope {
         visible: panel.hasError
         width: parent.width - 2 * x
         x: Theme.panelMargin
-        y: search.y + search.height + Theme.gap
+        y: refusal.visible ? refusal.y + refusal.height + Theme.gap : refusal.y
 
         onCopied: panel.state.copyText(text)
         onDismissed: panel.state.dismissLastError()

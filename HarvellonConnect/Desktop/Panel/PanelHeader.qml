@@ -1,4 +1,5 @@
 import QtQuick
+import Harvellon.Desktop
 import Harvellon.State
 
 /// The title of the panel, and what concerns the whole program.
@@ -31,7 +32,7 @@ Item {
 
         IconButton {
             help: "Aktualisieren"
-            keys: "Strg+R"
+            keys: PanelCommands.refresh
             symbol: "arrow.clockwise"
 
             onTriggered: header.state.refresh()
@@ -39,7 +40,7 @@ Item {
 
         IconButton {
             help: "Auf Updates prüfen"
-            keys: "Strg+U"
+            keys: PanelCommands.updates
             symbol: "arrow.down.circle"
 
             onTriggered: header.updatesRequested()
@@ -47,14 +48,14 @@ Item {
 
         IconButton {
             help: "Einstellungen"
-            keys: "Strg+,"
+            keys: PanelCommands.settings
             symbol: "gearshape"
 
             onTriggered: header.settingsRequested()
         }
 
         TextButton {
-            Accessible.description: "Strg+Q"
+            Accessible.description: PanelCommands.quit
             text: "Beenden"
 
             onClicked: header.quitRequested()

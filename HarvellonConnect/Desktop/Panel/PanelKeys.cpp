@@ -1,6 +1,16 @@
 #include "Desktop/Panel/PanelKeys.h"
 
+#include "Desktop/Panel/PanelCommands.h"
+
 #include <algorithm>
+
+namespace {
+/// A key of the desktop's own for the start or the end of a document: Ctrl+Home, or ⌘↑ on macOS.
+bool leadsTo(QKeySequence::StandardKey place, int key, Qt::KeyboardModifiers modifiers) {
+    return modifiers != Qt::NoModifier &&
+           QKeySequence::keyBindings(place).contains(QKeyCombination(modifiers, static_cast<Qt::Key>(key)));
+}
+} // namespace
 
 std::optional<HoverTarget> obviousAction(int offers, bool connecting) {
     if (connecting)
@@ -71,19 +81,16 @@ void PanelKeys::showProject(const QString& domain) {
 }
 
 bool PanelKeys::press(int key, int modifiers) {
-    const Qt::KeyboardModifiers held = Qt::KeyboardModifiers::fromInt(modifiers) &
-                                       (Qt::ShiftModifier | Qt::ControlModifier | Qt::AltModifier);
-    if (held.testFlag(Qt::AltModifier))
+    const Qt::KeyboardModifiers held =
+        Qt::KeyboardModifiers::fromInt(modifiers) &
+        (Qt::ShiftModifier | Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier);
+    if (held & (Qt::AltModifier | Qt::MetaModifier)) // Meta is the control key on macOS
         return false;
     if (move(key, held))
         return true;
     switch (key) {
     case Qt::Key_Escape:
-        if (m_state->searchText().isEmpty())
-            Q_EMIT closeRequested();
-        else
-            m_state->setSearchText(QString());
-        return true;
+        return pressCommand(key, Qt::NoModifier);
     case Qt::Key_Return:
     case Qt::Key_Enter:
         if (!held.testFlag(Qt::ControlModifier))
@@ -110,32 +117,46 @@ bool PanelKeys::pressElsewhere(int key, int modifiers, const QString& text) {
     return true;
 }
 
+bool PanelKeys::claims(int key, int modifiers) {
+    const auto held = Qt::KeyboardModifiers::fromInt(modifiers) & ~Qt::KeypadModifier;
+    return PanelCommands::of(QKeyCombination(held, static_cast<Qt::Key>(key))) !=
+           PanelCommands::Command::none;
+}
+
 bool PanelKeys::pressCommand(int key, Qt::KeyboardModifiers modifiers) {
-    if (modifiers != Qt::ControlModifier)
+    using Command = PanelCommands::Command;
+    const Command command = PanelCommands::of(QKeyCombination(modifiers, static_cast<Qt::Key>(key)));
+    if (command == Command::none && modifiers != Qt::ControlModifier)
         return false;
-    switch (key) {
-    case Qt::Key_R:
+    switch (command) {
+    case Command::refresh:
         m_state->refresh();
         return true;
-    case Qt::Key_K:
+    case Command::fillSearch:
         m_state->fillSearchFromChrome();
         return true;
-    case Qt::Key_Comma:
+    case Command::clearSearch:
+        if (m_state->searchText().isEmpty())
+            Q_EMIT closeRequested();
+        else
+            m_state->setSearchText(QString());
+        return true;
+    case Command::settings:
         Q_EMIT settingsRequested();
         return true;
-    case Qt::Key_U:
+    case Command::updates:
         Q_EMIT updatesRequested();
         return true;
-    case Qt::Key_J:
+    case Command::activity:
         Q_EMIT activityRequested();
         return true;
-    case Qt::Key_Q:
+    case Command::quit:
         Q_EMIT quitRequested();
         return true;
-    case Qt::Key_W:
+    case Command::close:
         Q_EMIT closeRequested();
         return true;
-    default:
+    case Command::none:
         break;
     }
     if (key >= Qt::Key_1 && key <= Qt::Key_9)
@@ -164,6 +185,10 @@ bool PanelKeys::move(int key, Qt::KeyboardModifiers modifiers) {
     constexpr int page = 10;
     if (modifiers & ~Qt::ControlModifier)
         return false;
+    if (leadsTo(QKeySequence::MoveToStartOfDocument, key, modifiers))
+        key = Qt::Key_Home;
+    else if (leadsTo(QKeySequence::MoveToEndOfDocument, key, modifiers))
+        key = Qt::Key_End;
     const auto row = rowAfter(key, modifiers.testFlag(Qt::ControlModifier), m_row,
                               m_state->visibleProjects()->count(), page);
     if (!row)

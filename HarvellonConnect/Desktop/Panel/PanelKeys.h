@@ -33,6 +33,8 @@ class PanelKeys : public QObject {
     Q_INVOKABLE void showProject(const QString& domain);
     /// Handles a key; false when it has no meaning here.
     Q_INVOKABLE bool press(int key, int modifiers);
+    /// Whether a key is a command of the panel. On macOS the program's menu would take such keys first.
+    Q_INVOKABLE static bool claims(int key, int modifiers);
     /// Like press(); other printable text is passed on to the search field by typed().
     Q_INVOKABLE bool pressElsewhere(int key, int modifiers, const QString& text);
 

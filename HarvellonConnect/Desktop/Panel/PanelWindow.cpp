@@ -30,6 +30,9 @@ PanelWindow::PanelWindow(QQmlEngine* engine) : QQuickView(engine, nullptr) {
     setColor(Qt::transparent);
     setFixedSize(panelSize);
     setPersistentSceneGraph(true);
+    // Qt on macOS hides tool windows of a program that is not active. The panel can have the keyboard without
+    // the program being active, and hides by itself when it loses it.
+    setProperty("_q_macAlwaysShowToolWindow", true);
     connect(this, &QWindow::activeChanged, this, &PanelWindow::activeHasChanged);
 }
 

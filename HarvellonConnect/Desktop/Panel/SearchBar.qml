@@ -47,6 +47,7 @@ Item {
         width: bar.width - 40
 
         Keys.onPressed: event => event.accepted = bar.keys.press(event.key, event.modifiers)
+        Keys.onShortcutOverride: event => event.accepted = bar.keys.claims(event.key, event.modifiers)
         Keys.priority: Keys.BeforeItem
         // Not onTextEdited: assistive technology sets the text without editing it.
         onTextChanged: bar.state.searchText = text
@@ -80,7 +81,7 @@ Item {
             anchors.rightMargin: 4
             anchors.verticalCenter: parent.verticalCenter
             help: "Suche leeren"
-            keys: "Esc"
+            keys: PanelCommands.clearSearch
             tint: Theme.secondary
             visible: field.length > 0
 
@@ -95,7 +96,7 @@ Item {
         anchors.right: parent.right
         height: Theme.fieldHeight
         help: "Domain des aktiven Chrome-Tabs verwenden"
-        keys: "Strg+K"
+        keys: PanelCommands.fillSearch
         symbol: "scope"
         width: Theme.fieldHeight
 

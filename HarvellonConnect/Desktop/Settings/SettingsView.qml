@@ -59,7 +59,8 @@ FocusScope {
         /// The additional height of an enlarged window goes to the list of accounts.
         readonly property real extra: Math.max(0, height - leastHeight)
         readonly property real leastHeight: 558 + programs.height + about.height + told
-        readonly property real told: accountError.visible ? accountError.height + Theme.gap : 0
+        readonly property real told: errorSpace + (refusal.visible ? refusal.height + Theme.gap : 0)
+        readonly property real errorSpace: accountError.visible ? accountError.height + Theme.gap : 0
         /// How much lower the sections below the accounts stand.
         readonly property real below: extra + told
 
@@ -109,6 +110,18 @@ FocusScope {
 
             onCopied: view.state.copyText(text)
             onDismissed: view.state.dismissAccountError()
+        }
+
+        RefusalLine {
+            id: refusal
+
+            text: view.state.refusals.standing
+            visible: text !== ""
+            width: view.cardWidth
+            x: Theme.settingsMargin
+            y: 202 + page.extra + page.errorSpace
+
+            onAllowed: view.state.refusals.openSettings()
         }
 
         SectionLabel {

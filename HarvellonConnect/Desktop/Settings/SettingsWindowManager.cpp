@@ -22,13 +22,14 @@ void SettingsWindowManager::show(AppState& state) {
         Q_EMIT m_controller.opened();
     state.programs()->look();
     state.parts().repositories.look(); // somebody else may have changed the configuration
+    m_statusBar.lookAtNotifications();
+    activateApplication();
     if (m_window->windowStates().testFlag(Qt::WindowMinimized))
         m_window->showNormal();
     else
         m_window->show();
     m_window->raise();
     m_window->requestActivate();
-    activateApplication();
 }
 
 void SettingsWindowManager::makeWindow(AppState& state) {

@@ -9,9 +9,11 @@
 
 #include <QCursor>
 #include <QGuiApplication>
+#include <QPointer>
 #include <QScreen>
 #include <QTimer>
 
+#include <algorithm>
 #include <chrono>
 
 using namespace std::chrono_literals;
@@ -33,6 +35,10 @@ QIcon statusIcon() {
 }
 } // namespace
 
+bool isForPanel(QSystemTrayIcon::ActivationReason reason, bool itemHasMenu) {
+    return !itemHasMenu || reason == QSystemTrayIcon::Trigger;
+}
+
 StatusBarController::StatusBarController(QmlViews& views, QString versionText, QObject* parent)
     : QObject(parent), m_views(views), m_versionText(std::move(versionText)) {
     connect(&m_notifications, &Notifications::clicked, this, [this](const QString& domain) {
@@ -41,7 +47,7 @@ StatusBarController::StatusBarController(QmlViews& views, QString versionText, Q
         else
             showProject(domain);
     });
-    connect(&m_panelController, &PanelController::closeRequested, this, &StatusBarController::close);
+    connect(&m_panelController, &PanelController::closeRequested, this, &StatusBarController::dismiss);
     connect(&m_panelController, &PanelController::settingsRequested, this,
             &StatusBarController::settingsRequested);
     connect(&m_panelController, &PanelController::updatesRequested, this,
@@ -55,12 +61,23 @@ void StatusBarController::install(AppState& state) {
     if (m_isInstalled)
         return;
     m_state = &state;
+    connect(&m_notifications, &Notifications::refused, state.refusals(),
+            [&state](const QString& untold) { state.refusals()->refuse(Permission::notifications, untold); });
+    connect(&m_notifications, &Notifications::allowed, state.refusals(),
+            [&state] { state.refusals()->allow(Permission::notifications); });
     makeMenu();
     m_isInstalled = true;
     m_sinceInstall.start();
     waitForTray();
     QTimer::singleShot(preRenderDelay, this, [this] { panel().preRender(); });
     QTimer::singleShot(trayGracePeriod, this, &StatusBarController::showWithoutTray);
+    // The system's own handler, which this one replaces, is there when the event loop runs.
+    QTimer::singleShot(0, this, [this] {
+        onStartedAgain([guard = QPointer<StatusBarController>(this)] {
+            if (guard)
+                guard->show();
+        });
+    });
 }
 
 /// QSystemTrayIcon looks for a tray once and caches the result, so wait for one before the first icon.
@@ -123,7 +140,7 @@ bool StatusBarController::isShown() const {
 
 void StatusBarController::toggle() {
     if (isShown())
-        close();
+        dismiss();
     else if (!m_panel || !m_panel->closedJustNow())
         show();
 }
@@ -136,17 +153,26 @@ void StatusBarController::show() {
         place();
         Q_EMIT m_panelController.opened();
     }
+    showInEverySpace(window);
+    activateApplication();
     window.show();
     window.raise();
     window.requestActivate();
-    showInEverySpace(window);
-    activateApplication();
     QTimer::singleShot(0, this, &StatusBarController::keepOnScreen);
 }
 
 void StatusBarController::close() {
     if (m_panel)
         m_panel->hide();
+}
+
+/// The user is done: what was active before goes on, unless another window of ours is open.
+void StatusBarController::dismiss() {
+    close();
+    const QWindowList windows = QGuiApplication::topLevelWindows();
+    if (std::none_of(windows.begin(), windows.end(),
+                     [](const QWindow* window) { return window->isVisible(); }))
+        giveFocusBack();
 }
 
 void StatusBarController::place() {
@@ -182,7 +208,7 @@ void StatusBarController::keepOnScreen() {
 }
 
 void StatusBarController::activated(QSystemTrayIcon::ActivationReason reason) {
-    if (reason == QSystemTrayIcon::Trigger)
+    if (isForPanel(reason, m_state->host().statusItemHasMenu))
         toggle();
 }
 

@@ -46,6 +46,9 @@ class StatusBarController : public QObject {
     /// Shows a notification; a click on it opens the panel.
     void notify(const QString& title, const QString& text);
 
+    /// Finds out whether the desktop shows notifications of this program; the state's refusals tell.
+    void lookAtNotifications() { m_notifications.look(); }
+
     /// The panel's window, created at the first call. Call install() before.
     [[nodiscard]] PanelWindow& panel();
 
@@ -56,6 +59,7 @@ class StatusBarController : public QObject {
 
   private:
     void makeMenu();
+    void dismiss();
     void activated(QSystemTrayIcon::ActivationReason reason);
     void choosePanelKind();
     void place();
@@ -78,3 +82,7 @@ class StatusBarController : public QObject {
     PanelController m_panelController; ///< the view in the panel uses it, so it ends after the panel
     std::unique_ptr<PanelWindow> m_panel;
 };
+
+/// Whether a click on the status item opens or closes the panel. Without a menu every click does: macOS
+/// reports the second of two quick clicks as a double click, and one of the right button as one for the menu.
+[[nodiscard]] bool isForPanel(QSystemTrayIcon::ActivationReason reason, bool itemHasMenu);

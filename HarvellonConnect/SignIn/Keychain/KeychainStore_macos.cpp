@@ -16,27 +16,37 @@ struct Release {
 template <typename T>
 using Owned = std::unique_ptr<std::remove_pointer_t<T>, Release>;
 
+Owned<CFMutableDictionaryRef> dictionary() {
+    return Owned<CFMutableDictionaryRef>(CFDictionaryCreateMutable(nullptr, 0, &kCFTypeDictionaryKeyCallBacks,
+                                                                   &kCFTypeDictionaryValueCallBacks));
+}
+
 /// Class, service and account: what every question names.
 Owned<CFMutableDictionaryRef> query(const QString& service, const QString& account) {
-    Owned<CFMutableDictionaryRef> dictionary(CFDictionaryCreateMutable(
-        nullptr, 0, &kCFTypeDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks));
+    Owned<CFMutableDictionaryRef> item = dictionary();
     const Owned<CFStringRef> serviceName(service.toCFString());
     const Owned<CFStringRef> accountName(account.toCFString());
-    CFDictionarySetValue(dictionary.get(), kSecClass, kSecClassGenericPassword);
-    CFDictionarySetValue(dictionary.get(), kSecAttrService, serviceName.get());
-    CFDictionarySetValue(dictionary.get(), kSecAttrAccount, accountName.get());
-    return dictionary;
+    CFDictionarySetValue(item.get(), kSecClass, kSecClassGenericPassword);
+    CFDictionarySetValue(item.get(), kSecAttrService, serviceName.get());
+    CFDictionarySetValue(item.get(), kSecAttrAccount, accountName.get());
+    return item;
 }
 } // namespace
 
 KeychainStore::Status KeychainStore::nativeSave(const QByteArray& data, const QString& service,
                                                 const QString& account) {
     const Owned<CFMutableDictionaryRef> item = query(service, account);
-    SecItemDelete(item.get());
     const Owned<CFDataRef> value(data.toCFData());
-    CFDictionarySetValue(item.get(), kSecValueData, value.get());
-    CFDictionarySetValue(item.get(), kSecAttrAccessible, kSecAttrAccessibleAfterFirstUnlock);
-    const OSStatus status = SecItemAdd(item.get(), nullptr);
+    const Owned<CFMutableDictionaryRef> change = dictionary();
+    CFDictionarySetValue(change.get(), kSecValueData, value.get());
+    CFDictionarySetValue(change.get(), kSecAttrAccessible, kSecAttrAccessibleAfterFirstUnlock);
+    // Changing the item keeps the old value where the new one cannot be stored; deleting it first would not.
+    OSStatus status = SecItemUpdate(item.get(), change.get());
+    if (status == errSecItemNotFound) {
+        CFDictionarySetValue(item.get(), kSecValueData, value.get());
+        CFDictionarySetValue(item.get(), kSecAttrAccessible, kSecAttrAccessibleAfterFirstUnlock);
+        status = SecItemAdd(item.get(), nullptr);
+    }
     return {status == errSecSuccess ? Answer::done : Answer::refused, static_cast<int>(status)};
 }
 

@@ -11,6 +11,8 @@ class LoginItem {
     [[nodiscard]] bool isEnabled() const;
     /// False when the desktop does not take the change.
     bool setEnabled(bool enabled);
+    /// Whether it is switched on, but takes effect only when the user allows it in the system's settings.
+    [[nodiscard]] bool waitsForApproval() const;
 
   private:
     QString m_autostartFile; ///< where the desktop knows no service for it

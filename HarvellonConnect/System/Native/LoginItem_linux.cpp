@@ -41,3 +41,7 @@ bool LoginItem::setEnabled(bool enabled) {
     return writeAtomically(m_autostartFile,
                            entry.arg(execValue(QCoreApplication::applicationFilePath())).toUtf8());
 }
+
+bool LoginItem::waitsForApproval() const {
+    return false;
+}

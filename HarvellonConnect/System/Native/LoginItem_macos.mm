@@ -10,3 +10,7 @@ bool LoginItem::setEnabled(bool enabled) {
     SMAppService* const service = [SMAppService mainAppService];
     return enabled ? [service registerAndReturnError:nil] : [service unregisterAndReturnError:nil];
 }
+
+bool LoginItem::waitsForApproval() const {
+    return [SMAppService mainAppService].status == SMAppServiceStatusRequiresApproval;
+}

@@ -9,10 +9,11 @@
 #include <os/log.h>
 
 namespace {
-/// One for each category, made at its first line and kept: the system never gives them back.
+/// One for each category, made at its first line and kept: the system never gives them back. Mutex and table
+/// are never destroyed either, because lines come from worker threads and until the very end of the process.
 os_log_t logOf(const char* category) {
-    static QMutex mutex; // lines come from worker threads, too
-    static QHash<QByteArray, os_log_t> logs;
+    static auto& mutex = *new QMutex;
+    static auto& logs = *new QHash<QByteArray, os_log_t>;
     const QMutexLocker lock(&mutex);
     os_log_t& log = logs[QByteArray(category)];
     if (log == nullptr)

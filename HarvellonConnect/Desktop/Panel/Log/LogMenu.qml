@@ -10,14 +10,14 @@ PopupMenu {
     title: "Menü der Aktivitaet"
 
     MenuEntry {
-        keys: "Strg+C"
+        keys: PanelCommands.shown("Ctrl+C")
         text: "Kopieren"
 
         onTriggered: menu.selection.copyRequested(menu.selection.text())
     }
 
     MenuEntry {
-        keys: "Strg+A"
+        keys: PanelCommands.shown("Ctrl+A")
         text: "Alles auswählen"
 
         onTriggered: menu.selection.chooseAll()

@@ -8,5 +8,5 @@ Loader {
     /// The place among the pinned projects, from 1; 0 for none.
     property int place
     /// What connects or opens the project from anywhere in the panel; empty for none.
-    readonly property string keys: place > 0 && place < 10 ? "Strg+" + place : ""
+    readonly property string keys: place > 0 && place < 10 ? PanelCommands.shown("Ctrl+" + place) : ""
 }

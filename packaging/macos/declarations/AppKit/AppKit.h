@@ -1,5 +1,6 @@
 #pragma once
 
+#include <Availability.h>
 #include <CoreFoundation/CoreFoundation.h>
 
 using BOOL = bool;
@@ -38,22 +39,35 @@ void CGContextRelease(CGContextRef c);
 enum NSApplicationActivationPolicy : NSInteger { NSApplicationActivationPolicyAccessory = 1 };
 enum NSWindowCollectionBehavior : NSUInteger {
     NSWindowCollectionBehaviorCanJoinAllSpaces = 1 << 0,
-    NSWindowCollectionBehaviorFullScreenAuxiliary = 1 << 8
+    NSWindowCollectionBehaviorTransient = 1 << 3,
+    NSWindowCollectionBehaviorFullScreenAuxiliary = 1 << 8,
+    NSWindowCollectionBehaviorCanJoinAllApplications SINCE_MACOS(13.0) = 1 << 18
 };
+enum NSWindowStyleMask : NSUInteger { NSWindowStyleMaskNonactivatingPanel = 1 << 7 };
 
 __attribute__((objc_root_class)) @interface NSObject
 + (instancetype)alloc;
++ (Class)class;
+- (instancetype)init;
+- (BOOL)isKindOfClass:(Class)aClass;
 @end
 @interface NSString : NSObject
+- (BOOL)isEqualToString:(NSString*)aString;
 @end
 @interface NSError : NSObject
 @end
 @interface NSApplication : NSObject
 - (BOOL)setActivationPolicy:(NSApplicationActivationPolicy)activationPolicy;
+- (void)hide:(id)sender;
+- (void)unhideWithoutActivation;
 - (void)activateIgnoringOtherApps:(BOOL)ignoreOtherApps;
 @end
 @interface NSWindow : NSObject
 - (void)setCollectionBehavior:(NSUInteger)behavior;
+- (NSUInteger)styleMask;
+- (void)setStyleMask:(NSUInteger)styleMask;
+@end
+@interface NSPanel : NSWindow
 @end
 @interface NSView : NSObject
 - (NSWindow*)window;
@@ -70,3 +84,43 @@ __attribute__((objc_root_class)) @interface NSObject
 + (void)restoreGraphicsState;
 @end
 extern NSApplication* NSApp;
+
+@interface NSBundle : NSObject
++ (NSBundle*)mainBundle;
+- (NSString*)bundleIdentifier;
+@end
+@interface NSNotification : NSObject
+@end
+@interface NSOperationQueue : NSObject
++ (NSOperationQueue*)mainQueue;
+@end
+@interface NSNotificationCenter : NSObject
+- (id)addObserverForName:(NSString*)name
+                  object:(id)obj
+                   queue:(NSOperationQueue*)queue
+              usingBlock:(void (^)(NSNotification* note))block;
+@end
+@interface NSWorkspace : NSObject
++ (NSWorkspace*)sharedWorkspace;
+- (NSNotificationCenter*)notificationCenter;
+- (BOOL)accessibilityDisplayShouldIncreaseContrast;
+- (BOOL)accessibilityDisplayShouldReduceMotion;
+@end
+extern NSString* const NSWorkspaceAccessibilityDisplayOptionsDidChangeNotification;
+
+using AEEventClass = unsigned int;
+using AEEventID = unsigned int;
+enum { kCoreEventClass = 0x61657674, kAEReopenApplication = 0x72617070 };
+@interface NSAppleEventDescriptor : NSObject
+@end
+@interface NSAppleEventManager : NSObject
++ (NSAppleEventManager*)sharedAppleEventManager;
+- (void)setEventHandler:(id)handler
+            andSelector:(SEL)handleEventSelector
+          forEventClass:(AEEventClass)eventClass
+             andEventID:(AEEventID)eventID;
+@end
+
+using dispatch_queue_t = NSObject*;
+extern "C" void dispatch_async(dispatch_queue_t queue, void (^block)(void));
+extern "C" dispatch_queue_t dispatch_get_main_queue();

@@ -18,5 +18,6 @@ extern const CFStringRef kSecMatchLimitOne;
 
 OSStatus SecItemAdd(CFDictionaryRef attributes, CFTypeRef* result);
 OSStatus SecItemCopyMatching(CFDictionaryRef query, CFTypeRef* result);
+OSStatus SecItemUpdate(CFDictionaryRef query, CFDictionaryRef attributesToUpdate);
 OSStatus SecItemDelete(CFDictionaryRef query);
 }

@@ -2,7 +2,7 @@
 
 #include <AppKit/AppKit.h>
 
-enum SMAppServiceStatus : NSInteger { SMAppServiceStatusEnabled = 1 };
+enum SMAppServiceStatus : NSInteger { SMAppServiceStatusEnabled = 1, SMAppServiceStatusRequiresApproval = 2 };
 
 @interface SMAppService : NSObject
 + (SMAppService*)mainAppService;
