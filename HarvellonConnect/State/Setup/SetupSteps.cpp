@@ -6,10 +6,8 @@
 #include <QPointer>
 #include <QUrl>
 
-SetupSteps::SetupSteps(const ActionContext& context, const QString& server,
-                       std::function<void(const Guidance&)> showGuidance)
-    : m_context(context), m_login(QStringLiteral("ssh@") + QUrl(server).host()),
-      m_showGuidance(std::move(showGuidance)) {}
+SetupSteps::SetupSteps(const ActionContext& context, const QString& server, GuidanceQuestion& guidance)
+    : m_context(context), m_login(QStringLiteral("ssh@") + QUrl(server).host()), m_guidance(guidance) {}
 
 void SetupSteps::look() {
     if (m_underWay > 0)
@@ -72,5 +70,6 @@ void SetupSteps::makeKey() {
 }
 
 void SetupSteps::explainSSHFS() {
-    m_showGuidance(sshfs() == State::broken ? repairGuidance(m_context.host) : setupGuidance(m_context.host));
+    m_guidance.show(sshfs() == State::broken ? repairGuidance(m_context.host)
+                                             : setupGuidance(m_context.host));
 }

@@ -1,15 +1,14 @@
 #pragma once
 
 #include "Mounting/Access/OwnKey.h"
-#include "Mounting/Setup/SSHFSGuidance.h"
 #include "Mounting/Setup/SSHFSReadiness.h"
+#include "State/GuidanceQuestion.h"
 
 #include <QCoroTask>
 #include <QObject>
 #include <QString>
 #include <QtQmlIntegration>
 
-#include <functional>
 #include <optional>
 
 struct ActionContext;
@@ -28,9 +27,8 @@ class SetupSteps : public QObject {
     enum class State { unknown, missing, broken, ready };
     Q_ENUM(State)
 
-    /// `server`: whose name ssh's configuration is read for. `context` outlives this.
-    SetupSteps(const ActionContext& context, const QString& server,
-               std::function<void(const Guidance&)> showGuidance);
+    /// `server`: whose name ssh's configuration is read for. The references outlive this.
+    SetupSteps(const ActionContext& context, const QString& server, GuidanceQuestion& guidance);
 
     /// Looks for both anew. What is known stays until then.
     Q_INVOKABLE void look();
@@ -56,7 +54,7 @@ class SetupSteps : public QObject {
 
     const ActionContext& m_context;
     const QString m_login;
-    const std::function<void(const Guidance&)> m_showGuidance;
+    GuidanceQuestion& m_guidance;
     std::optional<OwnKey> m_key;
     std::optional<SSHFSReadiness> m_sshfs;
     int m_underWay = 0;
