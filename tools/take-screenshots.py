@@ -111,6 +111,14 @@ def start(*arguments, ssh=None):
     return made, program, home
 
 
+def install_programs():
+    """Puts programs that do nothing into the user's home folder."""
+    folder = os.path.join(home, ".local", "bin")
+    os.makedirs(folder)
+    for program in ("phpstorm", "codium", "subl", "nvim", "kitty", "konsole", "mysql"):
+        os.symlink("/bin/true", os.path.join(folder, program))
+
+
 def end():
     app.finish(lambda: app.process.send_signal(signal.SIGTERM))
     platform.close()
@@ -157,6 +165,12 @@ picture("mounted-and-connecting")
 for pid in sshd:
     os.kill(pid, signal.SIGCONT)
 until("the mount", lambda: "Gemountet" in row("Alpenhof Buchung")().get_description())
+install_programs()
+words("alpenhof")
+keys("shift+F10", *["Down"] * 4, "Right")
+time.sleep(0.5)
+picture("open-with")
+keys("Escape", "Escape", "Escape")
 app.press("Anzeigen")
 time.sleep(0.5)
 picture("activity")
@@ -213,10 +227,7 @@ keys("ctrl+comma")
 time.sleep(1)
 picture("settings-signed-out")
 keys("alt+F4")
-programs = os.path.join(home, ".local", "bin")
-os.makedirs(programs, exist_ok=True)
-for program in ("phpstorm", "codium", "subl", "nvim", "kitty", "konsole", "mysql"):
-    os.symlink("/bin/true", os.path.join(programs, program))
+install_programs()
 app.open_panel()
 keys("ctrl+comma")
 time.sleep(1)

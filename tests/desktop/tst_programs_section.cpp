@@ -3,14 +3,21 @@
 
 using namespace Qt::StringLiterals;
 
-/// The user's own programs, as they are chosen in the settings.
+/// The user's own programs, as they are chosen in the settings and in the menu of a project.
 class TestProgramsSection : public DesktopTest {
     Q_OBJECT
 
   public:
-    TestProgramsSection() : DesktopTest(false) {}
+    TestProgramsSection() : DesktopTest(true) {}
 
   private:
+    /// The path of an editor that has been installed just now.
+    [[nodiscard]] QString newEditor() const {
+        const QString editor = m_desktop->home.filePath(u".local/bin/phpstorm"_s);
+        return QDir().mkpath(QFileInfo(editor).path()) && QFile::link(u"/bin/true"_s, editor) ? editor
+                                                                                              : QString();
+    }
+
     [[nodiscard]] QWindow* settings() const {
         m_desktop->settings->show(*m_desktop->state);
         return m_desktop->settings->window();
@@ -19,8 +26,7 @@ class TestProgramsSection : public DesktopTest {
   private Q_SLOTS:
 
     void programsAreChosenAmongThoseThatAreThere() {
-        const QString editor = m_desktop->home.filePath(u".local/bin/phpstorm"_s);
-        QVERIFY(QDir().mkpath(QFileInfo(editor).path()) && QFile::link(u"/bin/true"_s, editor));
+        const QString editor = newEditor();
         QWindow* const window = settings();
         window->resize(520, 900);
         const ProgramSettings& programs = *m_desktop->state->programs();
@@ -43,6 +49,38 @@ class TestProgramsSection : public DesktopTest {
         QCOMPARE(m_desktop->preferences->text(u"EditorCommand"_s), u"ed %f"_s);
         QVERIFY(choose(u"VS Code"_s));
         QVERIFY(!field());
+    }
+
+    void aProjectIsOpenedWithAnotherEditor() {
+        const QString editor = newEditor();
+        PanelWindow* const window = openSignedIn();
+        const Project project = m_desktop->state->projects().constFirst();
+        const auto press = [window](const QString& entry) {
+            return QTest::qWaitFor(
+                [&] { return heard::press(heard::find(window, entry, QAccessible::MenuItem)); });
+        };
+        const auto openMenu = [&] {
+            m_desktop->state->setSearchText(project.domain);
+            QTest::keyClick(window, Qt::Key_Menu);
+            return QTest::qWaitFor([&] { return !heard::names(window, QAccessible::MenuItem).isEmpty(); });
+        };
+        await(m_desktop->state->parts().connections.connect(project));
+        QVERIFY(openMenu() && press(u"Öffnen mit …"_s) && press(u"PhpStorm"_s));
+        const QString folder = m_desktop->host.mountPoint(project.domain);
+        QTRY_VERIFY2(m_desktop->shell.opened.last().startsWith(editor + u' ' + folder),
+                     qPrintable(m_desktop->shell.opened.last()));
+        QTRY_VERIFY(heard::names(window, QAccessible::MenuItem).isEmpty());
+        QVERIFY(openMenu() && press(u"Öffnen mit …"_s));
+        const auto isChosen = [window](const QString& name) {
+            const QAccessibleInterface* const entry = heard::find(window, name, QAccessible::MenuItem);
+            return entry && entry->state().checked;
+        };
+        QTRY_VERIFY(isChosen(u"PhpStorm"_s) && !isChosen(u"VS Code"_s));
+        m_desktop->statusBar->close();
+        m_desktop->openPanel();
+        await(m_desktop->state->parts().connections.disconnect(project.domain, false));
+        QVERIFY(openMenu());
+        QVERIFY(!heard::find(window, u"Öffnen mit …"_s, QAccessible::MenuItem));
     }
 };
 

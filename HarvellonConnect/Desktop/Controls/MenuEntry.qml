@@ -6,11 +6,11 @@ import Harvellon.Desktop
 T.MenuItem {
     id: entry
 
-    property string keys
+    property string keys: subMenu ? "›" : ""
     /// A line parts it from the entry above.
-    property bool startsGroup: false
+    property bool startsGroup: subMenu !== null
 
-    Accessible.description: keys
+    Accessible.description: subMenu ? "Untermenü" : keys
     Accessible.name: text
     Accessible.onPressAction: entry.triggered()
     font.family: Theme.family

@@ -36,6 +36,10 @@ QVariantList ActionTable::ghostSlots() const {
     return slotsOfOffers;
 }
 
+bool ActionTable::opensEditor(int offers) const {
+    return (offers & 1 << static_cast<int>(HoverTarget::vscode)) != 0;
+}
+
 int ActionTable::firstSlot(int offers) const {
     int first = railWidth();
     for (const ProjectAction& action : ProjectActions::table()) {

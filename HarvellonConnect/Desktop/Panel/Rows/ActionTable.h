@@ -85,6 +85,9 @@ class ActionTable : public QObject {
     /// The context menu of a row with these offers: of shownAction, from top to bottom.
     Q_INVOKABLE [[nodiscard]] QVariantList menu(int offers) const;
 
+    /// Whether a row with these offers opens its project in an editor.
+    Q_INVOKABLE [[nodiscard]] bool opensEditor(int offers) const;
+
     /// Where the first button of a row with these offers stands, from the left end of the rail.
     Q_INVOKABLE [[nodiscard]] int firstSlot(int offers) const;
 };

@@ -9,11 +9,20 @@ PopupMenu {
 
     required property AppState state
     property string domain
+    property bool editorsOffered: true ///< the last entry leads to them
 
     /// Opens at a place of `item`, for what is in the row now: a reload of the list may reuse the row.
     function openFor(row: ProjectRow, item: Item, place: point) {
         domain = row.domain;
+        if (editorsOffered)
+            takeMenu(count - 1);
         entries.model = ActionTable.menu(row.offers);
+        editorsOffered = ActionTable.opensEditor(row.offers);
+        if (editorsOffered) {
+            openWith.list();
+            openWith.programs.look();
+            addMenu(openWith);
+        }
         openAt(item, place);
     }
 
@@ -32,5 +41,12 @@ PopupMenu {
 
             onTriggered: menu.state.perform(modelData.target, menu.domain, false)
         }
+    }
+
+    OpenWithMenu {
+        id: openWith
+
+        domain: menu.domain
+        programs: menu.state.programs
     }
 }
