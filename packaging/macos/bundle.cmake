@@ -4,12 +4,17 @@ set(HARVELLON_UPDATE_KEY "" CACHE STRING "Public EdDSA key that updates are sign
 set(icons ${CMAKE_CURRENT_BINARY_DIR}/AppIcon.iconset)
 set(icon ${CMAKE_CURRENT_BINARY_DIR}/AppIcon.icns)
 file(MAKE_DIRECTORY ${icons})
+set(pictures)
 foreach(size 16 32 128 256 512)
     math(EXPR double "2 * ${size}")
     configure_file(icons/AppIcon-${size}.png ${icons}/icon_${size}x${size}.png COPYONLY)
     configure_file(icons/AppIcon-${double}.png ${icons}/icon_${size}x${size}@2x.png COPYONLY)
+    list(APPEND pictures ${icons}/icon_${size}x${size}.png ${icons}/icon_${size}x${size}@2x.png)
 endforeach()
-add_custom_command(OUTPUT ${icon} COMMAND iconutil --convert icns --output ${icon} ${icons} VERBATIM)
+add_custom_command(OUTPUT ${icon} COMMAND iconutil --convert icns --output ${icon} ${icons} DEPENDS ${pictures} VERBATIM)
+# The program is a target of another folder, where the command above is not known.
+add_custom_target(harvellon_icon DEPENDS ${icon})
+add_dependencies(HarvellonConnect harvellon_icon)
 
 target_sources(HarvellonConnect PRIVATE ${icon})
 set_source_files_properties(${icon} TARGET_DIRECTORY HarvellonConnect PROPERTIES
