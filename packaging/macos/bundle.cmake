@@ -1,6 +1,4 @@
 # HarvellonConnect.app: what Finder and the system need to know stands in its Info.plist.
-set(HARVELLON_UPDATE_KEY "" CACHE STRING "Public EdDSA key that updates are signed with (SUPublicEDKey)")
-
 set(icons ${CMAKE_CURRENT_BINARY_DIR}/AppIcon.iconset)
 set(icon ${CMAKE_CURRENT_BINARY_DIR}/AppIcon.icns)
 file(MAKE_DIRECTORY ${icons})
