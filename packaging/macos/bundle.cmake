@@ -22,3 +22,4 @@ set_target_properties(HarvellonConnect PROPERTIES
     MACOSX_BUNDLE ON
     MACOSX_BUNDLE_INFO_PLIST ${CMAKE_CURRENT_BINARY_DIR}/Info.plist
     BUILD_RPATH "@executable_path/../Frameworks")
+set_target_properties(harvellon-connect PROPERTIES BUILD_RPATH "@executable_path/../Frameworks")
