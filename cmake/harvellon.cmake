@@ -19,9 +19,20 @@ function(harvellon_library name)
     target_precompile_headers(${name} REUSE_FROM harvellon_pch)
 endfunction()
 
-# harvellon_test(name SOURCES ... LIBRARIES ...): a Qt Test program that ctest runs.
+# harvellon_not_here(name reason): a test that ctest lists as skipped. ./dev test tells the reason.
+function(harvellon_not_here name reason)
+    add_test(NAME ${name} COMMAND ${CMAKE_COMMAND} -E echo "${reason}")
+    set_tests_properties(${name} PROPERTIES SKIP_REGULAR_EXPRESSION ".")
+    set_property(GLOBAL APPEND PROPERTY HARVELLON_NOT_HERE "${name}: ${reason}")
+endfunction()
+
+# harvellon_test(name SOURCES ... LIBRARIES ... [NEEDS what only Linux has]): a Qt Test program that ctest runs.
 function(harvellon_test name)
-    cmake_parse_arguments(TEST "" "TIMEOUT" "SOURCES;LIBRARIES" ${ARGN})
+    cmake_parse_arguments(TEST "" "TIMEOUT;NEEDS" "SOURCES;LIBRARIES" ${ARGN})
+    if(APPLE AND TEST_NEEDS)
+        harvellon_not_here(${name} "needs ${TEST_NEEDS}")
+        return()
+    endif()
     if(NOT TEST_TIMEOUT)
         set(TEST_TIMEOUT 120)
     endif()

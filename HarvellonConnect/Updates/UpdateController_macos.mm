@@ -2,7 +2,8 @@
 
 #import <Sparkle/Sparkle.h>
 
-// Feed and key stand in the bundle's Info.plist. Sparkle checks, downloads and notifies by itself.
+// Feed, key and what is automatic at first stand in the bundle's Info.plist; from then on the user's choice counts. Sparkle
+// checks, downloads and notifies by itself. Only built when there are a feed and a key; see CMakeLists.txt.
 struct UpdateController::Native {
     SPUStandardUpdaterController* updaterController = nil;
 };
@@ -13,9 +14,6 @@ UpdateController::UpdateController(const QString& /*feed*/, const QString& /*cur
     m_native->updaterController = [[SPUStandardUpdaterController alloc] initWithStartingUpdater:YES
                                                                                 updaterDelegate:nil
                                                                              userDriverDelegate:nil];
-    SPUUpdater* const updater = [m_native->updaterController updater];
-    [updater setAutomaticallyChecksForUpdates:YES];
-    [updater setAutomaticallyDownloadsUpdates:YES];
 }
 
 UpdateController::~UpdateController() = default;

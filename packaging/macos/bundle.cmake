@@ -1,15 +1,18 @@
 # HarvellonConnect.app: what Finder and the system need to know stands in its Info.plist.
-set(HARVELLON_UPDATE_KEY "" CACHE STRING "Public EdDSA key that updates are signed with (SUPublicEDKey)")
-
 set(icons ${CMAKE_CURRENT_BINARY_DIR}/AppIcon.iconset)
 set(icon ${CMAKE_CURRENT_BINARY_DIR}/AppIcon.icns)
 file(MAKE_DIRECTORY ${icons})
+set(pictures)
 foreach(size 16 32 128 256 512)
     math(EXPR double "2 * ${size}")
     configure_file(icons/AppIcon-${size}.png ${icons}/icon_${size}x${size}.png COPYONLY)
     configure_file(icons/AppIcon-${double}.png ${icons}/icon_${size}x${size}@2x.png COPYONLY)
+    list(APPEND pictures ${icons}/icon_${size}x${size}.png ${icons}/icon_${size}x${size}@2x.png)
 endforeach()
-add_custom_command(OUTPUT ${icon} COMMAND iconutil --convert icns --output ${icon} ${icons} VERBATIM)
+add_custom_command(OUTPUT ${icon} COMMAND iconutil --convert icns --output ${icon} ${icons} DEPENDS ${pictures} VERBATIM)
+# The program is a target of another folder, where the command above is not known.
+add_custom_target(harvellon_icon DEPENDS ${icon})
+add_dependencies(HarvellonConnect harvellon_icon)
 
 target_sources(HarvellonConnect PRIVATE ${icon})
 set_source_files_properties(${icon} TARGET_DIRECTORY HarvellonConnect PROPERTIES
@@ -19,3 +22,4 @@ set_target_properties(HarvellonConnect PROPERTIES
     MACOSX_BUNDLE ON
     MACOSX_BUNDLE_INFO_PLIST ${CMAKE_CURRENT_BINARY_DIR}/Info.plist
     BUILD_RPATH "@executable_path/../Frameworks")
+set_target_properties(harvellon-connect PROPERTIES BUILD_RPATH "@executable_path/../Frameworks")

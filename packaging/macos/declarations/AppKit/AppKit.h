@@ -61,6 +61,7 @@ __attribute__((objc_root_class)) @interface NSObject
 - (void)hide:(id)sender;
 - (void)unhideWithoutActivation;
 - (void)activateIgnoringOtherApps:(BOOL)ignoreOtherApps;
+- (void)activate SINCE_MACOS(14.0);
 @end
 @interface NSWindow : NSObject
 - (void)setCollectionBehavior:(NSUInteger)behavior;
@@ -73,7 +74,8 @@ __attribute__((objc_root_class)) @interface NSObject
 - (NSWindow*)window;
 @end
 @interface NSImage : NSObject
-+ (NSImage*)imageWithSystemSymbolName:(NSString*)name accessibilityDescription:(NSString*)description;
++ (NSImage*)imageWithSystemSymbolName:(NSString*)name accessibilityDescription:(NSString*)description
+    SINCE_MACOS(11.0);
 - (NSSize)size;
 - (void)drawInRect:(NSRect)rect;
 @end

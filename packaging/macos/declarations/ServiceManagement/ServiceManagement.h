@@ -4,7 +4,7 @@
 
 enum SMAppServiceStatus : NSInteger { SMAppServiceStatusEnabled = 1, SMAppServiceStatusRequiresApproval = 2 };
 
-@interface SMAppService : NSObject
+SINCE_MACOS(13.0) @interface SMAppService : NSObject
 + (SMAppService*)mainAppService;
 - (BOOL)registerAndReturnError:(NSError* __autoreleasing*)error;
 - (BOOL)unregisterAndReturnError:(NSError* __autoreleasing*)error;

@@ -12,5 +12,6 @@ enum os_log_type_t : uint8_t {
 
 extern "C" {
 os_log_t os_log_create(const char* subsystem, const char* category);
-void os_log_with_type(os_log_t log, os_log_type_t type, const char* format, ...);
+void os_log_with_type(os_log_t log, os_log_type_t type, const char* format, ...)
+    __attribute__((format(os_log, 3, 4)));
 }
