@@ -1,9 +1,9 @@
 #include "CommandLine/CommandService.h"
 
 #include "Actions/ServerSearch.h"
-#include "CommandLine/Emission.h"
 #include "CommandLine/Opening.h"
 #include "CommandLine/ProjectChoice.h"
+#include "System/Async.h"
 
 #include <QDeadlineTimer>
 #include <QPointer>
@@ -79,7 +79,7 @@ QCoro::Task<> CommandService::untilListIsKnown() {
             co_return;
         const std::chrono::milliseconds remaining(limit.remainingTime() + 1);
         AppState* const watched = state.data();
-        co_await emission(watched, &AppState::connectionStatusChanged, remaining);
+        co_await Async::emission(watched, &AppState::connectionStatusChanged, remaining);
     }
 }
 
@@ -182,7 +182,7 @@ QCoro::Task<QString> CommandService::mounted(Project project) {
         throwUnlessOffered(HoverTarget::connect, domain);
         if (connections->connectingSince(domain)) {
             while (connections && connections->connectingSince(domain))
-                co_await emission(connections.data(), &Connections::connectingChanged, loadLimit);
+                co_await Async::emission(connections.data(), &Connections::connectingChanged, loadLimit);
         } else {
             co_await connections->connectOnly(project);
         }

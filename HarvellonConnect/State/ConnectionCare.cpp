@@ -9,7 +9,6 @@
 #include "System/Async.h"
 #include "System/Preferences.h"
 
-#include <QCoroSignal>
 #include <QPointer>
 
 #include <algorithm>
@@ -159,7 +158,7 @@ QCoro::Task<> ConnectionCare::keepTrying(Project project) {
         if (outcome == Connections::Reconnected::refused)
             break;
         m_connections.markLost(project); // until it is back; a click on the row tries at once
-        const auto woken = co_await qCoro(this, &ConnectionCare::tryAgain, pause);
+        const bool woken = co_await Async::emission(this, &ConnectionCare::tryAgain, pause);
         if (!guard || m_ended || !m_comingBack.contains(domain))
             co_return;
         if (woken)

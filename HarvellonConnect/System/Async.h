@@ -7,6 +7,7 @@
 #include <QFutureWatcher>
 #include <QList>
 #include <QThreadPool>
+#include <QTimer>
 #include <QtConcurrentRun>
 
 #include <chrono>
@@ -24,6 +25,24 @@ QThreadPool& workers();
 
 /// Suspends the caller for at least `duration`.
 QCoro::Task<> sleep(std::chrono::milliseconds duration);
+
+/// Whether `object` emits `signal` before `limit` passes. QCoro's own wait for a signal is over with the first
+/// emission, and crashes at a second one that comes before the waiter has gone on; here a timer is waited for,
+/// which the signal brings to its end. The object may have gone when this returns.
+template <typename T, typename Signal>
+QCoro::Task<bool> emission(T* object, Signal signal, std::chrono::milliseconds limit = noLimit) {
+    QTimer wait;
+    wait.setSingleShot(true);
+    bool emitted = false;
+    QObject::connect(object, signal, &wait, [&wait, &emitted] {
+        emitted = true;
+        wait.start(0);
+    });
+    if (limit != noLimit)
+        wait.start(limit);
+    co_await qCoro(&wait, &QTimer::timeout);
+    co_return emitted;
+}
 
 /// Whether `future` finishes before `limit` passes. The future itself goes on either way.
 template <typename T>

@@ -43,7 +43,7 @@ bool isAnswered(sandbox::SlowLine& line, const QString& path) {
     line.freezeConnections();
     QProcess look;
     look.start(QStringLiteral("/usr/bin/ls"), {QStringLiteral("-l"), path});
-    const bool answered = look.waitForFinished(limit);
+    const bool answered = look.waitForFinished(limit) && look.exitCode() == 0;
     line.thawConnections();
     look.waitForFinished();
     return answered;

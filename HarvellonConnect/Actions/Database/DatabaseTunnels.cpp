@@ -5,7 +5,7 @@
 #include "System/Ssh/SocketPath.h"
 #include "System/Ssh/SshOptions.h"
 
-#include <QCoroSignal>
+#include <QPointer>
 #include <QDeadlineTimer>
 #include <QFile>
 #include <QFileInfo>
@@ -61,7 +61,7 @@ TunnelError failed(const QString& login, const QString& reason) {
 
 QCoro::Task<quint16> DatabaseTunnels::open(QString login) {
     while (m_opening.contains(login))
-        co_await qCoro(this, &DatabaseTunnels::settled);
+        co_await Async::emission(this, &DatabaseTunnels::settled);
     if (m_closed)
         throw failed(login, QStringLiteral("Das Programm endet."));
     m_opening.insert(login);
@@ -174,9 +174,10 @@ QCoro::Task<> DatabaseTunnels::close() {
             endings.push_back(end(login, *socket));
     }
     const QDeadlineTimer deadline(controlLimit);
-    while (!m_opening.isEmpty() && !deadline.hasExpired()) {
+    const QPointer<DatabaseTunnels> guard(this);
+    while (guard && !m_opening.isEmpty() && !deadline.hasExpired()) {
         const std::chrono::milliseconds left{deadline.remainingTime()};
-        co_await qCoro(this, &DatabaseTunnels::settled, left);
+        co_await Async::emission(this, &DatabaseTunnels::settled, left);
     }
     for (QCoro::Task<>& each : endings)
         co_await each;

@@ -1,4 +1,3 @@
-pragma ComponentBehavior: Bound
 import QtQuick
 import Harvellon.Desktop
 import Harvellon.State
@@ -62,20 +61,29 @@ Column {
 
     Item {
         height: 20
-        visible: steps.active
+        visible: steps.wanted
         width: 1
     }
 
     Loader {
         id: steps
 
-        active: view.notice.steps && view.room > 280
+        readonly property bool wanted: view.notice.steps && view.room > 280
+
+        function load() {
+            if (wanted)
+                setSource("SetupStepsView.qml", {
+                    state: view.state
+                });
+            else
+                source = "";
+        }
+
         anchors.horizontalCenter: parent.horizontalCenter
-        visible: active
+        visible: wanted
         width: Math.min(parent.width, 440)
 
-        sourceComponent: SetupStepsView {
-            state: view.state
-        }
+        Component.onCompleted: load()
+        onWantedChanged: load()
     }
 }

@@ -1,10 +1,10 @@
 #include "System/Ssh/SharedConnections.h"
 
+#include "System/Async.h"
 #include "System/Files/PrivateFolder.h"
 #include "System/Ssh/SocketPath.h"
 #include "System/Ssh/SshOptions.h"
 
-#include <QCoroSignal>
 #include <QDeadlineTimer>
 #include <QFile>
 #include <QFileInfo>
@@ -53,7 +53,7 @@ QCoro::Task<> SharedConnections::close() {
     const QDeadlineTimer deadline(closeLimit);
     while (guard && !m_working.isEmpty() && !deadline.hasExpired()) {
         const std::chrono::milliseconds left{deadline.remainingTime()};
-        co_await qCoro(this, &SharedConnections::settled, left);
+        co_await Async::emission(this, &SharedConnections::settled, left);
     }
 }
 

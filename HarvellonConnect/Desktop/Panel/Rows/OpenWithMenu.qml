@@ -33,8 +33,9 @@ PopupMenu {
         MenuEntry {
             required property var modelData
 
-            Accessible.checkable: true
-            Accessible.checked: modelData.chosen
+            // Not by Accessible: the control writes its own state there as soon as a screen reader runs.
+            checkable: true
+            checked: modelData.chosen
             keys: modelData.chosen ? "✓" : ""
             text: modelData.name
 
