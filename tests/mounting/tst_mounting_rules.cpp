@@ -31,21 +31,21 @@ class TestMountingRules : public QObject {
     void tellsOwnMountsOnBothDesktops() {
         const struct {
             bool mac;
+            bool own;
             QString source;
             QString type;
             QString fuse;
-            bool own;
         } rows[] = {
-            {true, u"fuse-t:/HV Alpenhof"_s, u"nfs"_s, u"FUSE-T"_s, true},
-            {true, u"fuse-t:/Fotos"_s, u"nfs"_s, u"FUSE-T"_s, false},
-            {true, u"nas:/HV Alpenhof"_s, u"nfs"_s, {}, false},
-            {true, u"ssh4711@example.org:/web"_s, u"macfuse"_s, u"macFUSE"_s, true},
-            {true, u"root@example.org:/web"_s, u"macfuse"_s, u"macFUSE"_s, false},
-            {false, u"HV Alpenhof"_s, u"fuse.sshfs"_s, u"FUSE"_s, true},
-            {false, u"me@example.org:"_s, u"fuse.sshfs"_s, u"FUSE"_s, false},
+            {true, true, u"fuse-t:/HV Alpenhof"_s, u"nfs"_s, u"FUSE-T"_s},
+            {true, false, u"fuse-t:/Fotos"_s, u"nfs"_s, u"FUSE-T"_s},
+            {true, false, u"nas:/HV Alpenhof"_s, u"nfs"_s, {}},
+            {true, true, u"ssh4711@example.org:/web"_s, u"macfuse"_s, u"macFUSE"_s},
+            {true, false, u"root@example.org:/web"_s, u"macfuse"_s, u"macFUSE"_s},
+            {false, true, u"HV Alpenhof"_s, u"fuse.sshfs"_s, u"FUSE"_s},
+            {false, false, u"me@example.org:"_s, u"fuse.sshfs"_s, u"FUSE"_s},
         };
 
-        for (const auto& [mac, source, type, fuse, own] : rows) {
+        for (const auto& [mac, own, source, type, fuse] : rows) {
             const HostSystem host =
                 mac ? HostSystem::macOS(u"/Users/e"_s) : HostSystem::linuxDesktop(u"/home/e"_s);
             const MountTable::Entry mount{u"example.org"_s, source, type};
