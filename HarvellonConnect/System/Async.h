@@ -3,6 +3,7 @@
 #include <QCoroFuture>
 #include <QCoroSignal>
 #include <QCoroTask>
+#include <QCoroTimer>
 #include <QFuture>
 #include <QFutureWatcher>
 #include <QList>
@@ -26,9 +27,9 @@ QThreadPool& workers();
 /// Suspends the caller for at least `duration`.
 QCoro::Task<> sleep(std::chrono::milliseconds duration);
 
-/// Whether `object` emits `signal` before `limit` passes. QCoro's own wait for a signal is over with the first
-/// emission, and crashes at a second one that comes before the waiter has gone on; here a timer is waited for,
-/// which the signal brings to its end. The object may have gone when this returns.
+/// Whether `object` emits `signal` before `limit` passes. QCoro's own wait for a signal is over with the
+/// first emission, and crashes at a second one that comes before the waiter has gone on; here a timer is
+/// waited for, which the signal brings to its end. The object may have gone when this returns.
 template <typename T, typename Signal>
 QCoro::Task<bool> emission(T* object, Signal signal, std::chrono::milliseconds limit = noLimit) {
     QTimer wait;
@@ -40,7 +41,7 @@ QCoro::Task<bool> emission(T* object, Signal signal, std::chrono::milliseconds l
     });
     if (limit != noLimit)
         wait.start(limit);
-    co_await qCoro(&wait, &QTimer::timeout);
+    co_await wait;
     co_return emitted;
 }
 

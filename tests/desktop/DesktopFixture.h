@@ -7,6 +7,7 @@
 #include "Desktop/Settings/SettingsWindowManager.h"
 #include "Desktop/StatusItem/StatusBarController.h"
 #include "State/AppState.h"
+#include "System/Async.h"
 #include "System/Preferences.h"
 #include "sandbox/Sandbox.h"
 #include "support/Await.h"
@@ -61,6 +62,15 @@ class DesktopFixture {
         // The state outlives what it has under way, as in the program, where the event loop ends first.
         if (!QTest::qWaitFor([this] { return !state->isLoading(); }))
             qWarning("a load does not end");
+        // What the windows ask of other programs is over, or rests, when nothing runs a few times in a row.
+        int calm = 0;
+        const auto rests = [&] {
+            const bool busy = shell.running > 0 || Async::workers().activeThreadCount() > 0;
+            calm = busy ? 0 : calm + 1;
+            return calm > 3;
+        };
+        if (!QTest::qWaitFor(rests))
+            qWarning("a command does not end");
         alerts.reset();
         settings.reset();
         statusBar.reset();

@@ -172,9 +172,9 @@ class TestDiagnosis : public StateFixture {
         for (const QString& secret : secrets.mid(2))
             QVERIFY2(!later.isEmpty() && !later.contains(decoded(secret)),
                      qPrintable(secret + u'\n' + later));
-        for (const char* part :
-             {"sshfs version 3.", "openssh_", "fusermount3 version", "globalhotkeyenabled: ein",
-              "fuse.sshfs: ~/harvellon/projekt-", "gemountet: ~/harvellon/projekt-", "verbunden: 1"})
+        for (const char* part : {"sshfs version 3.", "openssh_", "fusermount3 version",
+                                 "globalhotkeyenabled: ein", "fuse, fuse.sshfs: ~/harvellon/projekt-",
+                                 "editor: wie sonst", "gemountet: ~/harvellon/projekt-", "verbunden: 1"})
             QVERIFY2(text.contains(QString::fromLatin1(part)),
                      qPrintable(QString::fromLatin1(part) + u'\n' + text));
     }

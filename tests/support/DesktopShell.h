@@ -2,6 +2,7 @@
 
 #include "System/Shell.h"
 
+#include <QScopeGuard>
 #include <QStringList>
 
 #include <functional>
@@ -14,9 +15,12 @@ class DesktopShell : public Shell {
     bool opensSsh = false;                       ///< whether a program handles ssh addresses
     bool hasEditor = true;
     bool opens = true; ///< whether the opener finds a program
+    int running = 0;   ///< commands that have not ended yet
 
     QCoro::Task<ShellResult> run(QString executable, QStringList arguments,
                                  std::chrono::milliseconds limit) override {
+        ++running;
+        const auto end = qScopeGuard([this] { --running; });
         if (executable.endsWith(QLatin1String("/xdg-mime")))
             co_return ShellResult{0,
                                   opensSsh || arguments.last().endsWith(QLatin1String("/mysql"))

@@ -57,8 +57,7 @@ void Diagnosis::save() {
 
 DiagnosisFacts Diagnosis::facts() const {
     DiagnosisFacts facts;
-    facts.home = m_state.host().homeFolder;
-    facts.mountRoot = m_state.host().mountRoot();
+    facts.host = m_state.host();
     facts.domains = m_names.domains();
     facts.secrets = m_names.secrets();
     const QMetaObject* const properties = m_state.metaObject();
@@ -69,6 +68,12 @@ DiagnosisFacts Diagnosis::facts() const {
                                                                              ? QStringLiteral("ein")
                                                                              : QStringLiteral("aus")});
     }
+    const ProgramSettings& programs = *m_state.programs();
+    for (const auto& [name, choice] :
+         {std::pair("editor", programs.editor()), std::pair("terminal", programs.terminal()),
+          std::pair("database", programs.databaseWay())})
+        facts.settings.append(
+            {QString::fromLatin1(name), choice.isEmpty() ? QStringLiteral("wie sonst") : choice});
     facts.state = {{QStringLiteral("Projekte"), QString::number(m_state.projectCount())},
                    {QStringLiteral("Verbunden"), QString::number(m_state.connectedDomains().size())},
                    {QStringLiteral("Accounts"), QString::number(m_state.accounts().size())},

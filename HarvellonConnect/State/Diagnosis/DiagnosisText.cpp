@@ -1,5 +1,6 @@
 #include "State/Diagnosis/DiagnosisText.h"
 
+#include "Mounting/Ending/LeftoverMounts.h"
 #include "State/Diagnosis/Redaction.h"
 #include "System/Tables/MountTable.h"
 
@@ -31,14 +32,16 @@ class Report {
 } // namespace
 
 QString diagnosisText(const DiagnosisFacts& facts) {
-    Redaction redaction(facts.home);
+    const QString home = facts.host.homeFolder;
+    const QString mountRoot = facts.host.mountRoot();
+    Redaction redaction(home);
     for (const QString& domain : facts.domains) {
         redaction.add(QStringLiteral("projekt"), domain);
         redaction.addAs(QStringLiteral("~/Harvellon/") + redaction.redacted(domain),
-                        facts.mountRoot + QLatin1Char('/') + domain);
+                        mountRoot + QLatin1Char('/') + domain);
     }
-    redaction.addAs(QStringLiteral("~/Harvellon"), facts.mountRoot);
-    redaction.addAs(QStringLiteral("~"), facts.home);
+    redaction.addAs(QStringLiteral("~/Harvellon"), mountRoot);
+    redaction.addAs(QStringLiteral("~"), home);
     for (const auto& [kind, value] : facts.secrets)
         redaction.add(kind, value);
 
@@ -53,8 +56,12 @@ QString diagnosisText(const DiagnosisFacts& facts) {
     report.lines(facts.state);
     report.title(QStringLiteral("Mounts"));
     for (const MountTable::Entry& mount : MountTable::entries()) {
-        if (mount.path.startsWith(facts.mountRoot + QLatin1Char('/')))
-            report.line(mount.type, mount.path); // its source may name a project that nobody knows any more
+        if (!mount.path.startsWith(mountRoot + QLatin1Char('/')))
+            continue;
+        const QString fuse =
+            fuseOf(facts.host, mount).value_or(FuseKind{QStringLiteral("kein FUSE"), {}, {}}).name;
+        // Its source may name a project that nobody knows any more.
+        report.line(fuse + QStringLiteral(", ") + mount.type, mount.path);
     }
     report.title(QStringLiteral("Protokoll"));
     for (const DiagnosisFacts::Line& line : facts.log)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "System/HostSystem.h"
+
 #include <QDateTime>
 #include <QList>
 #include <QString>
@@ -18,8 +20,7 @@ struct DiagnosisFacts {
         QString message;
     };
 
-    QString home;
-    QString mountRoot;
+    HostSystem host;
     QList<Secret> secrets;
     QStringList domains; ///< in the order of their numbers
     QStringList warnings;
