@@ -13,7 +13,11 @@ from gi.repository import Atspi  # noqa: E402
 TIME_LIMIT = 20  # seconds
 BUTTON = Atspi.Role.PUSH_BUTTON
 ENTRY = Atspi.Role.MENU_ITEM
+LIST = Atspi.Role.LIST
 ROW = Atspi.Role.LIST_ITEM
+ACTIVE = Atspi.StateType.ACTIVE
+FOCUSED = Atspi.StateType.FOCUSED
+SELECTED = Atspi.StateType.SELECTED
 
 
 def until(what, probe, limit=TIME_LIMIT):
@@ -40,8 +44,12 @@ def elements(node):
             yield from elements(child)
 
 
+def has(element, state):
+    return element.get_state_set().contains(state)
+
+
 def showing(element):
-    return element.get_state_set().contains(Atspi.StateType.SHOWING)
+    return has(element, Atspi.StateType.SHOWING)
 
 
 def keys(*names):
@@ -134,6 +142,19 @@ class Program:
 
     def press(self, name, below=None):
         until(f"button {name}", lambda: self.finder(name, BUTTON, below)().do_action(0))
+
+    def focus(self):
+        """What has the focus, by name and description: an element, and what it is in."""
+        return [(e.get_name(), e.get_description()) for e in elements(self.tree()) if has(e, FOCUSED) and showing(e)]
+
+    def tab_to(self, name):
+        for _ in range(200):
+            place = until("the focus", self.focus)
+            if name in dict(place):
+                return
+            keys("Tab")
+            until("the next focus", lambda left=place: self.focus() != left)
+        sys.exit(f"Tab does not reach: {name}")
 
     def text_in(self, name):
         return Atspi.Text.get_text(self.finder(name)(), 0, -1)
