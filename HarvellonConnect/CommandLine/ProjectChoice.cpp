@@ -14,7 +14,8 @@
 namespace {
 constexpr qsizetype mostNamed = 5;
 constexpr qsizetype longestWord = 253;
-constexpr qsizetype mostCompared = 5000; // takes some ten milliseconds
+constexpr qsizetype shortestMistyped = 3; // a shorter one is near to every domain
+constexpr qsizetype mostCompared = 5000;  // takes some ten milliseconds
 
 QString withoutWww(const QString& domain) {
     const QString www = QStringLiteral("www.");
@@ -41,6 +42,8 @@ qsizetype distance(const QString& from, const QString& to) {
 /// one.
 QString nearest(const QList<Project>& projects, const QString& word) {
     QString found;
+    if (word.size() < shortestMistyped)
+        return found;
     qsizetype best = std::max<qsizetype>(1, word.size() / 4) + 1;
     for (const Project& project : projects.mid(0, mostCompared)) {
         const QString domain = withoutWww(project.domain.toLower());

@@ -92,6 +92,7 @@ class TestCommandLineRules : public QObject {
         row("alp", "2 alp passt auf mehrere Projekte: www.alp.dett.org, www.alp.de");
         row("shopp", "2 Kein Projekt heißt shopp. Gemeint: shop.bad.de?");
         row("www.lap.de", "2 Kein Projekt heißt www.lap.de.");
+        row("q", "2 Kein Projekt heißt q.");
         row("aalp.de", "2 Kein Projekt heißt aalp.de. Gemeint: www.alp.de?");
         row("\x1b[2J", "2 Kein Projekt heißt �[2J.");
     }

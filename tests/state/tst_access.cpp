@@ -97,6 +97,9 @@ class TestAccess : public StateFixture {
                                 << u"ssh hat keinen Schlüssel, den es anbieten kann."_s;
         QTest::newRow("name") << u"-o HostName=nowhere.invalid"_s << u"lässt sich nicht auflösen."_s;
         QTest::newRow("port") << u"-o Port=1"_s << u"keine Verbindung an."_s;
+        QTest::newRow("revoked") << u"-o RevokedHostKeys="_s +
+                                        m_platformFolder.filePath(u"ssh/host_key.pub"_s)
+                                 << u"auf diesem Rechner gesperrt (revoked)."_s;
         QTest::newRow("unknown") << u"-o HostKeyAlias=other"_s << u"Der Server ist noch nicht bekannt."_s;
     }
 

@@ -48,7 +48,7 @@ QString escaped(const QString& text) {
 
 /// One of the ways in which a value reaches a log.
 QString disguised(const QString& value, QRandomGenerator& random) {
-    switch (random.bounded(9)) {
+    switch (random.bounded(10)) {
     case 0:
         return value.toUpper();
     case 1:
@@ -65,6 +65,8 @@ QString disguised(const QString& value, QRandomGenerator& random) {
         return escaped(value);
     case 7:
         return QString(value).replace(u' ', u'+');
+    case 8:
+        return QString(value).replace(u'"', u"\\\""_s);
     default:
         return value;
     }
@@ -95,7 +97,7 @@ class TestDiagnosis : public StateFixture {
                                                          {u"account"_s, u"4711-ab"_s},
                                                          {u"pfad"_s, u"/kunden/Müller & Söhne/web"_s},
                                                          {u"benutzer"_s, u"zoë.huber"_s},
-                                                         {u"projektname"_s, u"Shop İstanbul"_s}};
+                                                         {u"projektname"_s, u"Shop \"İstanbul\""_s}};
         const QStringList glue{u" "_s, u""_s,   u"/"_s, u"@"_s, u"\""_s, u"://"_s,
                                u"."_s, u": "_s, u"%"_s, u"ß"_s, u"x"_s,  u"\n"_s};
         for (quint32 seed = 0; seed < 800; ++seed) {
@@ -151,10 +153,10 @@ class TestDiagnosis : public StateFixture {
         connectTo(0);
         const OAuthManager& oauth = m_state->parts().oauth;
         const Account account = m_state->accounts().constFirst();
-        m_state->parts().report.log(u"%1 %2 https://x@%3/?q=%4 %5"_s.arg(
+        m_state->parts().report.log(u"%1 %2 https://x@%3/?q=%4 %5 %6"_s.arg(
                                         *oauth.accessToken(), *oauth.refreshToken(), domain(1).toUpper(),
                                         QString::fromLatin1(QUrl::toPercentEncoding(account.displayName)),
-                                        account.id),
+                                        account.id, m_state->projects().constFirst().title()),
                                     ActivityLogLevel::error);
         const QString text = decoded(report());
         QStringList secrets{*oauth.accessToken(),
@@ -167,6 +169,8 @@ class TestDiagnosis : public StateFixture {
             secrets += {project.domain, project.title(), project.sshLogin()};
         for (const QString& secret : secrets)
             QVERIFY2(!text.contains(decoded(secret)), qPrintable(secret + u'\n' + text));
+        answer(Endpoint::directory, 500); // which empties the list
+        await(m_state->parts().loading.refresh());
         await(m_state->parts().accounts.removeAccount(account.id)); // the log still tells of it
         const QString later = decoded(report());
         for (const QString& secret : secrets.mid(2))

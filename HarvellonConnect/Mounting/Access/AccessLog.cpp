@@ -66,6 +66,10 @@ AccessFinding readAccessLog(const QString& log, bool succeeded, const QString& d
     if (tells("Could not resolve hostname"))
         return {AccessStep::nameUnknown,
                 QStringLiteral("Der Name %1 lässt sich nicht auflösen.").arg(domain)};
+    if (tells("REVOKED HOST KEY DETECTED") || tells(" revoked by file "))
+        return {AccessStep::unclear,
+                QStringLiteral("Der Schlüssel des Servers ist auf diesem Rechner gesperrt (revoked). "
+                               "Vielleicht gibt sich jemand für den Server aus.")};
     if (tells("REMOTE HOST IDENTIFICATION HAS CHANGED"))
         return {AccessStep::hostKeyChanged,
                 QStringLiteral("Der Server weist sich mit einem anderen Schlüssel aus als bisher.")};

@@ -28,15 +28,23 @@ struct Folder {
     QTemporaryDir place;
 };
 
-QByteArray content(const QString& path) {
+/// Nothing where the file cannot be read: a list that is taken for empty would be replaced.
+std::optional<QByteArray> content(const QString& path) {
     QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    if (!file.open(QIODevice::ReadOnly))
+        return file.exists() ? std::nullopt : std::optional(QByteArray());
+    const QByteArray text = file.readAll();
+    return file.error() == QFile::NoError ? std::optional(text) : std::nullopt;
 }
 
 QCoro::Task<QByteArray> contentOf(QString path) {
-    const std::function<QByteArray()> read = [path] { return content(path); };
-    const std::optional<QByteArray> text = co_await Async::onWorker(read);
-    co_return *text;
+    using Content = std::optional<QByteArray>;
+    const std::function<Content()> read = [path] { return content(path); };
+    const std::optional<Content> text = co_await Async::onWorker(read);
+    if (!*text)
+        throw ServerKeyError(
+            QStringLiteral("Die Liste der bekannten Server konnte nicht gelesen werden: %1").arg(path));
+    co_return **text;
 }
 
 QCoro::Task<ShellResult> run(Shell& shell, QString executable, QStringList arguments,
@@ -107,12 +115,14 @@ QCoro::Task<> trustServerKey(HostSystem host, Shell& shell, ServerKey key) {
         }
         const std::function<std::optional<bool>()> replace = [list, copy, before,
                                                               line = key.line]() -> std::optional<bool> {
-            QByteArray lines = content(copy);
-            if (!lines.isEmpty() && !lines.endsWith('\n'))
-                lines.append('\n');
+            std::optional<QByteArray> lines = content(copy);
+            if (!lines)
+                return false;
+            if (!lines->isEmpty() && !lines->endsWith('\n'))
+                lines->append('\n');
             if (content(list) != before)
                 return std::nullopt;
-            return writeAtomically(list, lines + line + '\n', privateFile);
+            return writeAtomically(list, *lines + line + '\n', privateFile);
         };
         const auto replaced = co_await Async::onWorker(replace);
         if (*replaced == true)

@@ -33,9 +33,11 @@ NamesInUse::NamesInUse(AppState& state) : m_state(state) {
 }
 
 void NamesInUse::remember() {
-    for (const Account& account : m_state.accounts())
-        m_accounts.insert(account.id, account);
-    m_projects.insert(m_state.activeAccountID().value_or(QString()), m_state.projects());
+    for (const Account& account : m_state.accounts()) // a later sign-in may bring another name
+        m_accounts.insert(account.id + QLatin1Char('\n') + account.displayName, account);
+    const QList<Project>& projects = m_state.projects();
+    if (!projects.isEmpty()) // a load that fails empties the list
+        m_projects.insert(m_state.activeAccountID().value_or(QString()), projects);
     m_userNames.insert(m_state.userName());
 }
 

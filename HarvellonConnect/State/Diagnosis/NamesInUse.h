@@ -29,7 +29,7 @@ class NamesInUse : public QObject {
     [[nodiscard]] QList<Project> projects() const;
 
     AppState& m_state;
-    QHash<QString, Account> m_accounts;        ///< by id
+    QHash<QString, Account> m_accounts;        ///< by id and name
     QHash<QString, QList<Project>> m_projects; ///< the last list of each account; shared with the state's own
     QSet<QString> m_userNames;
 };

@@ -43,7 +43,7 @@ QByteArray decodedOnce(const QByteArray& text) {
         if (escaped.isEmpty())
             result += text.at(i++);
     }
-    return result.replace("\\/", "/");
+    return result.replace("\\/", "/").replace("\\\"", "\"");
 }
 
 QString canonical(const QString& text) {
