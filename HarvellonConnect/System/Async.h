@@ -39,8 +39,8 @@ QCoro::Task<bool> emission(T* object, Signal signal, std::chrono::milliseconds l
         emitted = true;
         wait.start(0);
     });
-    if (limit != noLimit)
-        wait.start(limit);
+    constexpr std::chrono::hours longest{24 * 20}; // a timer that does not run would not be waited for
+    wait.start(limit == noLimit ? longest : limit);
     co_await wait;
     co_return emitted;
 }

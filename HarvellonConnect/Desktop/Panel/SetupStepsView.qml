@@ -10,13 +10,17 @@ Column {
 
     readonly property SetupSteps steps: state.setup
 
+    function lookIfSeen() {
+        if (steps !== null && Window.visibility !== Window.Hidden)
+            steps.look();
+    }
+
     Accessible.name: "Einrichtung"
     Accessible.role: Accessible.Grouping
 
     // Also when the user comes back from the terminal or the browser.
-    Window.onActiveChanged: if (Window.active) {
-        steps.look();
-    }
+    Window.onActiveChanged: lookIfSeen()
+    Window.onVisibilityChanged: lookIfSeen()
     Component.onCompleted: steps.look()
 
     SetupStep {

@@ -68,7 +68,7 @@ T.ItemDelegate {
     TextButton {
         id: confirm
 
-        Accessible.description: row.displayName
+        Accessible.description: "Account wirklich entfernen? " + row.displayName
         anchors.right: remove.left
         anchors.rightMargin: 6
         dangerous: true
