@@ -5,10 +5,10 @@
 #include "System/Ssh/SocketPath.h"
 #include "System/Ssh/SshOptions.h"
 
-#include <QPointer>
 #include <QDeadlineTimer>
 #include <QFile>
 #include <QFileInfo>
+#include <QPointer>
 #include <QPromise>
 #include <QTcpServer>
 #include <QTcpSocket>
