@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <string>
 
 /// `bytes` as text; nothing when they are not valid UTF-8. QString::fromUtf8 would replace invalid bytes.
 [[nodiscard]] inline std::optional<QString> strictUtf8(const QByteArray& bytes) {
@@ -24,9 +25,10 @@
 
 /// The text for a log: a terminal would obey its control characters, and a line break would forge a line of
 /// our own.
-[[nodiscard]] inline QString printable(QString text) {
+[[nodiscard]] inline QString printable(const QString& text) {
+    std::u32string characters = text.toStdU32String(); // half of a surrogate pair counts as not printable
     std::replace_if(
-        text.begin(), text.end(), [](QChar character) { return !character.isPrint(); },
-        QChar(QChar::ReplacementCharacter));
-    return text;
+        characters.begin(), characters.end(), [](char32_t character) { return !QChar::isPrint(character); },
+        char32_t(QChar::ReplacementCharacter));
+    return QString::fromStdU32String(characters);
 }

@@ -63,6 +63,7 @@ class TestTokens : public LoginFixture {
         QTest::newRow("secrets") << QByteArray(R"(c/1= c%2f1%3d c\/1= c/1%3D verifier-1)")
                                  << u"*** *** *** *** ***"_s;
         QTest::newRow("controls") << QByteArray("a\r\nb\x1b[1m") << u"a\ufffd\ufffdb\ufffd[1m"_s;
+        QTest::newRow("emoji") << QByteArray("a\xF0\x9F\x98\x80\n") << u"a\U0001F600\ufffd"_s;
         QTest::newRow("no text") << QByteArray("abc\xff") << QString();
         QTest::newRow("secret at the end") << longText + "verifier-1" << QString(1020, u'x') + u"***"_s;
         QTest::newRow("cut character") << longText + "abc\xc3\xa4" << QString(1020, u'x') + u"abc"_s;
