@@ -15,7 +15,6 @@ BUTTON = Atspi.Role.PUSH_BUTTON
 ENTRY = Atspi.Role.MENU_ITEM
 LIST = Atspi.Role.LIST
 ROW = Atspi.Role.LIST_ITEM
-ACTIVE = Atspi.StateType.ACTIVE
 FOCUSED = Atspi.StateType.FOCUSED
 SELECTED = Atspi.StateType.SELECTED
 

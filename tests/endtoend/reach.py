@@ -9,7 +9,7 @@ import tempfile
 from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).resolve().parents[2] / "tools"))
-from desktop import ACTIVE, BUTTON, ENTRY, LIST, ROW, SELECTED, Platform, Program  # noqa: E402
+from desktop import BUTTON, ENTRY, LIST, ROW, SELECTED, Platform, Program  # noqa: E402
 from desktop import choose_browser, elements, has, keys, mounted, until, words  # noqa: E402
 
 PROGRAM, PLATFORM = sys.argv[1:3]
@@ -72,7 +72,6 @@ exec /usr/bin/ssh -F /dev/null -o IdentityAgent=none -o 'IdentityFile="{key}"' "
         app.await_element(step)
     subprocess.run(["ssh-keygen", "-q", "-t", "ed25519", "-N", "", "-f", str(key)], check=True)
     keys("Escape")
-    until("the end of the panel", lambda: not has(app.tree().get_child_at_index(0), ACTIVE))
     app.open_panel()
     app.await_element("SSH-Schlüssel, erledigt")
     app.press("Schlüssel kopieren")

@@ -10,17 +10,17 @@ Column {
 
     readonly property SetupSteps steps: state.setup
 
-    function lookIfSeen() {
-        if (steps !== null && Window.visibility !== Window.Hidden)
-            steps.look();
-    }
-
     Accessible.name: "Einrichtung"
     Accessible.role: Accessible.Grouping
 
-    // Also when the user comes back from the terminal or the browser.
-    Window.onActiveChanged: lookIfSeen()
-    Window.onVisibilityChanged: lookIfSeen()
+    // When the user comes back from the terminal or the browser, and when the panel opens: both, because a panel
+    // that is closed and opened again at once has never lost the focus. No steps while the view is destroyed.
+    Window.onActiveChanged: if (Window.active && steps) {
+        steps.look();
+    }
+    Window.onVisibilityChanged: if (Window.visibility !== Window.Hidden && steps) {
+        steps.look();
+    }
     Component.onCompleted: steps.look()
 
     SetupStep {
