@@ -10,6 +10,7 @@
 #include <poll.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <utility>
 
 using namespace std::chrono_literals;
 
@@ -18,8 +19,34 @@ constexpr std::chrono::milliseconds startLimit = 20s;
 constexpr std::chrono::milliseconds betweenTries = 20ms;
 constexpr int notExecuted = 127;
 
+/// The words that exec takes.
+class ExecWords {
+  public:
+    explicit ExecWords(const ProgramStart& start) {
+        QStringList words{start.program};
+        if (opensBundle(start)) {
+            const QString bundle =
+                start.program.section(QLatin1Char('/'), 0, -4); // without Contents/MacOS/NAME
+            words = QStringList{start.bundleOpener.executable} + start.bundleOpener.argumentsFor(bundle);
+        }
+        for (const QString& word : std::as_const(words))
+            m_texts.append(QFile::encodeName(word));
+        for (QByteArray& text : m_texts)
+            m_pointers.append(text.data());
+        m_pointers.append(nullptr);
+    }
+
+    void exec() const { ::execv(m_pointers.first(), m_pointers.constData()); }
+
+    static bool opensBundle(const ProgramStart& start) { return !start.bundleOpener.executable.isEmpty(); }
+
+  private:
+    QByteArrayList m_texts;
+    QList<char*> m_pointers; ///< into the texts
+};
+
 /// Between fork and exec nothing may be allocated.
-[[noreturn]] void beProgram(const char* path) {
+[[noreturn]] void beProgram(const ExecWords& words) {
     ::setsid();
     if (::chdir("/") != 0) // a program that stands in a mount keeps it busy
         ::_exit(notExecuted);
@@ -27,7 +54,7 @@ constexpr int notExecuted = 127;
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
         ::dup2(nothing, stream);
     std::signal(SIGPIPE, SIG_DFL);
-    ::execl(path, path, nullptr);
+    words.exec();
     ::_exit(notExecuted);
 }
 
@@ -41,21 +68,25 @@ constexpr int notExecuted = 127;
 }
 } // namespace
 
-RequestClient startProgram(const QString& program, const QString& socket,
+RequestClient startProgram(const ProgramStart& start, const QString& socket,
                            const std::function<bool(std::chrono::milliseconds)>& goOn) {
-    const QByteArray path = QFile::encodeName(program);
+    const ExecWords words(start);
     QElapsedTimer clock;
     clock.start();
     const pid_t child = ::fork();
     if (child == 0)
-        beProgram(path.constData());
+        beProgram(words);
     std::chrono::milliseconds passed{0};
     while (child > 0 && passed < startLimit && goOn(passed)) {
         if (std::optional<RequestClient> running = RequestClient::to(socket))
             return std::move(*running);
         int status = 0;
-        if (::waitpid(child, &status, WNOHANG) == child)
-            tellEnd(status);
+        if (::waitpid(child, &status, WNOHANG) == child) {
+            if (!ExecWords::opensBundle(start))
+                tellEnd(status);
+            if (status != 0) // otherwise the opener has started the program
+                break;
+        }
         ::poll(nullptr, 0, static_cast<int>(betweenTries.count()));
         passed = std::chrono::milliseconds(clock.elapsed());
     }
@@ -63,7 +94,6 @@ RequestClient startProgram(const QString& program, const QString& socket,
                        QStringLiteral("Harvellon Connect konnte nicht gestartet werden."));
 }
 
-void becomeProgram(const QString& program) {
-    const QByteArray path = QFile::encodeName(program);
-    ::execl(path.constData(), path.constData(), nullptr);
+void becomeProgram(const ProgramStart& start) {
+    ExecWords(start).exec();
 }

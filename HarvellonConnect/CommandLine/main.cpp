@@ -16,9 +16,10 @@ namespace {
 using Command = Request::Command;
 
 /// The program lies beside this one, which may be called through a link.
-QString programPath() {
-    return QFileInfo(QCoreApplication::applicationFilePath()).canonicalPath() +
-           QStringLiteral("/HarvellonConnect");
+ProgramStart startOf(const HostSystem& host) {
+    return {QFileInfo(QCoreApplication::applicationFilePath()).canonicalPath() +
+                QStringLiteral("/HarvellonConnect"),
+            host.bundleOpener};
 }
 
 std::chrono::milliseconds limitOf(Command command) {
@@ -35,12 +36,13 @@ QString progressOf(const Request& request) {
     return connects(request) ? QStringLiteral("Verbinde mit %1 ...").arg(request.project) : QString();
 }
 
-int runProgram(const std::optional<QString>& socket) {
+int runProgram(const HostSystem& host) {
+    const std::optional<QString> socket = requestSocket(host);
     // Asked directly the running program shows itself at once, and without a screen of ours.
     std::optional<RequestClient> running = socket ? RequestClient::to(*socket) : std::nullopt;
     if (running && running->send({}) && running->receive(5s, [](auto) { return true; }))
         return ExitStatus::done;
-    becomeProgram(programPath());
+    becomeProgram(startOf(host));
     throw RequestError(ExitStatus::notReady, QStringLiteral("Harvellon Connect ist nicht installiert."));
 }
 
@@ -50,7 +52,8 @@ int interrupted(const Request& request) {
     return Terminal::interruptedStatus;
 }
 
-int ask(const Invocation& invocation, const std::optional<QString>& socket) {
+int ask(const Invocation& invocation, const HostSystem& host) {
+    const std::optional<QString> socket = requestSocket(host);
     if (!socket)
         throw RequestError(ExitStatus::notReady, QStringLiteral("Harvellon Connect läuft nicht."));
     Terminal terminal;
@@ -61,7 +64,7 @@ int ask(const Invocation& invocation, const std::optional<QString>& socket) {
     if (!running) {
         terminal.setProgress(QStringLiteral("Harvellon Connect startet ..."));
         try {
-            running = startProgram(programPath(), *socket, terminal.goOn());
+            running = startProgram(startOf(host), *socket, terminal.goOn());
         } catch (const RequestError&) {
             if (Terminal::isInterrupted())
                 return Terminal::interruptedStatus;
@@ -93,11 +96,11 @@ int run(const QStringList& words) {
         Terminal::print(QStringLiteral("Harvellon Connect " HARVELLON_VERSION "\n"));
         return ExitStatus::done;
     case Invocation::Kind::program:
-        return runProgram(requestSocket(HostSystem::current()));
+        return runProgram(HostSystem::current());
     case Invocation::Kind::request:
         break;
     }
-    return ask(invocation, requestSocket(HostSystem::current()));
+    return ask(invocation, HostSystem::current());
 }
 } // namespace
 

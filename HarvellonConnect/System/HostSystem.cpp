@@ -27,6 +27,9 @@ HostSystem HostSystem::macOS(const QString& homeFolder) {
                             {umount, {}},
                             host.forcedUnmount};
     host.opener = {QStringLiteral("/usr/bin/open"), {}};
+    // What a terminal starts counts as a part of it: the system would ask the user, and remember the answer,
+    // in the terminal's name.
+    host.bundleOpener = {host.opener.executable, {QStringLiteral("-g")}};
     host.secretOpener = host.opener; // opens nothing where no program is registered
     host.editorLaunchers = {
         QStringLiteral("/Applications/Visual Studio Code.app/Contents/Resources/app/bin/code"),

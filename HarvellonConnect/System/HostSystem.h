@@ -59,6 +59,7 @@ struct HostSystem {
     QList<FuseKind> fuseKinds;              ///< which one a mount is of is known once it is mounted
 
     ExternalCommand opener;       ///< opens an address or a folder with the user's own program
+    ExternalCommand bundleOpener; ///< starts this program by its bundle; empty where it has none
     ExternalCommand secretOpener; ///< opens an address that holds a password; never in a browser instead
     ExternalCommand handlerQuery; ///< prints the program for a type of address; empty where ssh has one
     QStringList editorLaunchers;  ///< where the editor's `code` command is when the search path has none

@@ -8,6 +8,7 @@ HostSystem HostSystem::current() {
     if (!development.isEmpty()) {
         host.preferencesFile = development + QStringLiteral("/preferences.ini");
         host.usesKeyring = false;
+        host.bundleOpener = {}; // it would not hand on these variables
         host.gitEnvironment = environmentOfGit(development);
         host.ssh = qEnvironmentVariable("HARVELLON_SSH", host.ssh);
     }

@@ -1,11 +1,15 @@
 #include "CommandLine/Arguments.h"
 #include "CommandLine/Listing.h"
 #include "CommandLine/Opening.h"
+#include "CommandLine/ProgramStart.h"
 #include "CommandLine/ProjectChoice.h"
 
+#include <QLocalServer>
+#include <QTemporaryDir>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 
 /// What words mean, and what is printed.
 class TestCommandLineRules : public QObject {
@@ -129,6 +133,26 @@ class TestCommandLineRules : public QObject {
         QCOMPARE(listingOf({project}, true),
                  u"[{\"domain\":\"a.de\",\"folder\":\"/m\",\"name\":\"A\ufffd[2J\ufffd\","
                  "\"state\":\"connected\"}]\n"_s);
+    }
+
+    void anOpenerOfBundlesEndsBeforeTheProgramAnswers() {
+        const QTemporaryDir folder;
+        const QString bundle = folder.path();
+        QLocalServer program;
+        for (const bool starts : {true, false}) {
+            const QString script = starts ? u"mkdir \"$0/opened\""_s : u"exit 1"_s;
+            const ProgramStart start{bundle + u"/Contents/MacOS/p"_s, {u"/bin/sh"_s, {u"-c"_s, script}}};
+            std::chrono::milliseconds last{0};
+            const auto listenLater = [&](std::chrono::milliseconds passed) {
+                if (starts && passed > 200ms && QFile::exists(bundle + u"/opened"_s))
+                    program.listen(bundle + u"/s"_s);
+                return (last = passed) < 5s;
+            };
+            QCOMPARE(errorOf([&] { (void)startProgram(start, bundle + u"/s"_s, listenLater); }),
+                     starts ? QString() : u"3 Harvellon Connect konnte nicht gestartet werden."_s);
+            QVERIFY(last < 5s);
+            program.close();
+        }
     }
 
     void theLastLineTellsTheOutcome() {
