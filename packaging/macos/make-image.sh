@@ -150,14 +150,26 @@ codesign --verify --deep --strict "$app"
 
 cp -R "$app" "$folder/content/"
 ln -s /Applications "$folder/content/Applications"
-hdiutil create -quiet -volname 'Harvellon Connect' -srcfolder "$folder/content" -format UDZO "$image"
+# While the system looks a new program over, hdiutil may fail with "Resource busy".
+tries=5
+until hdiutil create -quiet -ov -volname 'Harvellon Connect' -srcfolder "$folder/content" -format UDZO "$image"; do
+    tries=$((tries - 1))
+    [ $tries -gt 0 ] || fail 'hdiutil cannot make the image'
+    sleep 5
+done
 rm -rf "$folder/content"
 
 if [ "$identity" = - ] || [ -z "$profile" ]; then
     say 'not notarised: that takes HARVELLON_SIGNING_IDENTITY and HARVELLON_NOTARY_PROFILE'
 else
     codesign --sign "$identity" --timestamp "$image"
-    xcrun notarytool submit "$image" --keychain-profile "$profile" --wait
+    # It succeeds with any answer, also when Apple refuses.
+    answer=$(xcrun notarytool submit "$image" --keychain-profile "$profile" --wait)
+    if ! printf '%s\n' "$answer" | grep -q '^ *status: Accepted$'; then
+        submission=$(printf '%s\n' "$answer" | sed -n 's/^ *id: //p' | head -n 1)
+        xcrun notarytool log "$submission" --keychain-profile "$profile" >&2 || say "$answer"
+        fail 'not notarised: Apple has refused the image'
+    fi
     xcrun stapler staple "$image"
     spctl --assess --type open --context context:primary-signature --verbose "$image"
 fi
