@@ -7,7 +7,7 @@ void close(std::unique_ptr<AlertWindow>& window) {
     if (!window)
         return;
     QObject::disconnect(window.get(), &AlertWindow::dismissed, nullptr, nullptr);
-    window->hide();
+    window->close();                 // unlike hiding, this tells when no window is left
     window.release()->deleteLater(); // its view is still running the handler that answered
 }
 } // namespace

@@ -48,6 +48,9 @@ StatusBarController::StatusBarController(QmlViews& views, QString versionText, Q
             showProject(domain);
     });
     connect(&m_panelController, &PanelController::closeRequested, this, &StatusBarController::dismiss);
+    // Queued, because another window may be about to open.
+    connect(qGuiApp, &QGuiApplication::lastWindowClosed, this, &StatusBarController::leave,
+            Qt::QueuedConnection);
     connect(&m_panelController, &PanelController::settingsRequested, this,
             &StatusBarController::settingsRequested);
     connect(&m_panelController, &PanelController::updatesRequested, this,
@@ -166,9 +169,13 @@ void StatusBarController::close() {
         m_panel->hide();
 }
 
-/// The user is done: what was active before goes on, unless another window of ours is open.
 void StatusBarController::dismiss() {
     close();
+    leave();
+}
+
+/// The user is done: what was active before goes on, unless another window of ours is open.
+void StatusBarController::leave() {
     const QWindowList windows = QGuiApplication::topLevelWindows();
     if (std::none_of(windows.begin(), windows.end(),
                      [](const QWindow* window) { return window->isVisible(); }))

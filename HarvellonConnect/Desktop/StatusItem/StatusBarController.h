@@ -60,6 +60,7 @@ class StatusBarController : public QObject {
   private:
     void makeMenu();
     void dismiss();
+    void leave();
     void activated(QSystemTrayIcon::ActivationReason reason);
     void choosePanelKind();
     void place();
