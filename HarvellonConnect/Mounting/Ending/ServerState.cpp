@@ -19,6 +19,7 @@ constexpr std::chrono::milliseconds step{250};
 constexpr std::chrono::milliseconds sampleTime{400};
 constexpr int mostSamples = 7;
 constexpr std::chrono::milliseconds answerTime{1'000};
+constexpr std::chrono::milliseconds openFilesTime{3'000}; // see OpenFiles; usually some milliseconds
 constexpr quint64 requestBytes =
     400; // the smallest write and its answer; a keep-alive message moves about 150
 constexpr quint64 uploadBytes = 1024; // a question is shorter
@@ -88,13 +89,13 @@ QCoro::Task<ServerState> serverState(MountSession session, std::chrono::millisec
     }
 }
 
-QCoro::Task<bool> holdsUnsavedData(MountSession mount) {
+QCoro::Task<bool> holdsUnsavedData(MountSession mount, std::chrono::milliseconds limit) {
     const std::function<bool()> work = [folder = mount.mountPoint, group = mount.process->group()] {
         const std::optional<ProcessGroup::Traffic> traffic = ProcessGroup::traffic(group);
         return (traffic && traffic->unsent >= uploadBytes) || anyWrittenBelow(folder);
     };
-    const std::optional<bool> holds = co_await Async::onWorker(work);
-    co_return *holds;
+    const std::optional<bool> holds = co_await Async::onWorker(work, limit);
+    co_return holds.value_or(true);
 }
 
 QCoro::Task<bool> isTransferring(MountSession mount, std::chrono::milliseconds time) {
@@ -122,8 +123,9 @@ QCoro::Task<QStringList> writtenDomains(QList<MountSession> mounts, QList<MountS
     if (all.isEmpty())
         co_return domains;
     const TrafficList before = co_await trafficOf(all);
-    const std::optional<QList<bool>> found = co_await Async::onWorker(work);
-    const QList<bool> open = *found + QList<bool>(detached.size(), true);
+    const std::optional<QList<bool>> found = co_await Async::onWorker(work, openFilesTime);
+    const QList<bool> open =
+        found.value_or(QList<bool>(mounts.size(), true)) + QList<bool>(detached.size(), true);
     for (int sample = 0; sample < mostSamples && domains.isEmpty(); ++sample) {
         co_await Async::sleep(sampleTime);
         const TrafficList after = co_await trafficOf(all);
@@ -152,7 +154,7 @@ QCoro::Task<QStringList> writtenDomains(QList<MountSession> mounts, QList<MountS
 QCoro::Task<bool> renewSilentConnection(MountSession mount, SilenceLimits limits) {
     mount.warmUp->cancel(); // its requests would look like unsaved data
     ServerState state = co_await serverState(mount, limits.idle);
-    const bool unsaved = co_await holdsUnsavedData(mount);
+    const bool unsaved = co_await holdsUnsavedData(mount, limits.idle);
     if (state == ServerState::silent && unsaved) {
         const QList<MountSession> mounts{mount};
         const TrafficList traffic = co_await trafficOf(mounts);

@@ -24,8 +24,9 @@ enum class ServerState {
 QCoro::Task<ServerState> serverState(MountSession session, std::chrono::milliseconds silence);
 
 /// Whether data for the server would be lost if the mount ended now: a program has a file open for writing,
-/// or the connection has not delivered all it was given.
-QCoro::Task<bool> holdsUnsavedData(MountSession mount);
+/// or the connection has not delivered all it was given. True as well when `limit` passes before the system
+/// tells: on macOS it asks the server about each open file.
+QCoro::Task<bool> holdsUnsavedData(MountSession mount, std::chrono::milliseconds limit);
 
 /// Whether more than keep-alive messages goes over the mount's connection within `time`. False where the
 /// system does not tell.

@@ -35,16 +35,18 @@ QCoro::Task<> lookBeforeDetaching(UnmountOutcome& outcome, MountSession session,
         co_return;
     }
     const ServerState server = co_await serverState(session, silence);
-    const bool unsaved = co_await holdsUnsavedData(session);
+    const bool unsaved = co_await holdsUnsavedData(session, silence);
     outcome.silent = server == ServerState::silent || server == ServerState::lost;
     outcome.inUse = !outcome.silent || unsaved;
 }
 
 /// Yields whether something is still being written.
-QCoro::Task<bool> waitForWriters(MountSession session, std::chrono::milliseconds limit) {
-    const QDeadlineTimer deadline(limit);
+QCoro::Task<bool> waitForWriters(MountSession session, UnmountLimits limits) {
+    const QDeadlineTimer deadline(limits.writers);
     for (;;) {
-        const bool unsaved = co_await holdsUnsavedData(session);
+        const std::chrono::milliseconds left(deadline.remainingTime());
+        const std::chrono::milliseconds limit = std::max(left, limits.command);
+        const bool unsaved = co_await holdsUnsavedData(session, limit);
         if (!unsaved || deadline.hasExpired())
             co_return unsaved;
         co_await Async::sleep(writerStep);
@@ -70,7 +72,7 @@ QCoro::Task<UnmountOutcome> unmountByCommands(HostSystem host, Shell& shell, Mou
             if (host.forcedUnmountDetaches)
                 co_await lookBeforeDetaching(outcome, session, limits.silence);
             else
-                outcome.cutOff = co_await waitForWriters(session, limits.writers);
+                outcome.cutOff = co_await waitForWriters(session, limits);
         }
         outcome.complaint = co_await complaintOf(shell, command, session.mountPoint, limits.command);
         if (outcome.complaint)
