@@ -14,7 +14,7 @@ constexpr std::chrono::seconds longestEnd{5};
 }
 
 HarvellonMountApp::HarvellonMountApp(const HostSystem& host, const ServerAddress& server,
-                                     const QString& updateFeed, const QString& versionText)
+                                     const UpdateSource& updates, const QString& versionText)
     : m_keychain(std::make_shared<KeychainStore>(host)), m_preferences(host.preferencesFile),
       m_state({host, server, m_shell, m_keychain, m_preferences, m_network},
               {[this] { m_statusBar.toggle(); },
@@ -29,7 +29,7 @@ HarvellonMountApp::HarvellonMountApp(const HostSystem& host, const ServerAddress
                           m_statusBar.showProject(domain);
                   }},
                  versionText),
-      m_updates(updateFeed, QCoreApplication::applicationVersion(), m_network) {
+      m_updates(updates, m_preferences, m_network) {
     connect(&m_statusBar, &StatusBarController::settingsRequested, this,
             [this] { m_settings.show(m_state); });
     connect(&m_statusBar, &StatusBarController::quitRequested, this, [this] {

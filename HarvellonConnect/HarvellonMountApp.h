@@ -21,7 +21,7 @@ class HarvellonMountApp : public QObject {
     Q_OBJECT
 
   public:
-    HarvellonMountApp(const HostSystem& host, const ServerAddress& server, const QString& updateFeed,
+    HarvellonMountApp(const HostSystem& host, const ServerAddress& server, const UpdateSource& updates,
                       const QString& versionText);
 
     /// Takes every mount down and stores what has to be stored, then ends the event loop. Further calls

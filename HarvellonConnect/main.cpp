@@ -50,7 +50,7 @@ int main(int argc, char* argv[]) {
     keepVolumesClean();
     HarvellonMountApp app(
         host, ServerAddress::configured(QStringLiteral(HARVELLON_SERVER)),
-        QStringLiteral(HARVELLON_UPDATE_FEED),
+        {QStringLiteral(HARVELLON_UPDATE_FEED), HARVELLON_FEED_KEY, QStringLiteral(HARVELLON_VERSION)},
         appVersionText(QStringLiteral(HARVELLON_VERSION), QStringLiteral(HARVELLON_BUILD_NUMBER)));
     instance.requests().setHandler([&app](const Request& request) { return app.answer(request); });
     return QApplication::exec();
