@@ -32,15 +32,17 @@ case $address in
     *) fail "HARVELLON_UPDATE_FEED is no https address: $address" ;;
 esac
 feed=$(dirname "$package")/${address##*/}
-time() { date -u -d "$1" +%Y-%m-%dT%H:%M:%SZ; }
+moment() { date -u -d "$1" +%Y-%m-%dT%H:%M:%SZ; }
+issued=$(moment now)
+expires=$(moment "${HARVELLON_FEED_DAYS:-90} days")
 
-cat >"$feed" <<END
+cat >"$feed.new" <<END
 <?xml version="1.0" encoding="utf-8"?>
 <rss version="2.0" xmlns:harvellon="${address%/*}" xmlns:sparkle="http://www.andymatuschak.org/xml-namespaces/sparkle">
   <channel>
     <title>Harvellon Connect</title>
-    <harvellon:issued>$(time now)</harvellon:issued>
-    <harvellon:expires>$(time "${HARVELLON_FEED_DAYS:-90} days")</harvellon:expires>
+    <harvellon:issued>$issued</harvellon:issued>
+    <harvellon:expires>$expires</harvellon:expires>
     <item>
       <enclosure url="${address%/*}/$(basename "$package")" length="$(wc -c <"$package")" sparkle:os="linux"
         type="application/vnd.debian.binary-package" sparkle:shortVersionString="$(setting CMAKE_PROJECT_VERSION)"/>
@@ -48,6 +50,8 @@ cat >"$feed" <<END
   </channel>
 </rss>
 END
-signature=$(openssl pkeyutl -sign -rawin -inkey "$key" -in "$feed" | openssl base64 -A)
-echo "<!-- signature $signature -->" >>"$feed"
+signature=$(openssl pkeyutl -sign -rawin -inkey "$key" -in "$feed.new" | openssl base64 -A)
+[ ${#signature} -eq 88 ] || fail "$key cannot sign: is it an Ed25519 key?"
+echo "<!-- signature $signature -->" >>"$feed.new"
+mv "$feed.new" "$feed"
 echo "$feed"
