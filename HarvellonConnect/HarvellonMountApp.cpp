@@ -13,9 +13,10 @@ namespace {
 constexpr std::chrono::seconds longestEnd{5};
 }
 
-HarvellonMountApp::HarvellonMountApp(const HostSystem& host, const ServerAddress& server,
-                                     const QString& updateFeed, const QString& versionText)
-    : m_keychain(std::make_shared<KeychainStore>(host)), m_preferences(host.preferencesFile),
+HarvellonMountApp::HarvellonMountApp(const HostSystem& host, const ManagedSettings& managed,
+                                     const ServerAddress& server, const UpdateSource& updates,
+                                     const QString& versionText)
+    : m_keychain(std::make_shared<KeychainStore>(host)), m_preferences(host.preferencesFile, managed.values),
       m_state({host, server, m_shell, m_keychain, m_preferences, m_network},
               {[this] { m_statusBar.toggle(); },
                [](const QString& text) { QGuiApplication::clipboard()->setText(text); },
@@ -29,7 +30,7 @@ HarvellonMountApp::HarvellonMountApp(const HostSystem& host, const ServerAddress
                           m_statusBar.showProject(domain);
                   }},
                  versionText),
-      m_updates(updateFeed, QCoreApplication::applicationVersion(), m_network) {
+      m_updates(updates, m_preferences, m_network) {
     connect(&m_statusBar, &StatusBarController::settingsRequested, this,
             [this] { m_settings.show(m_state); });
     connect(&m_statusBar, &StatusBarController::quitRequested, this, [this] {
@@ -45,6 +46,8 @@ HarvellonMountApp::HarvellonMountApp(const HostSystem& host, const ServerAddress
     connect(qGuiApp, &QGuiApplication::commitDataRequest, this, &HarvellonMountApp::quit,
             Qt::DirectConnection);
     connect(qGuiApp, &QGuiApplication::aboutToQuit, this, &HarvellonMountApp::finishBeforeLoopEnds);
+    for (const QString& problem : managed.problems)
+        m_state.parts().report.log(problem, ActivityLogLevel::warning);
     m_statusBar.install(m_state);
     qGuiApp->installEventFilter(this);
 }

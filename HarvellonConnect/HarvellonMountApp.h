@@ -8,6 +8,7 @@
 #include "SignIn/Keychain/KeychainStore.h"
 #include "State/AppState.h"
 #include "System/HostSystem.h"
+#include "System/Managed/ManagedSettings.h"
 #include "System/Preferences.h"
 #include "System/Shell.h"
 #include "System/TerminationSignals.h"
@@ -21,8 +22,8 @@ class HarvellonMountApp : public QObject {
     Q_OBJECT
 
   public:
-    HarvellonMountApp(const HostSystem& host, const ServerAddress& server, const QString& updateFeed,
-                      const QString& versionText);
+    HarvellonMountApp(const HostSystem& host, const ManagedSettings& managed, const ServerAddress& server,
+                      const UpdateSource& updates, const QString& versionText);
 
     /// Takes every mount down and stores what has to be stored, then ends the event loop. Further calls
     /// change nothing.

@@ -48,9 +48,11 @@ int main(int argc, char* argv[]) {
     if (!instance.claim())
         return EXIT_SUCCESS;
     keepVolumesClean();
+    const ManagedSettings managed = ManagedSettings::read(host);
     HarvellonMountApp app(
-        host, ServerAddress::configured(QStringLiteral(HARVELLON_SERVER)),
-        QStringLiteral(HARVELLON_UPDATE_FEED),
+        host, managed, managed.server(QStringLiteral(HARVELLON_SERVER)),
+        {QStringLiteral(HARVELLON_UPDATE_FEED), HARVELLON_FEED_KEY, QStringLiteral(HARVELLON_VERSION),
+         managed.allowsUpdates()},
         appVersionText(QStringLiteral(HARVELLON_VERSION), QStringLiteral(HARVELLON_BUILD_NUMBER)));
     instance.requests().setHandler([&app](const Request& request) { return app.answer(request); });
     return QApplication::exec();

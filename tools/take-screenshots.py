@@ -95,8 +95,9 @@ def pin_or_unpin(*names):
     time.sleep(0.3)
 
 
-def start(*arguments, ssh=None):
-    """A platform and a program of their own, with an empty home. `ssh`: a script in the place of the ssh client."""
+def start(*arguments, ssh=None, managed=""):
+    """A platform and a program of their own, with an empty home. `ssh`: a script in the place of the ssh client. `managed`:
+    what an administrator has laid down; only root can be one."""
     folder = tempfile.mkdtemp(prefix="pictures")
     made = Platform(PLATFORM, os.path.join(folder, "platform"), *arguments)
     home = os.path.join(folder, "home")
@@ -106,7 +107,12 @@ def start(*arguments, ssh=None):
         with open(client, "w", encoding="utf8") as script:
             script.write(ssh)
         os.chmod(client, 0o700)
-    program = Program(PROGRAM, dict(made.environment(home), HARVELLON_SSH=client), subprocess.DEVNULL)
+    if managed:
+        os.makedirs(os.path.join(folder, "harvellon.com"))
+        with open(os.path.join(folder, "harvellon.com", "HarvellonConnect.conf"), "w", encoding="utf8") as file:
+            file.write(managed)
+    environment = dict(made.environment(home), HARVELLON_SSH=client, XDG_CONFIG_DIRS=folder)
+    program = Program(PROGRAM, environment, subprocess.DEVNULL)
     program.open_panel()
     return made, program, home
 
@@ -117,6 +123,12 @@ def install_programs():
     os.makedirs(folder)
     for program in ("phpstorm", "codium", "subl", "nvim", "kitty", "konsole", "mysql"):
         os.symlink("/bin/true", os.path.join(folder, program))
+
+
+def make_higher(height):
+    """Resizes the settings, so that more of them is seen."""
+    window = subprocess.run(["xdotool", "getactivewindow"], capture_output=True, text=True, check=True).stdout.strip()
+    subprocess.run(["xdotool", "windowsize", "--sync", window, str(520 * int(SCALE)), str(height * int(SCALE))], check=True)
 
 
 def end():
@@ -231,9 +243,7 @@ install_programs()
 app.open_panel()
 keys("ctrl+comma")
 time.sleep(1)
-window = subprocess.run(["xdotool", "getactivewindow"], capture_output=True, text=True, check=True).stdout.strip()
-height = str(840 * int(SCALE))
-subprocess.run(["xdotool", "windowsize", "--sync", window, str(520 * int(SCALE)), height], check=True)
+make_higher(840)
 keys(*["Tab"] * 6)
 keys("space")
 time.sleep(0.5)
@@ -243,6 +253,16 @@ words("emacsclient -c -n %f")
 keys("Tab")
 time.sleep(0.3)
 picture("settings-programs")
+end()
+
+platform, app, home = start(managed="[General]\nServer=https://connect.firma.example\nUpdates=false\nStartsAtLogin=true\n"
+                            "GlobalHotkeyEnabled=true\nEditor=phpstorm\nTerminal=own\nTerminalCommand=footclient\n")
+install_programs()
+keys("ctrl+comma")
+time.sleep(1)
+make_higher(930)
+time.sleep(0.5)
+picture("settings-managed")
 end()
 
 platform, app, home = start()

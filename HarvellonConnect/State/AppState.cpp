@@ -3,12 +3,12 @@
 #include "Actions/BrowserSearch.h"
 #include "Mounting/Keys/LegacyKey.h"
 #include "System/Async.h"
+#include "System/Managed/ManagedSettings.h"
 #include "System/Preferences.h"
 
 #include <QUrl>
 
 namespace {
-const QString globalHotkeyKey = QStringLiteral("GlobalHotkeyEnabled");
 const QString quietWorkspaceKey = QStringLiteral("QuietWorkspace");
 constexpr std::chrono::seconds storingLimit{4};
 } // namespace
@@ -54,7 +54,7 @@ AppState::AppState(AppServices services, DesktopCommands desktop, QObject* paren
       m_care(m_connections, m_sshfsMounter, m_preferences, m_report, m_guidance),
       m_repositories(m_host, services.shell, m_sshfsMounter, m_connections, m_report),
       m_diagnosis(std::make_unique<Diagnosis>(*this, services.shell)), m_actions(m_context),
-      m_globalHotkeyEnabled(m_preferences.boolean(globalHotkeyKey).value_or(true)) {
+      m_globalHotkeyEnabled(m_preferences.boolean(SettingKey::hotkey).value_or(true)) {
     m_editor.setQuiet(m_preferences.boolean(quietWorkspaceKey).value_or(false));
     publishParts();
     m_accounts.loadAccountsRegistry();
@@ -158,6 +158,8 @@ QCoro::Task<> AppState::startUp() {
     // The icon comes first: loading what speaks TLS takes as long as showing it.
     co_await Async::sleep(std::chrono::milliseconds(50));
     m_care.startUp(); // beside the first load
+    if (m_management->fixesLoginItem() && startsAtLogin() != m_management->startsAtLogin())
+        setStartsAtLogin(*m_management->startsAtLogin());
     m_repositories.look();
     if (accounts().isEmpty())
         co_await m_accounts.migrateLegacyLoginIfNeeded();
@@ -239,10 +241,6 @@ QCoro::Task<> AppState::fillSearch() {
     setSearchText(tab.domain.value_or(searchText()));
 }
 
-void AppState::answerGuidance(int button) {
-    m_guidance.answer(button);
-}
-
 void AppState::copyText(const QString& text) const {
     m_desktop.copyText(text);
 }
@@ -255,15 +253,16 @@ void AppState::setSearchText(const QString& text) {
 }
 
 void AppState::setGlobalHotkeyEnabled(bool enabled) {
-    if (enabled == m_globalHotkeyEnabled)
+    if (enabled == m_globalHotkeyEnabled || m_management->fixesHotkey())
         return;
     m_globalHotkeyEnabled = enabled;
-    m_report.remember(globalHotkeyKey, enabled);
+    m_report.remember(SettingKey::hotkey, enabled);
     applyHotkeySetting();
     Q_EMIT globalHotkeyEnabledChanged();
 }
 
-void AppState::setStartsAtLogin(bool starts) {
+void AppState::setStartsAtLogin(bool wanted) {
+    const bool starts = m_management->startsAtLogin().value_or(wanted);
     if (!m_loginItem.setEnabled(starts))
         m_report.log(QStringLiteral("Der Start beim Anmelden konnte nicht geändert werden."),
                      ActivityLogLevel::warning);

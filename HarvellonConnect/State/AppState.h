@@ -16,6 +16,7 @@
 #include "State/Git/MountedRepositories.h"
 #include "State/GuidanceQuestion.h"
 #include "State/Login/LoginPage.h"
+#include "State/Managed/Management.h"
 #include "State/Programs/ProgramSettings.h"
 #include "State/ProjectLoading.h"
 #include "State/Rows/ProjectMarks.h"
@@ -75,6 +76,7 @@ class AppState : public QObject {
     Q_PROPERTY(ProgramSettings* programs READ programs CONSTANT)
     Q_PROPERTY(AccessHelp* access READ access CONSTANT)
     Q_PROPERTY(SetupSteps* setup READ setup CONSTANT)
+    Q_PROPERTY(Management* management READ management CONSTANT)
     Q_PROPERTY(QVariantMap guidance READ guidance NOTIFY guidanceChanged)
     Q_PROPERTY(QString hotkeyProblem READ hotkeyProblem NOTIFY hotkeyProblemChanged)
     Q_PROPERTY(bool startsAtLogin READ startsAtLogin WRITE setStartsAtLogin NOTIFY startsAtLoginChanged)
@@ -120,8 +122,9 @@ class AppState : public QObject {
     /// project's row does not offer it.
     Q_INVOKABLE void perform(int target, const QString& domain, bool alternative);
     Q_INVOKABLE void fillSearchFromChrome();
+
     /// Closes the open alert with the button that was pressed, counted from 0; -1 for none.
-    Q_INVOKABLE void answerGuidance(int button);
+    Q_INVOKABLE void answerGuidance(int button) { m_guidance.answer(button); }
 
     Q_INVOKABLE void dismissLastError() { m_report.setLastError(std::nullopt); }
 
@@ -214,6 +217,8 @@ class AppState : public QObject {
 
     [[nodiscard]] SetupSteps* setup() const { return m_setup.get(); }
 
+    [[nodiscard]] Management* management() const { return m_management.get(); }
+
     /// The alert that is open: "title", "text" and "buttons" (list of texts); empty when there is none.
     [[nodiscard]] QVariantMap guidance() const { return m_guidance.map(); }
 
@@ -248,6 +253,7 @@ class AppState : public QObject {
 
     const HostSystem m_host;
     Preferences& m_preferences;
+    const std::unique_ptr<Management> m_management = std::make_unique<Management>(m_preferences);
     DesktopCommands m_desktop;
 
     ActivityReport m_report;

@@ -15,34 +15,37 @@ std::unique_ptr<QSettings> settingsIn(const QString& file) {
 }
 } // namespace
 
-Preferences::Preferences(const QString& file) : m_file(file), m_settings(settingsIn(file)) {}
+Preferences::Preferences(const QString& file, QVariantMap fixed)
+    : m_file(file), m_fixed(std::move(fixed)), m_settings(settingsIn(file)) {}
 
 std::optional<bool> Preferences::boolean(const QString& key) const {
-    const QVariant value = m_settings->value(key);
-    if (value.typeId() == QMetaType::Bool)
-        return value.toBool();
+    const QVariant stored = value(key);
+    if (stored.typeId() == QMetaType::Bool)
+        return stored.toBool();
     // An INI file knows texts only, and writes booleans as these two.
-    const QString text = value.toString();
-    if (value.typeId() == QMetaType::QString &&
+    const QString text = stored.toString();
+    if (stored.typeId() == QMetaType::QString &&
         (text == QLatin1String("true") || text == QLatin1String("false")))
         return text == QLatin1String("true");
     return std::nullopt;
 }
 
 std::optional<QString> Preferences::text(const QString& key) const {
-    const QVariant value = m_settings->value(key);
-    return value.typeId() == QMetaType::QString ? std::optional(value.toString()) : std::nullopt;
+    const QVariant stored = value(key);
+    return stored.typeId() == QMetaType::QString ? std::optional(stored.toString()) : std::nullopt;
 }
 
 std::optional<QByteArray> Preferences::data(const QString& key) const {
-    const QVariant value = m_settings->value(key);
-    if (value.typeId() == QMetaType::QByteArray || value.typeId() == QMetaType::QString)
-        return value.toByteArray();
+    const QVariant stored = value(key);
+    if (stored.typeId() == QMetaType::QByteArray || stored.typeId() == QMetaType::QString)
+        return stored.toByteArray();
     return std::nullopt;
 }
 
 bool Preferences::set(const QVariantMap& values) {
     for (auto value = values.begin(); value != values.end(); ++value) {
+        if (fixed(value.key()).isValid())
+            continue;
         if (value->isValid())
             m_settings->setValue(value.key(), *value);
         else

@@ -8,16 +8,20 @@ struct UpdateController::Native {
     SPUStandardUpdaterController* updaterController = nil;
 };
 
-UpdateController::UpdateController(const QString& /*feed*/, const QString& /*currentVersion*/,
+UpdateController::UpdateController(const UpdateSource& source, Preferences& /*preferences*/,
                                    QNetworkAccessManager& /*network*/, QObject* parent)
     : QObject(parent), m_native(std::make_unique<Native>()) {
-    m_native->updaterController = [[SPUStandardUpdaterController alloc] initWithStartingUpdater:YES
-                                                                                updaterDelegate:nil
-                                                                             userDriverDelegate:nil];
+    if (source.isAllowed)
+        m_native->updaterController = [[SPUStandardUpdaterController alloc] initWithStartingUpdater:YES
+                                                                                    updaterDelegate:nil
+                                                                                 userDriverDelegate:nil];
 }
 
 UpdateController::~UpdateController() = default;
 
 void UpdateController::checkForUpdates() {
-    [m_native->updaterController checkForUpdates:nil];
+    if (m_native->updaterController)
+        [m_native->updaterController checkForUpdates:nil];
+    else
+        Q_EMIT announced(QStringLiteral("Harvellon Connect"), updatesForbidden);
 }

@@ -32,14 +32,45 @@ Item readItem(QXmlStreamReader& xml) {
     }
     return item;
 }
+
+/// A time that means the same everywhere, such as 2026-11-26T10:00:00Z.
+QDateTime readTime(QXmlStreamReader& xml) {
+    const QString text = xml.readElementText(QXmlStreamReader::SkipChildElements).trimmed();
+    const QDateTime time = QDateTime::fromString(text, Qt::ISODate);
+    return time.timeSpec() == Qt::LocalTime ? QDateTime() : time;
+}
 } // namespace
 
-std::optional<Release> newerRelease(const QByteArray& feed, const QString& current) {
+QString FeedError::description() const {
+    switch (m_case) {
+    case Case::unreachable:
+        return QStringLiteral("Die Liste der Versionen ist gerade nicht erreichbar.");
+    case Case::notGenuine:
+        return QStringLiteral("Die Liste der Versionen ist nicht echt und wird nicht verwendet.");
+    case Case::unreadable:
+        return QStringLiteral("Die Liste der Versionen ist nicht lesbar.");
+    case Case::fromTheFuture:
+        return QStringLiteral("Die Liste der Versionen ist neuer als die Uhr dieses Rechners.");
+    case Case::older:
+        return QStringLiteral("Die Liste der Versionen ist älter als die zuletzt gelesene.");
+    case Case::expired:
+        return QStringLiteral("Die Liste der Versionen ist abgelaufen.");
+    }
+    Q_UNREACHABLE();
+}
+
+UpdateFeed UpdateFeed::read(const QByteArray& feed, const QString& current) {
     QXmlStreamReader xml(feed);
-    std::optional<Release> newest;
+    UpdateFeed read;
     QVersionNumber least = QVersionNumber::fromString(current);
     while (!xml.atEnd()) {
-        if (xml.readNext() != QXmlStreamReader::StartElement || xml.name() != QLatin1String("item"))
+        if (xml.readNext() != QXmlStreamReader::StartElement)
+            continue;
+        if (xml.name() == QLatin1String("issued"))
+            read.issued = readTime(xml);
+        else if (xml.name() == QLatin1String("expires"))
+            read.expires = readTime(xml);
+        if (xml.name() != QLatin1String("item"))
             continue;
         const Item item = readItem(xml);
         const QVersionNumber version = QVersionNumber::fromString(item.version);
@@ -47,7 +78,19 @@ std::optional<Release> newerRelease(const QByteArray& feed, const QString& curre
         if (version.isNull() || version <= least || address.scheme() != QLatin1String("https"))
             continue;
         least = version;
-        newest = Release{version.toString(), address};
+        read.newer = Release{version.toString(), address};
     }
-    return xml.hasError() ? std::nullopt : newest;
+    if (xml.hasError() || !read.issued.isValid() || !read.expires.isValid())
+        throw FeedError(FeedError::Case::unreadable);
+    return read;
+}
+
+void UpdateFeed::requireFresh(const QDateTime& newest, const QDateTime& now) const {
+    // A date far ahead would be remembered, and every later feed refused. Clocks differ, so a day is allowed.
+    if (issued > now.addDays(1))
+        throw FeedError(FeedError::Case::fromTheFuture);
+    if (newest.isValid() && issued < newest)
+        throw FeedError(FeedError::Case::older);
+    if (now >= expires)
+        throw FeedError(FeedError::Case::expired);
 }

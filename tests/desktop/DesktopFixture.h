@@ -25,7 +25,7 @@
 /// The whole desktop part on a real state, against the embedded platform.
 class DesktopFixture {
   public:
-    explicit DesktopFixture(const QString& server, const QString& sshfs = {}) {
+    explicit DesktopFixture(const QString& server, const QString& sshfs = {}, const QVariantMap& fixed = {}) {
         host = HostSystem::linuxDesktop(home.path());
         host.preferencesFile = home.filePath(QStringLiteral("preferences.ini"));
         host.temporaryFolder = home.path();
@@ -35,7 +35,7 @@ class DesktopFixture {
         if (!sshfs.isEmpty())
             host.sshfsCandidates = {sshfs};
         keychain = std::make_shared<KeychainStore>(host);
-        preferences = std::make_unique<Preferences>(host.preferencesFile);
+        preferences = std::make_unique<Preferences>(host.preferencesFile, fixed);
         shell.browser = [this](const QString& address) {
             if (address.startsWith(QLatin1String("http://127.0.0.1")))
                 network.get(QNetworkRequest(QUrl(address + QStringLiteral("&identity=") + identity)));

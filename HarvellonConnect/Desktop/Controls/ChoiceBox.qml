@@ -16,7 +16,10 @@ T.ComboBox {
     signal picked(key: string)
 
     Accessible.name: text
-    Accessible.onPressAction: box.popup.open()
+    // Assistive technology presses what is disabled, too.
+    Accessible.onPressAction: if (box.enabled) {
+        box.popup.open();
+    }
     currentIndex: chosenIndex
     focusPolicy: Qt.TabFocus
     font.family: Theme.family
@@ -63,7 +66,7 @@ T.ComboBox {
         }
     }
     contentItem: Text {
-        color: Theme.ink
+        color: box.enabled ? Theme.ink : Theme.secondary
         elide: Text.ElideRight
         font: box.font
         leftPadding: 10
@@ -76,6 +79,7 @@ T.ComboBox {
         color: Theme.secondary
         size: Theme.smallIconSize
         symbol: "chevron.up.chevron.down"
+        visible: box.enabled // otherwise there is nothing to choose
         x: box.width - width - 8
         y: (box.height - height) / 2
     }

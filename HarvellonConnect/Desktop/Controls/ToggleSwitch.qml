@@ -1,10 +1,13 @@
 import QtQuick
 import QtQuick.Templates as T
+import Harvellon.Desktop
 
 T.Switch {
     id: toggle
 
     function press() {
+        if (!toggle.enabled) // assistive technology presses it all the same
+            return;
         toggle.toggle();
         toggle.toggled();
     }
@@ -15,6 +18,7 @@ T.Switch {
     focusPolicy: Qt.TabFocus
     implicitHeight: 22
     implicitWidth: 38
+    opacity: enabled ? 1 : ButtonLook.disabledOpacity
 
     Keys.forwardTo: ReturnKey {
         onPressed: toggle.press()

@@ -6,6 +6,7 @@ Card {
     id: card
 
     required property Diagnosis diagnosis
+    required property Management management
     required property string versionText
 
     Accessible.name: "Über"
@@ -32,6 +33,16 @@ Card {
             lineHeightMode: Text.FixedHeight
             text: "Harvellon Connect ist ein echt gewaltiges Helper Programm, das deinen Mac mit der Harvellon Welt verbindet. Einfach anmelden und schon geht dieses Tool ab wie Schnitzel."
             verticalAlignment: Text.AlignTop
+            width: parent.width
+            wrapMode: Text.Wrap
+        }
+
+        CaptionLabel {
+            Accessible.name: text
+            Accessible.role: Accessible.StaticText
+            text: card.management.summary
+            topPadding: 6
+            visible: text !== ""
             width: parent.width
             wrapMode: Text.Wrap
         }

@@ -11,6 +11,9 @@ Item {
     property string caption
     property string command
     property string commandHint
+    property bool fixed: false ///< by the administrator
+
+    readonly property string shownCaption: fixed ? "Von der Verwaltung festgelegt" : caption
 
     readonly property bool ownChosen: box.choices[box.chosenIndex]?.key === "own"
 
@@ -31,7 +34,7 @@ Item {
         Accessible.role: Accessible.StaticText
         elide: Text.ElideRight
         height: Theme.captionLine
-        text: row.caption
+        text: row.shownCaption
         width: box.x - 12 - x
         x: Theme.inset
         y: 26
@@ -40,9 +43,10 @@ Item {
     ChoiceBox {
         id: box
 
-        Accessible.description: row.caption
+        Accessible.description: row.shownCaption
         anchors.right: parent.right
         anchors.rightMargin: Theme.inset
+        enabled: !row.fixed
         y: 10
 
         onPicked: key => row.picked(key)
@@ -51,16 +55,18 @@ Item {
     T.TextField {
         id: field
 
-        Accessible.description: placeholderText
+        Accessible.description: row.fixed ? row.shownCaption : placeholderText
         Accessible.name: row.text + ": eigener Befehl"
         activeFocusOnTab: true
-        color: Theme.ink
+        color: enabled ? Theme.ink : Theme.secondary
+        enabled: !row.fixed
         font.family: Theme.family
         font.pixelSize: Theme.labelSize
         height: Theme.fieldHeight
         leftPadding: 10
         placeholderText: row.commandHint
         placeholderTextColor: Theme.secondary
+        readOnly: row.fixed
         rightPadding: 10
         selectByMouse: true
         selectedTextColor: Theme.primaryInk
@@ -73,7 +79,11 @@ Item {
         y: 52
 
         // Not onTextEdited: assistive technology sets the text without editing it.
-        onTextChanged: row.written(text)
+        onTextChanged: {
+            row.written(text);
+            if (row.fixed)
+                text = Qt.binding(() => row.command);
+        }
 
         background: Rectangle {
             border.color: field.activeFocus ? Theme.focus : Theme.outline

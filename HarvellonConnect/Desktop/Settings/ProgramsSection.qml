@@ -22,6 +22,7 @@ Card {
             choices: card.programs.editors
             command: card.programs.editorCommand
             commandHint: "Befehl; %f steht für den Ordner"
+            fixed: card.programs.editorIsFixed
             text: "Editor"
             width: parent.width
 
@@ -34,6 +35,7 @@ Card {
             choices: card.programs.terminals
             command: card.programs.terminalCommand
             commandHint: "Befehl; %c steht für das, was darin läuft, sonst nach -e"
+            fixed: card.programs.terminalIsFixed
             text: "Terminal"
             width: parent.width
 

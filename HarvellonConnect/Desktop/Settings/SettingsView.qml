@@ -58,7 +58,7 @@ FocusScope {
 
         /// The additional height of an enlarged window goes to the list of accounts.
         readonly property real extra: Math.max(0, height - leastHeight)
-        readonly property real leastHeight: 558 + programs.height + about.height + told
+        readonly property real leastHeight: 436 + start.height + programs.height + about.height + told
         readonly property real told: errorSpace + (refusal.visible ? refusal.height + Theme.gap : 0)
         readonly property real errorSpace: accountError.visible ? accountError.height + Theme.gap : 0
         /// How much lower the sections below the accounts stand.
@@ -131,7 +131,8 @@ FocusScope {
         }
 
         StartSection {
-            height: 122
+            id: start
+
             state: view.state
             width: view.cardWidth
             x: Theme.settingsMargin
@@ -141,7 +142,7 @@ FocusScope {
         SectionLabel {
             text: "Verbundene Projekte"
             x: Theme.settingsMargin
-            y: 350 + page.below
+            y: 228 + start.height + page.below
         }
 
         ProjectsSection {
@@ -149,13 +150,13 @@ FocusScope {
             state: view.state
             width: view.cardWidth
             x: Theme.settingsMargin
-            y: 368 + page.below
+            y: 246 + start.height + page.below
         }
 
         SectionLabel {
             text: "Programme"
             x: Theme.settingsMargin
-            y: 502 + page.below
+            y: 380 + start.height + page.below
         }
 
         ProgramsSection {
@@ -164,23 +165,24 @@ FocusScope {
             programs: view.state.programs
             width: view.cardWidth
             x: Theme.settingsMargin
-            y: 520 + page.below
+            y: 398 + start.height + page.below
         }
 
         SectionLabel {
             text: "Über"
             x: Theme.settingsMargin
-            y: 528 + programs.height + page.below
+            y: 406 + start.height + programs.height + page.below
         }
 
         AboutSection {
             id: about
 
             diagnosis: view.state.diagnosis
+            management: view.state.management
             versionText: view.versionText
             width: view.cardWidth
             x: Theme.settingsMargin
-            y: 546 + programs.height + page.below
+            y: 424 + start.height + programs.height + page.below
 
             // What a report has come to stands below the buttons.
             onHeightChanged: if (diagnosis.message !== "") {

@@ -11,9 +11,11 @@ Card {
 
     Accessible.name: "Tastatur und Start"
     Accessible.role: Accessible.Grouping
+    height: again.y + again.height
 
     SwitchRow {
         caption: card.troubled ? card.state.hotkeyProblem : "Systemweit aktiv, auch wenn die App im Hintergrund ist."
+        fixed: card.state.management.fixesHotkey
         height: 54
         on: card.state.globalHotkeyEnabled
         text: "F19 oeffnet Harvellon Connect"
@@ -24,7 +26,10 @@ Card {
     }
 
     SwitchRow {
-        height: 38
+        id: login
+
+        fixed: card.state.management.fixesLoginItem
+        height: fixed ? 54 : 38
         on: card.state.startsAtLogin
         text: "Beim Anmelden starten"
         width: parent.width
@@ -34,11 +39,13 @@ Card {
     }
 
     SwitchRow {
+        id: again
+
         height: 38
         on: card.state.reconnectsAtStart
         text: "Beim Start wieder verbinden"
         width: parent.width
-        y: 84
+        y: login.y + login.height - 4
 
         onToggled: wanted => card.state.reconnectsAtStart = wanted
     }

@@ -9,6 +9,9 @@ Item {
     property string caption
     property int captionLines: 1
     property bool troubled: false
+    property bool fixed: false ///< by the administrator
+
+    readonly property string shownCaption: fixed && !troubled ? "Von der Verwaltung festgelegt" : caption
 
     /// Where the caption begins, with the text above it.
     readonly property real captionTop: height / 2 + 1 - (captionLines - 1) * Theme.captionLine / 2
@@ -19,7 +22,7 @@ Item {
         height: Theme.bodyLine
         text: toggle.text
         x: Theme.inset
-        y: row.caption === "" ? (row.height - height) / 2 : row.captionTop - 18
+        y: row.shownCaption === "" ? (row.height - height) / 2 : row.captionTop - 18
     }
 
     CaptionLabel {
@@ -31,7 +34,7 @@ Item {
         lineHeight: Theme.captionLine
         lineHeightMode: Text.FixedHeight
         maximumLineCount: row.captionLines
-        text: row.caption
+        text: row.shownCaption
         verticalAlignment: Text.AlignTop
         visible: text !== ""
         width: toggle.x - 12 - x
@@ -43,11 +46,12 @@ Item {
     ToggleSwitch {
         id: toggle
 
-        Accessible.description: row.caption
+        Accessible.description: row.shownCaption
         anchors.right: parent.right
         anchors.rightMargin: Theme.inset
         anchors.verticalCenter: parent.verticalCenter
         checked: row.on
+        enabled: !row.fixed
 
         // The change can fail: restore the binding, so that the switch shows the real state.
         onToggled: {

@@ -2,6 +2,7 @@
 
 #include "State/ActivityReport.h"
 #include "System/Async.h"
+#include "System/Managed/ManagedSettings.h"
 #include "System/Preferences.h"
 
 #include <QPointer>
@@ -10,11 +11,7 @@
 #include <algorithm>
 
 namespace {
-const QString editorKey = QStringLiteral("Editor");
-const QString editorCommandKey = QStringLiteral("EditorCommand");
 const QString editorsOfProjectsKey = QStringLiteral("EditorsOfProjects"); // "domain=key" lines
-const QString terminalKey = QStringLiteral("Terminal");
-const QString terminalCommandKey = QStringLiteral("TerminalCommand");
 const QString databaseKey = QStringLiteral("DatabaseWay");
 const QString tunnelWay = QStringLiteral("tunnel");
 const QString ownName = QStringLiteral("Eigener Befehl");
@@ -62,15 +59,25 @@ QString textOf(const QHash<QString, QString>& editors) {
 
 ProgramSettings::ProgramSettings(HostSystem host, Preferences& preferences, ActivityReport& report,
                                  std::function<void(const QString& domain)> openEditor)
-    : m_host(std::move(host)), m_report(report), m_openEditor(std::move(openEditor)) {
+    : m_host(std::move(host)), m_preferences(preferences), m_report(report),
+      m_openEditor(std::move(openEditor)) {
     const auto kept = [&](const QString& key) { return preferences.text(key).value_or(QString()); };
-    m_choices.editor = kept(editorKey);
-    m_choices.editorCommand = kept(editorCommandKey);
-    m_choices.editorsOfProjects = editorsIn(kept(editorsOfProjectsKey));
-    m_choices.terminal = kept(terminalKey);
-    m_choices.terminalCommand = kept(terminalCommandKey);
+    m_choices.editor = kept(SettingKey::editor);
+    m_choices.editorCommand = kept(SettingKey::editorCommand);
+    if (!editorIsFixed())
+        m_choices.editorsOfProjects = editorsIn(kept(editorsOfProjectsKey));
+    m_choices.terminal = kept(SettingKey::terminal);
+    m_choices.terminalCommand = kept(SettingKey::terminalCommand);
     m_databaseWay = kept(databaseKey);
     m_choices.database = wayOf(m_databaseWay);
+}
+
+bool ProgramSettings::editorIsFixed() const {
+    return m_preferences.fixed(SettingKey::editor).isValid();
+}
+
+bool ProgramSettings::terminalIsFixed() const {
+    return m_preferences.fixed(SettingKey::terminal).isValid();
 }
 
 void ProgramSettings::look() {
@@ -131,6 +138,8 @@ QVariantList ProgramSettings::databaseWays() const {
 }
 
 void ProgramSettings::openWith(const QString& domain, const QString& key) {
+    if (editorIsFixed())
+        return;
     QHash<QString, QString>& editors = m_choices.editorsOfProjects;
     if (key == m_choices.editor)
         editors.remove(domain);
@@ -143,19 +152,19 @@ void ProgramSettings::openWith(const QString& domain, const QString& key) {
 }
 
 void ProgramSettings::setEditor(const QString& key) {
-    choose(m_choices.editor, key, editorKey);
+    choose(m_choices.editor, key, SettingKey::editor);
 }
 
 void ProgramSettings::setEditorCommand(const QString& line) {
-    choose(m_choices.editorCommand, line, editorCommandKey);
+    choose(m_choices.editorCommand, line, SettingKey::editorCommand);
 }
 
 void ProgramSettings::setTerminal(const QString& key) {
-    choose(m_choices.terminal, key, terminalKey);
+    choose(m_choices.terminal, key, SettingKey::terminal);
 }
 
 void ProgramSettings::setTerminalCommand(const QString& line) {
-    choose(m_choices.terminalCommand, line, terminalCommandKey);
+    choose(m_choices.terminalCommand, line, SettingKey::terminalCommand);
 }
 
 void ProgramSettings::setDatabaseWay(const QString& key) {
@@ -164,7 +173,7 @@ void ProgramSettings::setDatabaseWay(const QString& key) {
 }
 
 void ProgramSettings::choose(QString& choice, const QString& value, const QString& preference) {
-    if (choice == value)
+    if (choice == value || m_preferences.fixed(preference).isValid())
         return;
     choice = value;
     m_report.remember(preference, value.isEmpty() ? QVariant() : QVariant(value));

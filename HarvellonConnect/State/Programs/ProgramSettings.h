@@ -27,6 +27,8 @@ class ProgramSettings : public QObject {
     Q_PROPERTY(QVariantList terminals READ terminals NOTIFY changed)
     Q_PROPERTY(QString terminal READ terminal WRITE setTerminal NOTIFY changed)
     Q_PROPERTY(QString terminalCommand READ terminalCommand WRITE setTerminalCommand NOTIFY changed)
+    Q_PROPERTY(bool editorIsFixed READ editorIsFixed CONSTANT)     ///< by the administrator
+    Q_PROPERTY(bool terminalIsFixed READ terminalIsFixed CONSTANT) ///< the same
     Q_PROPERTY(QVariantList databaseWays READ databaseWays NOTIFY changed)
     Q_PROPERTY(QString databaseWay READ databaseWay WRITE setDatabaseWay NOTIFY changed)
 
@@ -41,7 +43,7 @@ class ProgramSettings : public QObject {
     /// The editors to choose from for one project.
     Q_INVOKABLE [[nodiscard]] QVariantList editorsFor(const QString& domain) const;
     /// Opens the project in the editor with this key, now and from now on. The editor of the settings takes
-    /// the project's own back.
+    /// the project's own back. Does nothing where the editor is fixed.
     Q_INVOKABLE void openWith(const QString& domain, const QString& key);
 
     void setEditor(const QString& key);
@@ -58,6 +60,9 @@ class ProgramSettings : public QObject {
     [[nodiscard]] QVariantList databaseWays() const;
 
     [[nodiscard]] QString databaseWay() const { return m_databaseWay; }
+
+    [[nodiscard]] bool editorIsFixed() const;
+    [[nodiscard]] bool terminalIsFixed() const;
 
     [[nodiscard]] QString editor() const { return m_choices.editor; }
 
@@ -76,6 +81,7 @@ class ProgramSettings : public QObject {
     [[nodiscard]] QVariantList editorsWith(const QString& chosen, bool withOwn) const;
 
     const HostSystem m_host;
+    const Preferences& m_preferences;
     ActivityReport& m_report;
     std::function<void(const QString& domain)> m_openEditor;
     ProgramChoices m_choices;

@@ -17,7 +17,7 @@ PopupMenu {
         if (editorsOffered)
             takeMenu(count - 1);
         entries.model = ActionTable.menu(row.offers);
-        editorsOffered = ActionTable.opensEditor(row.offers);
+        editorsOffered = ActionTable.opensEditor(row.offers) && !openWith.programs.editorIsFixed;
         if (editorsOffered) {
             openWith.list();
             openWith.programs.look();

@@ -8,6 +8,7 @@ using OSStatus = int32_t;
 using CFIndex = long;
 using CFTypeID = unsigned long;
 using CFTypeRef = const void*;
+using CFPropertyListRef = CFTypeRef;
 using CFAllocatorRef = const struct __CFAllocator*;
 using CFArrayRef = const struct __CFArray*;
 using CFStringRef = const struct __CFString*;
@@ -33,6 +34,9 @@ extern const CFRunLoopMode kCFRunLoopCommonModes;
 void CFRelease(CFTypeRef cf);
 CFTypeID CFGetTypeID(CFTypeRef cf);
 CFTypeID CFDataGetTypeID();
+CFTypeID CFBooleanGetTypeID();
+CFTypeID CFStringGetTypeID();
+Boolean CFBooleanGetValue(CFBooleanRef boolean);
 CFArrayRef CFArrayCreate(CFAllocatorRef allocator, const void** values, CFIndex numValues,
                          const CFArrayCallBacks* callBacks);
 CFMutableDictionaryRef CFDictionaryCreateMutable(CFAllocatorRef allocator, CFIndex capacity,
@@ -40,6 +44,8 @@ CFMutableDictionaryRef CFDictionaryCreateMutable(CFAllocatorRef allocator, CFInd
                                                  const CFDictionaryValueCallBacks* valueCallBacks);
 void CFDictionarySetValue(CFMutableDictionaryRef theDict, const void* key, const void* value);
 void CFPreferencesSetAppValue(CFStringRef key, CFTypeRef value, CFStringRef applicationID);
+Boolean CFPreferencesAppValueIsForced(CFStringRef key, CFStringRef applicationID);
+CFPropertyListRef CFPreferencesCopyAppValue(CFStringRef key, CFStringRef applicationID);
 Boolean CFPreferencesAppSynchronize(CFStringRef applicationID);
 CFRunLoopRef CFRunLoopGetMain();
 void CFRunLoopAddSource(CFRunLoopRef rl, CFRunLoopSourceRef source, CFRunLoopMode mode);
