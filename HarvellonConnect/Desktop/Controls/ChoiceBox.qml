@@ -103,7 +103,7 @@ T.ComboBox {
         contentItem: NoteLabel {
             color: Theme.ink
             elide: Text.ElideRight
-            font.weight: entry.modelData.chosen ? Font.DemiBold : Font.Normal
+            font.weight: entry.modelData.chosen ? Theme.titleWeight : Font.Normal
             leftPadding: 10
             rightPadding: 10
             text: entry.modelData.name

@@ -36,7 +36,7 @@ Item {
 
     BodyLabel {
         elide: Text.ElideRight
-        font.weight: Font.DemiBold
+        font.weight: Theme.titleWeight
         height: Theme.bodyLine
         text: badge.name
         width: (badge.showStatus ? status.x : badge.width) - 12 - x

@@ -47,7 +47,7 @@ T.ItemDelegate {
 
     BodyLabel {
         elide: Text.ElideRight
-        font.weight: row.active ? Font.DemiBold : Font.Medium
+        font.weight: row.active ? Theme.titleWeight : Theme.nameWeight
         height: Theme.bodyLine
         text: row.displayName
         width: (row.asking ? confirm.x : remove.x) - 12 - x
