@@ -34,6 +34,12 @@ class TestDesktopRules : public QObject {
         QCOMPARE(kept(100, 100, 640, 1200), QPoint(100, -120)); // shows its lower edge
     }
 
+    void takesNoPointThatTheScreenShowsInPart() {
+        QCOMPARE(wholePoints(QRect(1280, 16, 1067, 667), 1.5),
+                 QRect(1280, 16, 1066, 666)); // 1600 x 1000 pixels
+        QCOMPARE(wholePoints(QRect(0, 0, 1536, 864), 1.25), QRect(0, 0, 1536, 864));
+    }
+
     void standsBesideItsItem() {
         QCOMPARE(besideItem(panel, QRect(900, 0, 24, 24), belowBar).topLeft(), QPoint(592, 28));
         QCOMPARE(besideItem(panel, QRect(1880, 0, 24, 24), belowBar).topLeft(), QPoint(1280, 28));
@@ -115,11 +121,22 @@ class TestDesktopRules : public QObject {
 
     void markupInNamesIsShownAsItIs() {
         const HitMarkup markup;
-        QCOMPARE(markup.marked(u"<i>&x"_s, {0, 2, 4, 1}, Qt::red),
+        QCOMPARE(markup.marked(u"<i>&x"_s, {0, 2, 4, 1}, Qt::red, Qt::blue),
                  u"<b><font color=\"#ff0000\">&lt;i</font></b>&gt;&amp;"
                  "<b><font color=\"#ff0000\">x</font></b>"_s);
-        QCOMPARE(markup.marked(u"a  <img src='http://x.example'>"_s, {}, Qt::red),
+        QCOMPARE(markup.marked(u"a  <img src='http://x.example'>"_s, {}, Qt::red, Qt::blue),
                  u"a &nbsp;&lt;img src='http://x.example'&gt;"_s);
+    }
+
+    void theFrontOfADomainIsFaint() {
+        const auto marked = [](const QString& domain, const QList<int>& hits) {
+            return HitMarkup().marked(domain, hits, Qt::red, Qt::blue).remove(u" color=\"#0000ff\""_s);
+        };
+        QCOMPARE(marked(u"www.a.example"_s, {}), u"<font>www.</font>a.example"_s);
+        QCOMPARE(marked(u"WWW.a.example"_s, {2, 3}),
+                 u"<font>WW</font><b><font color=\"#ff0000\">W.a</font></b>.example"_s);
+        for (const QString& whole : {u"www.de"_s, u"shop.www.example"_s, u"wwwa.example"_s})
+            QCOMPARE(marked(whole, {}), whole);
     }
 
     void linesOfTheLogAreSelected() {

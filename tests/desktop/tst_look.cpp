@@ -2,12 +2,15 @@
 #include "Desktop/QmlViews.h"
 
 #include <QColor>
+#include <QFontDatabase>
 #include <QGuiApplication>
+#include <QPainter>
 #include <QPalette>
 #include <QQmlComponent>
 #include <QTest>
 
 #include <cmath>
+#include <numeric>
 
 using namespace Qt::StringLiterals;
 
@@ -22,6 +25,17 @@ double luminance(const QColor& color) {
 double contrast(const QColor& one, const QColor& other) {
     const auto [darker, lighter] = std::minmax({luminance(one), luminance(other)});
     return (lighter + 0.05) / (darker + 0.05);
+}
+
+/// How much ink a name takes.
+double inkOf(const QFont& font) {
+    QImage paper(200, 60, QImage::Format_Grayscale8);
+    paper.fill(Qt::white);
+    QPainter painter(&paper);
+    painter.setFont(font);
+    painter.drawText(paper.rect(), Qt::AlignCenter, u"Beispiel Shop"_s);
+    return std::accumulate(paper.constBits(), paper.constBits() + paper.sizeInBytes(), 0.0,
+                           [](double ink, uchar grey) { return ink + 255 - grey; });
 }
 
 void setDesktop(bool dark) {
@@ -79,6 +93,25 @@ class TestLook : public QObject {
                 }
             }
         }
+    }
+
+    void namesAndTitlesAreHeavierInAnyFont() {
+        for (const char* family :
+             {"Sans Serif", "DejaVu Sans", "Inter"}) { // an alias; without a medium weight
+            QGuiApplication::setFont(QFont(QLatin1String(family)));
+            QmlViews views;
+            for (const QByteArray label : {"BodyLabel", "HeadingLabel"}) {
+                QQmlComponent component(&views.engine());
+                component.setData("import Harvellon.Desktop\n" + label + " {}", QUrl());
+                const std::unique_ptr<QObject> made(component.create());
+                const auto font = made->property("font").value<QFont>();
+                QFont normal = font;
+                normal.setWeight(QFont::Normal);
+                QVERIFY2(inkOf(font) > 1.08 * inkOf(normal), family + QByteArray(" ") + label);
+            }
+        }
+        if (QFontDatabase::hasFamily(u"Inter"_s)) // and no heavier than wanted
+            QCOMPARE(presentWeight(u"Inter"_s, QFont::Medium), QFont::Medium);
     }
 
     void followsTheDesktopAsItChanges() {

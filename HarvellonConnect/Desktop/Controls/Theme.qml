@@ -48,6 +48,10 @@ QtObject {
 
     // Type
     readonly property string family: Appearance.fontFamily
+    // Names and titles must read as heavier in any font. Buttons and pills ask for a medium weight and do without
+    // it: their frame tells them apart, and bold would be louder than the names.
+    readonly property int nameWeight: Appearance.mediumWeight
+    readonly property int titleWeight: Appearance.semiboldWeight
     readonly property int headingSize: 17
     readonly property int titleSize: 15
     readonly property int bodySize: 13

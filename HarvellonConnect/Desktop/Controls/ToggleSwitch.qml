@@ -24,13 +24,13 @@ T.Switch {
         onPressed: toggle.press()
     }
 
-    indicator: Rectangle {
+    indicator: Box {
         color: toggle.checked ? Theme.switchOn : Theme.switchOff
         height: 22
         radius: height / 2
         width: 38
 
-        Rectangle {
+        Box {
             color: toggle.checked ? Theme.knobOn : Theme.knobOff
             height: 18
             radius: height / 2

@@ -1,9 +1,12 @@
 #include "Desktop/Native/Appearance.h"
 
 #include <QEvent>
-#include <QFont>
+#include <QFontDatabase>
+#include <QFontInfo>
 #include <QGuiApplication>
 #include <QPalette>
+
+#include <algorithm>
 
 std::optional<bool> prefersDark(uint colorScheme) {
     switch (colorScheme) {
@@ -14,6 +17,20 @@ std::optional<bool> prefersDark(uint colorScheme) {
     default:
         return {};
     }
+}
+
+QFont::Weight presentWeight(const QString& family, QFont::Weight wanted) {
+    // "Sans Serif" stands for another family, and knows only of the normal weight.
+    const QString real = QFontInfo(QFont(family)).family();
+    if (QFontDatabase::isPrivateFamily(real)) // the font of macOS has all weights and lists none
+        return wanted;
+    int lightest = QFont::Black + 1;
+    for (const QString& style : QFontDatabase::styles(real)) {
+        const int weight = QFontDatabase::weight(real, style);
+        if (weight >= wanted && !QFontDatabase::italic(real, style))
+            lightest = std::min(lightest, weight);
+    }
+    return lightest > QFont::Black ? QFont::Bold : static_cast<QFont::Weight>(lightest);
 }
 
 Appearance::Appearance(QObject* parent) : QObject(parent) {

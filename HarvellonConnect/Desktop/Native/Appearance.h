@@ -1,10 +1,15 @@
 #pragma once
 
+#include <QFont>
 #include <QObject>
 #include <QVariant>
 #include <QtQmlIntegration>
 
 #include <optional>
+
+/// The lightest upright weight of `family` that is at least `wanted`: many families have no medium weight,
+/// and fonts would take the normal one for it. Bold, which can be made from any other, if there is none.
+[[nodiscard]] QFont::Weight presentWeight(const QString& family, QFont::Weight wanted);
 
 /// The desktop's settings for the look of programs, kept up to date. Main thread.
 class Appearance : public QObject {
@@ -15,6 +20,8 @@ class Appearance : public QObject {
     Q_PROPERTY(bool reducedMotion READ reducedMotion NOTIFY reducedMotionChanged)
     Q_PROPERTY(bool highContrast READ highContrast NOTIFY highContrastChanged)
     Q_PROPERTY(QString fontFamily READ fontFamily CONSTANT)
+    Q_PROPERTY(int mediumWeight READ mediumWeight CONSTANT)
+    Q_PROPERTY(int semiboldWeight READ semiboldWeight CONSTANT)
 
   public:
     explicit Appearance(QObject* parent = nullptr);
@@ -27,6 +34,11 @@ class Appearance : public QObject {
 
     /// For all texts; controls would otherwise use a different family from the platform's theme.
     [[nodiscard]] static QString fontFamily();
+
+    /// What the family has for these weights; see presentWeight.
+    [[nodiscard]] static int mediumWeight() { return presentWeight(fontFamily(), QFont::Medium); }
+
+    [[nodiscard]] static int semiboldWeight() { return presentWeight(fontFamily(), QFont::DemiBold); }
 
     bool eventFilter(QObject* watched, QEvent* event) override;
 

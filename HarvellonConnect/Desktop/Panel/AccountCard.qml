@@ -29,7 +29,7 @@ Card {
         anchors.fill: parent
         visible: !card.content.badgeShown
 
-        Rectangle {
+        Box {
             color: Theme.bg
             height: Theme.pictureSide
             radius: width / 2
@@ -49,7 +49,7 @@ Card {
             Accessible.name: text
             Accessible.role: Accessible.StaticText
             anchors.verticalCenter: parent.verticalCenter
-            font.weight: Font.DemiBold
+            font.weight: Theme.titleWeight
             text: card.state.isAuthenticating ? "Warte auf Browser-Login..." : "Nicht angemeldet"
             x: Theme.textStart
         }

@@ -18,7 +18,7 @@ Item {
     Accessible.name: name
     Accessible.role: Accessible.StaticText
 
-    Rectangle {
+    Box {
         color: Theme.bg
         height: Theme.pictureSide
         radius: width / 2
@@ -36,7 +36,7 @@ Item {
 
     BodyLabel {
         elide: Text.ElideRight
-        font.weight: Font.DemiBold
+        font.weight: Theme.titleWeight
         height: Theme.bodyLine
         text: badge.name
         width: (badge.showStatus ? status.x : badge.width) - 12 - x

@@ -88,7 +88,7 @@ Card {
         BodyLabel {
             Accessible.name: text
             Accessible.role: Accessible.StaticText
-            font.weight: Font.DemiBold
+            font.weight: Theme.titleWeight
             horizontalAlignment: Text.AlignHCenter
             text: "Nicht angemeldet"
             visible: !card.state.isAuthenticating

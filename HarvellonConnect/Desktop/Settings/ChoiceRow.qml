@@ -85,9 +85,9 @@ Item {
                 text = Qt.binding(() => row.command);
         }
 
-        background: Rectangle {
-            border.color: field.activeFocus ? Theme.focus : Theme.outline
-            border.width: field.activeFocus ? 2 : 1
+        background: Box {
+            borderColor: field.activeFocus ? Theme.focus : Theme.outline
+            borderWidth: field.activeFocus ? 2 : 1
             color: Theme.card
             radius: Theme.rowRadius
         }

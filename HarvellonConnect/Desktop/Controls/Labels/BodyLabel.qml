@@ -4,7 +4,7 @@ import QtQuick
 Text {
     color: Theme.ink
     font.pixelSize: Theme.bodySize
-    font.weight: Font.Medium
+    font.weight: Theme.nameWeight
     textFormat: Text.PlainText
     verticalAlignment: Text.AlignVCenter
 }

@@ -6,7 +6,7 @@ Text {
     Accessible.role: Accessible.Heading
     color: Theme.ink
     font.pixelSize: Theme.titleSize
-    font.weight: Font.DemiBold
+    font.weight: Theme.titleWeight
     textFormat: Text.PlainText
     verticalAlignment: Text.AlignVCenter
 }

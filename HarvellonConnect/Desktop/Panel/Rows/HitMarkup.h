@@ -16,7 +16,8 @@ class HitMarkup : public QObject {
     using QObject::QObject;
 
     /// `text` as styled text that looks as it is, whatever markup it holds, but with its hits bold and in
-    /// `ink`. `hits`: start and length of each in turn, in order, as SearchQuery::hits.
-    Q_INVOKABLE [[nodiscard]] QString marked(const QString& text, const QList<int>& hits,
-                                             const QColor& ink) const;
+    /// `ink`. `hits`: start and length of each in turn, in order, as SearchQuery::hits. The "www." of a
+    /// domain is in `faint`.
+    Q_INVOKABLE [[nodiscard]] QString marked(const QString& text, const QList<int>& hits, const QColor& ink,
+                                             const QColor& faint) const;
 };

@@ -55,10 +55,10 @@ Item {
         x: Theme.gap
     }
 
-    Rectangle {
+    Box {
         anchors.fill: parent
-        border.color: row.current ? Theme.focus : "transparent"
-        border.width: row.current ? 2 : 0
+        borderColor: row.current ? Theme.focus : "transparent"
+        borderWidth: row.current ? 2 : 0
         color: pointer.hovered ? Theme.rowHover : Theme.card
         radius: Theme.rowRadius
         visible: row.lit
@@ -67,7 +67,7 @@ Item {
     BodyLabel {
         elide: Text.ElideRight
         height: Theme.bodyLine
-        text: HitMarkup.marked(row.title, row.titleHits, Theme.focus)
+        text: HitMarkup.marked(row.title, row.titleHits, Theme.focus, row.title === row.domain ? Theme.secondary : Theme.ink)
         textFormat: Text.StyledText
         width: row.textEnd - x
         x: Theme.gap
@@ -75,9 +75,10 @@ Item {
     }
 
     CaptionLabel {
+        color: Theme.ink
         elide: Text.ElideMiddle
         height: Theme.captionLine
-        text: HitMarkup.marked(row.domain, row.domainHits, Theme.focus)
+        text: HitMarkup.marked(row.domain, row.domainHits, Theme.focus, Theme.secondary)
         textFormat: Text.StyledText
         width: row.textEnd - x
         x: Theme.gap
