@@ -139,7 +139,7 @@ bool StatusBarController::isShown() const {
 }
 
 void StatusBarController::toggle() {
-    if (isShown())
+    if (isShown() && !m_panel->isLeftBehind())
         dismiss();
     else if (!m_panel || !m_panel->closedJustNow())
         show();
@@ -155,9 +155,7 @@ void StatusBarController::show() {
     }
     showInEverySpace(window);
     activateApplication();
-    window.show();
-    window.raise();
-    window.requestActivate();
+    window.comeForward();
     QTimer::singleShot(0, this, &StatusBarController::keepOnScreen);
 }
 
