@@ -23,13 +23,14 @@ int main(int argc, char* argv[]) {
     // Qt on macOS would bring the program to the front at its start, over what the user does after signing
     // in.
     qputenv("QT_MAC_DISABLE_FOREGROUND_APPLICATION_TRANSFORM", "1");
+    // Newer versions of Qt give it to the desktop's portal, which takes it only before any other call.
+    QApplication::setDesktopFileName(applicationIdentifier);
     QApplication::setQuitOnLastWindowClosed(false);
     const QApplication application(argc, argv);
     becomeAccessory();
     QApplication::setApplicationName(QStringLiteral("HarvellonConnect"));
     QApplication::setApplicationDisplayName(QStringLiteral("Harvellon Connect"));
     QApplication::setOrganizationDomain(QStringLiteral("harvellon.com"));
-    QApplication::setDesktopFileName(applicationIdentifier);
     QApplication::setApplicationVersion(QStringLiteral(HARVELLON_VERSION));
     QIcon icon;
     icon.addFile(QStringLiteral(":/icons/AppIcon.png"),

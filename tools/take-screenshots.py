@@ -86,6 +86,14 @@ def picture(name):
     desktop.choose(LIGHT)
 
 
+def item(name):
+    """Takes the tray with the status item, which the look of the panel and its scale do not change."""
+    if SCALE == "1":
+        time.sleep(0.5)
+        tray = subprocess.run(["xdotool", "search", "--classname", "^panel$"], capture_output=True, text=True, check=True).stdout
+        subprocess.run(["import", "-window", tray.split()[0], f"PNG8:{PICTURES}/status-{name}.png"], check=True)
+
+
 def order(**faults):
     """Sets the faults of the platform."""
     request = urllib.request.Request(platform.ready["server"] + "/sandbox/faults", json.dumps(faults).encode(),
@@ -168,6 +176,7 @@ picture("loading")
 order(directory={})
 until("the rows", lambda: len(app.rows()) > 9)
 picture("projects")
+item("plain")
 pin_or_unpin("praxis", "speiche")
 picture("pinned")
 keys("Down", "Down", "Down", "shift+F10")
@@ -186,12 +195,14 @@ keys("Escape")
 
 app.press("Verbinden und mounten", row("Fahrradladen Speiche"))
 until("the mount", lambda: "Gemountet" in row("Fahrradladen Speiche")().get_description())
+item("mounted")
 sshd = [pid for pid, command in descendants(platform.process).items() if "sshd" in command and platform.process.args[2] in command]
 for pid in sshd:
     os.kill(pid, signal.SIGSTOP)
 app.press("Verbinden und mounten", row("Alpenhof Buchung"))
 time.sleep(5)
 picture("mounted-and-connecting")
+item("connecting")
 for pid in sshd:
     os.kill(pid, signal.SIGCONT)
 until("the mount", lambda: "Gemountet" in row("Alpenhof Buchung")().get_description())
@@ -238,6 +249,7 @@ for pid, command in descendants(app.process).items():
         os.kill(pid, signal.SIGKILL)
 time.sleep(1)
 picture("mount-ended")
+item("trouble")
 end()
 
 platform, app, home = start("--projects", "10000")

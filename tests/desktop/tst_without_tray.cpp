@@ -29,6 +29,20 @@ class TestWithoutTray : public QObject {
         QTest::qWait(1500);
         QVERIFY(!desktop.statusBar->isShown());
     }
+
+    void panelThatWasLeftComesForwardInsteadOfClosing() {
+        const DesktopFixture desktop(m_platform->server());
+        QVERIFY(QTest::qWaitForWindowActive(&desktop.statusBar->panel()));
+        QWindow other;
+        other.show();
+        other.requestActivate();
+        QVERIFY(QTest::qWaitForWindowActive(&other));
+        QTest::qWait(400); // longer than a click
+        desktop.statusBar->toggle();
+        QVERIFY(QTest::qWaitForWindowActive(&desktop.statusBar->panel()));
+        desktop.statusBar->toggle();
+        QVERIFY(!desktop.statusBar->isShown());
+    }
 };
 
 int main(int argc, char* argv[]) {

@@ -1,11 +1,14 @@
 #include "System/Native/HotkeyManager.h"
+#include "System/Native/HotkeyPortal_linux.h"
 
 #include "support/Keyboard.h"
+#include "support/StandInPortal.h"
 
 #include <QProcess>
-#include <QTest>
+#include <QSignalSpy>
 
 using namespace Qt::StringLiterals;
+using Registry = StandInPortal::Registry;
 
 namespace {
 
@@ -40,8 +43,14 @@ class HotkeyTest : public QObject {
     Q_OBJECT
 
     Keyboard m_keyboard;
+    PrivateBus m_bus;
 
   private Q_SLOTS:
+
+    void initTestCase() {
+        m_bus.start();
+        qputenv("DBUS_SESSION_BUS_ADDRESS", m_bus.address().toUtf8());
+    }
 
     void cleanup() { qputenv("XDG_SESSION_TYPE", "x11"); }
 
@@ -78,12 +87,43 @@ class HotkeyTest : public QObject {
         QCOMPARE(second.refusals.size(), 1);
     }
 
-    void waylandWithoutAPortalSaysSo() {
+    void thePortalHearsTheProgramsNameFirst() {
         qputenv("XDG_SESSION_TYPE", "wayland");
+        const QString refusal = u"Der Desktop hat die Taste F19 nicht freigegeben."_s;
+        for (const Registry registry : {Registry::absent, Registry::present, Registry::late,
+                                        Registry::knowsAlready, Registry::knowsNoSuchProgram}) {
+            StandInPortal portal(registry);
+            Listener key;
+            key.manager.registerKey();
+            QTRY_COMPARE(portal.bindings + key.refusals.size(), 1);
+            QCOMPARE(key.refusals, QStringList(registry == Registry::knowsNoSuchProgram ? 1 : 0, refusal));
+            portal.press();
+            QTRY_COMPARE(key.presses, portal.bindings);
+        }
         Listener key;
         key.manager.registerKey();
         QTRY_COMPARE(key.refusals,
                      QStringList{u"Dieser Desktop bietet keine systemweiten Tastenkürzel an."_s});
+    }
+
+    void aPortalThatStartsAnewOrClosesTheSessionBindsTheKeyAnew() {
+        auto portal = std::make_unique<StandInPortal>(Registry::present);
+        HotkeyPortal key(std::chrono::milliseconds(50));
+        const QSignalSpy presses(&key, &HotkeyPortal::pressed);
+        const QSignalSpy refusals(&key, &HotkeyPortal::refused);
+        key.bind();
+        QTRY_COMPARE(portal->bindings, 1);
+        portal.reset();
+        portal = std::make_unique<StandInPortal>(Registry::present);
+        QTRY_COMPARE(portal->bindings, 1);
+        for (const int wait : {100, 0}) { // one that closes at once would go on for ever
+            portal->press();
+            QTest::qWait(wait);
+            portal->closeSession();
+            QTRY_COMPARE(portal->bindings, 2);
+            QTRY_COMPARE(refusals.size(), wait > 0 ? 0 : 1);
+        }
+        QCOMPARE(presses.size(), 2);
     }
 
     void theLayoutIsFollowed() {

@@ -85,11 +85,29 @@ bool PanelWindow::closedJustNow() const {
     return m_sinceFocusLoss.isValid() && m_sinceFocusLoss.elapsed() < sameClick;
 }
 
+bool PanelWindow::isLeftBehind() const {
+    return isVisible() && m_kind == Kind::window && !isActive() && m_sinceFocusLoss.isValid() &&
+           !closedJustNow(); // a click on the status item may take the focus
+}
+
+void PanelWindow::comeForward() {
+    // A Wayland desktop lets no window come to the front by itself, but shows a new one there.
+    if (isLeftBehind() && isWayland(QGuiApplication::platformName()))
+        hide();
+    show();
+    raise();
+    requestActivate();
+}
+
 void PanelWindow::activeHasChanged() {
-    if (isActive() || !isVisible() || m_kind != Kind::popover)
+    if (isActive() || !isVisible()) {
+        if (isActive())
+            m_sinceFocusLoss.invalidate();
         return;
+    }
     m_sinceFocusLoss.start();
-    hide();
+    if (m_kind == Kind::popover)
+        hide();
 }
 
 bool PanelWindow::event(QEvent* event) {

@@ -30,6 +30,12 @@ class PanelWindow : public QQuickView {
     /// click must not open the panel again.
     [[nodiscard]] bool closedJustNow() const;
 
+    /// Whether the panel, as an ordinary window, is shown without the keyboard: the user has gone on to
+    /// another window, which may cover it.
+    [[nodiscard]] bool isLeftBehind() const;
+    /// Brings a shown panel to the front, with the keyboard where the desktop allows that.
+    void comeForward();
+
   protected:
     bool event(QEvent* event) override;
 

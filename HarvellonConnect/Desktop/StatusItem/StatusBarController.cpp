@@ -25,14 +25,6 @@ constexpr auto preRenderDelay = 300ms;
 constexpr auto trayGracePeriod = 1s;
 constexpr auto trayPollInterval = 250ms;
 constexpr std::chrono::milliseconds trayWaitLimit = 5s;
-
-QIcon statusIcon() {
-    QIcon icon;
-    for (const int size : {16, 18, 20, 22, 24, 32, 36, 44, 48, 64})
-        icon.addFile(QStringLiteral(":/icons/StatusIcon-%1.png").arg(size), QSize(size, size));
-    icon.setIsMask(true);
-    return icon;
-}
 } // namespace
 
 bool isForPanel(QSystemTrayIcon::ActivationReason reason, bool itemHasMenu) {
@@ -95,8 +87,7 @@ void StatusBarController::makeStatusItem() {
     m_statusItem = std::make_unique<QSystemTrayIcon>();
     connect(m_statusItem.get(), &QSystemTrayIcon::activated, this, &StatusBarController::activated);
     m_notifications.setItem(*m_statusItem);
-    m_statusItem->setIcon(statusIcon());
-    m_statusItem->setToolTip(QStringLiteral("Harvellon Connect"));
+    m_statusWatch = std::make_unique<StatusWatch>(*m_state, *m_statusItem);
     if (m_state->host().statusItemHasMenu)
         m_statusItem->setContextMenu(&m_menu);
     m_statusItem->show();
@@ -142,7 +133,7 @@ bool StatusBarController::isShown() const {
 }
 
 void StatusBarController::toggle() {
-    if (isShown())
+    if (isShown() && !m_panel->isLeftBehind())
         dismiss();
     else if (!m_panel || !m_panel->closedJustNow())
         show();
@@ -158,9 +149,7 @@ void StatusBarController::show() {
     }
     showInEverySpace(window);
     activateApplication();
-    window.show();
-    window.raise();
-    window.requestActivate();
+    window.comeForward();
     QTimer::singleShot(0, this, &StatusBarController::keepOnScreen);
 }
 

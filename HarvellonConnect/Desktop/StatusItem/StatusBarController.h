@@ -2,6 +2,7 @@
 
 #include "Desktop/Native/Notifications.h"
 #include "Desktop/Panel/PanelController.h"
+#include "Desktop/StatusItem/StatusWatch.h"
 
 #include <QElapsedTimer>
 #include <QMenu>
@@ -77,6 +78,7 @@ class StatusBarController : public QObject {
     bool m_hasBeenShown = false; ///< the panel has
     QMenu m_menu;
     std::unique_ptr<QSystemTrayIcon> m_statusItem; ///< null while waiting for a tray
+    std::unique_ptr<StatusWatch> m_statusWatch;
     QElapsedTimer m_sinceInstall;
     Notifications m_notifications;
     QRect m_requestedFrame;            ///< of the popover

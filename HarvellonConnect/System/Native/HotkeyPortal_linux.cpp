@@ -1,7 +1,9 @@
 #include "System/Native/HotkeyPortal_linux.h"
 
+#include "System/Logging.h"
+
 #include <QDBusArgument>
-#include <QDBusConnection>
+#include <QDBusError>
 #include <QDBusMessage>
 #include <QDBusMetaType>
 #include <QDBusPendingCallWatcher>
@@ -13,9 +15,11 @@ namespace {
 const QString portalService = QStringLiteral("org.freedesktop.portal.Desktop");
 const QString portalPath = QStringLiteral("/org/freedesktop/portal/desktop");
 const QString shortcutsInterface = QStringLiteral("org.freedesktop.portal.GlobalShortcuts");
+const QString registryInterface = QStringLiteral("org.freedesktop.host.portal.Registry");
 const QString requestInterface = QStringLiteral("org.freedesktop.portal.Request");
 const QString sessionInterface = QStringLiteral("org.freedesktop.portal.Session");
 const QString shortcutName = QStringLiteral("toggle-panel");
+const QString notAllowed = QStringLiteral("org.freedesktop.portal.Error.NotAllowed");
 constexpr uint granted = 0;
 
 /// Naming the sender would make Qt ask the bus for its owner, and stand still meanwhile. The paths of our
@@ -57,49 +61,99 @@ static const QDBusArgument& operator>>(const QDBusArgument& argument, PortalShor
     return argument;
 }
 
-HotkeyPortal::~HotkeyPortal() {
-    if (!m_session.isEmpty())
-        QDBusConnection::sessionBus().send(QDBusMessage::createMethodCall(
-            portalService, m_session, sessionInterface, QStringLiteral("Close")));
-}
-
-void HotkeyPortal::bind() {
+HotkeyPortal::HotkeyPortal(std::chrono::milliseconds shortestSession)
+    : m_shortestSession(shortestSession), m_connectionName(freshToken()),
+      m_bus(QDBusConnection::connectToBus(QDBusConnection::SessionBus, m_connectionName)),
+      m_watcher(portalService, m_bus) {
+    qRegisterMetaType<QDBusObjectPath>(); // connecting the signal looks its type up by name
     qDBusRegisterMetaType<PortalShortcut>();
     qDBusRegisterMetaType<QList<PortalShortcut>>();
-    QDBusConnection::sessionBus().connect(anySender, portalPath, shortcutsInterface,
-                                          QStringLiteral("Activated"), this,
-                                          SLOT(shortcutActivated(QDBusObjectPath, QString)));
+    m_bus.connect(anySender, portalPath, shortcutsInterface, QStringLiteral("Activated"), this,
+                  SLOT(shortcutActivated(QDBusObjectPath, QString)));
+    connect(&m_watcher, &QDBusServiceWatcher::serviceOwnerChanged, this,
+            [this](const QString&, const QString& before, const QString& owner) {
+                if (!before.isEmpty())
+                    followOwner({});
+                followOwner(owner);
+            });
+}
+
+/// The portal closes the sessions of a connection that ends.
+HotkeyPortal::~HotkeyPortal() {
+    QDBusConnection::disconnectFromBus(m_connectionName);
+}
+
+/// Does not call a portal that has ended: that would start it, even while the user is logging out.
+void HotkeyPortal::followOwner(const QString& owner) {
+    if (owner.isEmpty()) {
+        m_calls.reset();
+        m_session.clear();
+    } else if (!m_calls) { // otherwise it has been started by the first call
+        bind();
+    }
+}
+
+/// An error is no obstacle: older portals know no Register, and whether a portal minds that the program is
+/// unknown (because its desktop file is not installed, for one) is told by the next call.
+void HotkeyPortal::bind() {
+    m_calls = std::make_unique<QObject>();
+    m_session.clear();
+    m_sinceBound.invalidate();
+    QDBusMessage message = QDBusMessage::createMethodCall(portalService, portalPath, registryInterface,
+                                                          QStringLiteral("Register"));
+    message << QString(applicationIdentifier) << QVariantMap();
+    call(message, [this](const QDBusError& error) {
+        if (error.isValid())
+            qCInfo(lcDesktop) << "not registered with the portal:" << error.message();
+        createSession();
+    });
+}
+
+void HotkeyPortal::createSession() {
     request(QStringLiteral("CreateSession"), {}, {{QStringLiteral("session_handle_token"), freshToken()}},
             SLOT(sessionCreated(uint, QVariantMap)));
 }
 
+void HotkeyPortal::refuse(const QString& reason) {
+    m_watcher.setWatchedServices({});
+    Q_EMIT refused(reason);
+}
+
+void HotkeyPortal::call(const QDBusMessage& message, std::function<void(const QDBusError& error)> answered) {
+    auto* const watcher = new QDBusPendingCallWatcher(m_bus.asyncCall(message), m_calls.get());
+    connect(watcher, &QDBusPendingCallWatcher::finished, this, [watcher, answered = std::move(answered)] {
+        watcher->deleteLater();
+        answered(watcher->error());
+    });
+}
+
 void HotkeyPortal::request(const QString& method, const QVariantList& arguments, QVariantMap options,
                            const char* answerSlot) {
-    QDBusConnection bus = QDBusConnection::sessionBus();
     const QString token = freshToken();
     options.insert(QStringLiteral("handle_token"), token);
     // The answer is a signal that may overtake the reply to the call: listen before asking, at the path that
     // the portal makes of our name and the token.
-    const QString sender = bus.baseService().mid(1).replace(u'.', u'_');
-    bus.connect(anySender, portalPath + QStringLiteral("/request/%1/%2").arg(sender, token), requestInterface,
-                QStringLiteral("Response"), this, answerSlot);
+    const QString sender = m_bus.baseService().mid(1).replace(u'.', u'_');
+    m_bus.connect(anySender, portalPath + QStringLiteral("/request/%1/%2").arg(sender, token),
+                  requestInterface, QStringLiteral("Response"), this, answerSlot);
 
-    QDBusMessage call = QDBusMessage::createMethodCall(portalService, portalPath, shortcutsInterface, method);
-    call.setArguments(arguments + QVariantList{options});
-    auto* watcher = new QDBusPendingCallWatcher(bus.asyncCall(call), this);
-    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
-        watcher->deleteLater();
-        if (watcher->isError())
-            Q_EMIT refused(noPortal());
+    QDBusMessage message =
+        QDBusMessage::createMethodCall(portalService, portalPath, shortcutsInterface, method);
+    message.setArguments(arguments + QVariantList{options});
+    call(message, [this](const QDBusError& error) {
+        if (error.isValid())
+            refuse(error.name() == notAllowed ? userDeclined() : noPortal());
     });
 }
 
 void HotkeyPortal::sessionCreated(uint response, const QVariantMap& results) {
     m_session = results.value(QStringLiteral("session_handle")).toString();
     if (response != granted || m_session.isEmpty()) {
-        Q_EMIT refused(userDeclined());
+        refuse(userDeclined());
         return;
     }
+    m_bus.connect(anySender, m_session, sessionInterface, QStringLiteral("Closed"), this,
+                  SLOT(sessionClosed()));
     const QList<PortalShortcut> shortcuts{
         {shortcutName,
          {{QStringLiteral("description"), QStringLiteral("Harvellon Connect zeigen oder verbergen")},
@@ -111,8 +165,17 @@ void HotkeyPortal::sessionCreated(uint response, const QVariantMap& results) {
 }
 
 void HotkeyPortal::shortcutsBound(uint response, const QVariantMap& /*results*/) {
-    if (response != granted)
-        Q_EMIT refused(userDeclined());
+    if (response == granted)
+        m_sinceBound.start();
+    else
+        refuse(userDeclined());
+}
+
+void HotkeyPortal::sessionClosed() {
+    if (m_sinceBound.isValid() && m_sinceBound.hasExpired(m_shortestSession.count()))
+        bind();
+    else
+        refuse(userDeclined());
 }
 
 void HotkeyPortal::shortcutActivated(const QDBusObjectPath& session, const QString& shortcut) {
