@@ -9,6 +9,7 @@
 #include <QApplication>
 #include <QIcon>
 #include <QLibraryInfo>
+#include <QPixmap>
 #include <QTranslator>
 
 #include <cstdio>
@@ -32,10 +33,8 @@ int main(int argc, char* argv[]) {
     QApplication::setApplicationDisplayName(QStringLiteral("Harvellon Connect"));
     QApplication::setOrganizationDomain(QStringLiteral("harvellon.com"));
     QApplication::setApplicationVersion(QStringLiteral(HARVELLON_VERSION));
-    QIcon icon;
-    icon.addFile(QStringLiteral(":/icons/AppIcon.png"),
-                 QSize(256, 256)); // with a given size the file is only read when shown
-    QApplication::setWindowIcon(icon);
+    // A pixmap with a named format: an icon that is given a file loads every plugin for pictures.
+    QApplication::setWindowIcon(QPixmap(QStringLiteral(":/icons/AppIcon.png"), "PNG"));
 
     // Qt's own network error texts appear in German, like all others.
     QTranslator german;

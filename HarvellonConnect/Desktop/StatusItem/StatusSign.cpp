@@ -85,19 +85,15 @@ StatusSign statusSign(const StatusFacts& facts) {
 QIcon statusIcon(Picture picture) {
     QIcon icon;
     for (const int size : {16, 18, 20, 22, 24, 32, 36, 44, 48, 64}) {
-        const QString file = QStringLiteral(":/icons/StatusIcon-%1.png").arg(size);
-        if (picture == Picture::plain) {
-            icon.addFile(file, QSize(size, size));
-            continue;
+        QPixmap pixmap(QStringLiteral(":/icons/StatusIcon-%1.png").arg(size), "PNG"); // as in main()
+        if (picture != Picture::plain) {
+            QPainter painter(&pixmap);
+            painter.setRenderHint(QPainter::Antialiasing);
+            if (picture == Picture::trouble)
+                paintExclamation(painter, size);
+            else
+                paintMark(painter, size, picture == Picture::mounted);
         }
-        QPixmap pixmap(file);
-        QPainter painter(&pixmap);
-        painter.setRenderHint(QPainter::Antialiasing);
-        if (picture == Picture::trouble)
-            paintExclamation(painter, size);
-        else
-            paintMark(painter, size, picture == Picture::mounted);
-        painter.end();
         icon.addPixmap(pixmap);
     }
     icon.setIsMask(true);

@@ -29,5 +29,5 @@ struct StatusSign {
 
 [[nodiscard]] StatusSign statusSign(const StatusFacts& facts);
 
-/// The picture in all sizes that bars ask for. The plain one is read when it is shown.
+/// The picture in all sizes that bars ask for.
 [[nodiscard]] QIcon statusIcon(StatusSign::Picture picture);
