@@ -1,7 +1,8 @@
 import QtQuick
+import Harvellon.Desktop
 
-Rectangle {
+Box {
     color: Theme.card
-    border.color: Theme.cardEdge
+    borderColor: Theme.cardEdge
     radius: Theme.cardRadius
 }

@@ -39,12 +39,12 @@ T.ComboBox {
     // A new list leaves the index at its first entry.
     onModelChanged: box.currentIndex = Qt.binding(() => box.chosenIndex)
 
-    background: Rectangle {
-        border.color: box.hovered ? Qt.alpha(Theme.ink, ButtonLook.hoverOutline) : Theme.outline
+    background: Box {
+        borderColor: box.hovered ? Qt.alpha(Theme.ink, ButtonLook.hoverOutline) : Theme.outline
         color: Theme.card
         radius: ButtonLook.radius
 
-        Rectangle {
+        Box {
             anchors.fill: parent
             color: Theme.ink
             opacity: box.down ? ButtonLook.pressFill : box.hovered ? ButtonLook.hoverFill : 0
@@ -94,9 +94,9 @@ T.ComboBox {
         hoverEnabled: true
         width: ListView.view?.width ?? 0
 
-        background: Rectangle {
-            border.color: entry.highlighted ? Theme.focus : "transparent"
-            border.width: 2
+        background: Box {
+            borderColor: entry.highlighted ? Theme.focus : "transparent"
+            borderWidth: 2
             color: entry.highlighted ? Theme.rowHover : "transparent"
             radius: Theme.tipRadius
         }
@@ -117,8 +117,8 @@ T.ComboBox {
         width: box.width
         y: box.height + 4
 
-        background: Rectangle {
-            border.color: Theme.outline
+        background: Box {
+            borderColor: Theme.outline
             color: Theme.card
             radius: Theme.rowRadius
         }

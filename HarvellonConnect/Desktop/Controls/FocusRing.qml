@@ -2,11 +2,11 @@ import QtQuick
 import Harvellon.Desktop
 
 /// The focus ring around its parent.
-Rectangle {
+Box {
     anchors.fill: parent
     anchors.margins: -ButtonLook.ringBleed
     color: "transparent"
-    border.color: Theme.focus
-    border.width: ButtonLook.ringWidth
+    borderColor: Theme.focus
+    borderWidth: ButtonLook.ringWidth
     radius: ButtonLook.ringRadius
 }

@@ -2,7 +2,7 @@ import QtQuick
 import Harvellon.Desktop
 
 /// The help text of the control under the pointer, with its key.
-Rectangle {
+Box {
     id: tip
 
     readonly property Item owner: HelpTips.owner

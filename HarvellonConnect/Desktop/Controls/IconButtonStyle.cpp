@@ -6,6 +6,8 @@
 #include <QPainter>
 #include <QPen>
 
+#include <cmath>
+
 namespace {
 QColor mixed(const QColor& from, const QColor& to, qreal share) {
     const auto between = [share](float a, float b) { return static_cast<float>(a + (b - a) * share); };
@@ -57,37 +59,39 @@ QImage IconButtonStyle::picture(qreal side, qreal ratio) const {
 }
 
 QImage IconButtonStyle::draw(qreal side, qreal ratio) const {
-    const qreal whole = side + 2 * ringBleed;
-    QImage image(qRound(whole * ratio), qRound(whole * ratio), QImage::Format_ARGB32_Premultiplied);
+    // All in whole pixels: at a scale of 1.25 half of all points lie between two.
+    const int bleed = qRound(ringBleed * ratio);
+    const int pixels = qRound(side * ratio);
+    const int whole = pixels + 2 * bleed;
+    QImage image(whole, whole, QImage::Format_ARGB32_Premultiplied);
     image.fill(Qt::transparent);
     QPainter painter(&image);
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.scale(ratio, ratio);
+    const auto frame = [&painter, ratio](qreal start, qreal length, qreal line, qreal bend) {
+        const qreal inside = length - line;
+        painter.drawRoundedRect(QRectF(start + line / 2, start + line / 2, inside, inside), bend * ratio,
+                                bend * ratio);
+    };
 
     if (ring.isValid()) {
-        constexpr qreal half = ringWidth / 2;
-        painter.setPen(QPen(ring, ringWidth));
-        painter.drawRoundedRect(QRectF(half, half, whole - ringWidth, whole - ringWidth), ringRadius - half,
-                                ringRadius - half);
+        const qreal line = std::floor(ringWidth * ratio);
+        painter.setPen(QPen(ring, line));
+        frame(0, whole, line, ringRadius - ringWidth / 2);
     }
 
-    painter.translate(ringBleed, ringBleed);
-    // An outline one device pixel wide or a whole number of them stays sharp.
-    const qreal line = std::max<qreal>(1, std::floor(ratio)) / ratio;
-    const QRectF body(line / 2, line / 2, side - line, side - line);
+    const qreal line = std::max<qreal>(1, std::floor(ratio));
     painter.setPen(Qt::NoPen);
     painter.setBrush(background);
-    painter.drawRoundedRect(body, radius, radius);
+    frame(bleed, pixels, line, radius);
     painter.setBrush(faded(tint, hoverFill * isHovered + (pressFill - hoverFill * isHovered) * isPressed));
     painter.setPen(QPen(mixed(outline, faded(tint, hoverOutline), std::max(isHovered, isPressed)), line));
-    painter.drawRoundedRect(body, radius, radius);
+    frame(bleed, pixels, line, radius);
 
-    const qreal label = side - 2 * padding;
-    const qreal scale = still ? 1 : 1 - (1 - pressScale) * isPressed;
-    const QImage drawn = symbolImage(symbol, tint, qRound(label * ratio));
-    const qreal shown = label * scale;
-    const QRectF place(padding + (label - shown) / 2, padding + (label - shown) / 2, shown, shown);
+    const int margin = qRound(padding * ratio);
+    const int label = pixels - 2 * margin;
+    const qreal shown = still ? label : label * (1 - (1 - pressScale) * isPressed);
+    const qreal start = bleed + margin + (label - shown) / 2;
     painter.setRenderHint(QPainter::SmoothPixmapTransform, isPressed > 0);
-    painter.drawImage(place, drawn);
+    painter.drawImage(QRectF(start, start, shown, shown), symbolImage(symbol, tint, label));
     return image;
 }

@@ -23,7 +23,7 @@ T.Button {
     }
 
     background: Item {
-        Rectangle {
+        Box {
             anchors.fill: parent
             color: button.ink
             opacity: button.down ? ButtonLook.hoverFill : button.hovered ? 0.07 : 0

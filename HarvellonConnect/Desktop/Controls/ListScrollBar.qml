@@ -1,5 +1,6 @@
 import QtQuick
 import QtQuick.Templates as T
+import Harvellon.Desktop
 
 /// The scroll bar of a list, hidden from screen readers because the list itself announces its rows.
 T.ScrollBar {
@@ -15,7 +16,7 @@ T.ScrollBar {
     visible: needed
 
     contentItem: Item {
-        Rectangle {
+        Box {
             anchors.right: parent.right
             color: bar.thumbColor
             height: parent.height

@@ -33,9 +33,9 @@ T.MenuItem {
             y: 4
         }
 
-        Rectangle {
-            border.color: entry.highlighted ? Theme.focus : "transparent"
-            border.width: 2
+        Box {
+            borderColor: entry.highlighted ? Theme.focus : "transparent"
+            borderWidth: 2
             color: entry.highlighted ? Theme.rowHover : "transparent"
             height: parent.height - y
             radius: Theme.tipRadius

@@ -1,7 +1,8 @@
 import QtQuick
+import Harvellon.Desktop
 
 /// A short label with a small symbol before it, on a rounded coloured background.
-Rectangle {
+Box {
     id: pill
 
     required property string text

@@ -28,8 +28,8 @@ T.Menu {
     }
 
     T.Overlay.modal: Item {}
-    background: Rectangle {
-        border.color: Theme.outline
+    background: Box {
+        borderColor: Theme.outline
         color: Theme.card
         radius: Theme.rowRadius
     }

@@ -2,7 +2,7 @@ import QtQuick
 import Harvellon.Desktop
 
 /// Something that the system does not let the program do, and the way to where the user can allow it.
-Rectangle {
+Box {
     id: line
 
     required property string text
@@ -13,7 +13,7 @@ Rectangle {
 
     Accessible.name: text
     Accessible.role: Accessible.AlertMessage
-    border.color: Theme.cardEdge
+    borderColor: Theme.cardEdge
     color: Theme.busyBg
     height: words.height + 14 + allow.height
     radius: Theme.rowRadius

@@ -28,12 +28,12 @@ T.Button {
         onPressed: button.clicked()
     }
 
-    background: Rectangle {
-        border.color: button.primary ? Theme.primaryBg : button.hovered ? Qt.alpha(button.glow, ButtonLook.hoverOutline) : Theme.outline
+    background: Box {
+        borderColor: button.primary ? Theme.primaryBg : button.hovered ? Qt.alpha(button.glow, ButtonLook.hoverOutline) : Theme.outline
         color: button.primary ? Theme.primaryBg : Theme.card
         radius: ButtonLook.radius
 
-        Rectangle {
+        Box {
             anchors.fill: parent
             color: button.glow
             opacity: button.down ? ButtonLook.pressFill : button.hovered ? ButtonLook.hoverFill : 0

@@ -1,5 +1,6 @@
 import QtQuick
 import QtQuick.Templates as T
+import Harvellon.Desktop
 
 T.Switch {
     id: toggle
@@ -20,13 +21,13 @@ T.Switch {
         onPressed: toggle.press()
     }
 
-    indicator: Rectangle {
+    indicator: Box {
         color: toggle.checked ? Theme.switchOn : Theme.switchOff
         height: 22
         radius: height / 2
         width: 38
 
-        Rectangle {
+        Box {
             color: toggle.checked ? Theme.knobOn : Theme.knobOff
             height: 18
             radius: height / 2

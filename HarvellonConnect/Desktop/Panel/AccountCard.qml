@@ -29,7 +29,7 @@ Card {
         anchors.fill: parent
         visible: !card.content.badgeShown
 
-        Rectangle {
+        Box {
             color: Theme.bg
             height: Theme.pictureSide
             radius: width / 2

@@ -33,11 +33,11 @@ Item {
     ListView.onPooled: visible = false
     ListView.onReused: visible = true
 
-    Rectangle {
+    Box {
         anchors.fill: parent
         anchors.leftMargin: 6
         anchors.rightMargin: 6
-        border.color: row.current ? Theme.focus : "transparent"
+        borderColor: row.current ? Theme.focus : "transparent"
         color: Theme.selection
         radius: Theme.tipRadius
         visible: row.selected

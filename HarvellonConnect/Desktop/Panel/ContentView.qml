@@ -69,10 +69,10 @@ FocusScope {
         width: 1
     }
 
-    Rectangle {
+    Box {
         anchors.fill: parent
-        border.color: Theme.cardEdge
-        border.width: panel.controller.rounded ? 1 : 0
+        borderColor: Theme.cardEdge
+        borderWidth: panel.controller.rounded ? 1 : 0
         color: Theme.bg
         radius: panel.controller.rounded ? Theme.cardRadius : 0
     }

@@ -2,7 +2,7 @@ import QtQuick
 import Harvellon.Desktop
 
 /// A failure, until it is put aside. Grows with its text, up to six lines; a longer text can be copied.
-Rectangle {
+Box {
     id: line
 
     required property string text
@@ -18,7 +18,7 @@ Rectangle {
 
     Accessible.name: text
     Accessible.role: Accessible.AlertMessage
-    border.color: Theme.badEdge
+    borderColor: Theme.badEdge
     color: Theme.badBg
     height: Math.max(32, words.height + 14 + (hasLinks ? links.height : 0))
     radius: Theme.rowRadius

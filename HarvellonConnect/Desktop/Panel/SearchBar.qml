@@ -52,9 +52,9 @@ Item {
         // Not onTextEdited: assistive technology sets the text without editing it.
         onTextChanged: bar.state.searchText = text
 
-        background: Rectangle {
-            border.color: field.activeFocus ? Theme.focus : Theme.outline
-            border.width: field.activeFocus ? 2 : 1
+        background: Box {
+            borderColor: field.activeFocus ? Theme.focus : Theme.outline
+            borderWidth: field.activeFocus ? 2 : 1
             color: Theme.card
             radius: Theme.rowRadius
         }

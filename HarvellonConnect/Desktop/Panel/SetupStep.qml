@@ -18,7 +18,7 @@ Item {
     Accessible.role: Accessible.StaticText
     height: 46
 
-    Rectangle {
+    Box {
         anchors.verticalCenter: parent.verticalCenter
         color: step.done ? Theme.okBg : Theme.bg
         height: Theme.pictureSide

@@ -18,7 +18,7 @@ Item {
     Accessible.name: name
     Accessible.role: Accessible.StaticText
 
-    Rectangle {
+    Box {
         color: Theme.bg
         height: Theme.pictureSide
         radius: width / 2

@@ -28,9 +28,9 @@ T.ItemDelegate {
     }
     onClicked: state.switchAccount(accountID)
 
-    background: Rectangle {
-        border.color: row.visualFocus ? Theme.focus : "transparent"
-        border.width: row.visualFocus ? 2 : 0
+    background: Box {
+        borderColor: row.visualFocus ? Theme.focus : "transparent"
+        borderWidth: row.visualFocus ? 2 : 0
         color: row.hovered ? Theme.rowHover : Theme.card
         radius: Theme.rowRadius
         width: row.width - 12

@@ -75,9 +75,9 @@ Item {
         // Not onTextEdited: assistive technology sets the text without editing it.
         onTextChanged: row.written(text)
 
-        background: Rectangle {
-            border.color: field.activeFocus ? Theme.focus : Theme.outline
-            border.width: field.activeFocus ? 2 : 1
+        background: Box {
+            borderColor: field.activeFocus ? Theme.focus : Theme.outline
+            borderWidth: field.activeFocus ? 2 : 1
             color: Theme.card
             radius: Theme.rowRadius
         }

@@ -4,8 +4,6 @@
 #include <QQuickWindow>
 #include <QSGImageNode>
 
-#include <cmath>
-
 PictureItem::PictureItem(QQuickItem* parent) : QQuickItem(parent) {
     setFlag(ItemHasContents);
 }
@@ -26,10 +24,10 @@ QSGNode* PictureItem::updatePaintNode(QSGNode* node, UpdatePaintNodeData*) {
     imageNode->setTexture(window()->createTextureFromImage(image, QQuickWindow::TextureHasAlphaChannel));
 
     // At a scale of 1.5 half of all points lie between two pixels.
-    const QPointF corner = mapToScene(QPointF(-bleed(), -bleed()));
-    const QPointF snapped(std::round(corner.x() * ratio) / ratio, std::round(corner.y() * ratio) / ratio);
-    const QPointF offset = snapped - corner - QPointF(bleed(), bleed());
-    imageNode->setRect(QRectF(offset, QSizeF(image.size()) / ratio));
+    const QPointF corner = mapToScene(QPointF(0, 0));
+    const int around = qRound(bleed() * ratio);
+    const QPoint snapped = (corner * ratio).toPoint() - QPoint(around, around);
+    imageNode->setRect(QRectF(QPointF(snapped) / ratio - corner, QSizeF(image.size()) / ratio));
     return imageNode;
 }
 

@@ -12,7 +12,7 @@ class PictureItem : public QQuickItem {
     /// The picture of the item, with `bleed()` around it, for a screen with `ratio` pixels to the point.
     [[nodiscard]] virtual QImage picture(qreal ratio) const = 0;
 
-    /// How far the picture reaches beyond the item on every side, in points.
+    /// How far the picture reaches beyond the item on every side, in points; rounded to whole pixels.
     [[nodiscard]] virtual qreal bleed() const { return 0; }
 
     QSGNode* updatePaintNode(QSGNode* node, UpdatePaintNodeData* data) override;

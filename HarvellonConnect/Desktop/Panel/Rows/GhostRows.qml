@@ -42,7 +42,7 @@ Item {
             width: ghosts.width
             y: index * Theme.rowHeight
 
-            Rectangle {
+            Box {
                 color: Theme.ghost
                 height: 9
                 radius: 4
@@ -51,7 +51,7 @@ Item {
                 y: 8
             }
 
-            Rectangle {
+            Box {
                 color: Theme.ghost
                 height: 7
                 radius: 3
@@ -63,7 +63,7 @@ Item {
             Repeater {
                 model: ActionTable.ghostSlots
 
-                Rectangle {
+                Box {
                     required property int modelData
 
                     color: Theme.ghost

@@ -34,11 +34,20 @@ Card {
     ListView {
         id: list
 
+        /// The list stands at a multiple of so many points: 4 are whole pixels at 1.25, 1.5 and 1.75 pixels to
+        /// the point, where others lie between two and blur the rows.
+        readonly property int step: Screen.devicePixelRatio % 1 === 0 ? 1 : 4
+
+        function align() {
+            contentY = Math.ceil(contentY / step) * step;
+        }
+
         anchors.bottomMargin: 4
         anchors.fill: parent
         anchors.leftMargin: 6
         anchors.rightMargin: 6
         anchors.topMargin: 4
+        bottomMargin: (step - height % step) % step
         boundsBehavior: Flickable.StopAtBounds
         cacheBuffer: 0
         clip: true
@@ -73,6 +82,8 @@ Card {
             width: list.width
         }
 
+        onMovementEnded: align()
+
         TapHandler {
             acceptedButtons: Qt.RightButton
 
@@ -90,6 +101,7 @@ Card {
             function onCurrentRowChanged() {
                 const row = card.keys.currentRow;
                 list.positionViewAtIndex(row, ListView.Contain);
+                list.align();
                 card.speech.announceFocus(row < 0 ? card.Window.activeFocusItem : list.itemAtIndex(row));
             }
 

@@ -55,10 +55,10 @@ Item {
         x: Theme.gap
     }
 
-    Rectangle {
+    Box {
         anchors.fill: parent
-        border.color: row.current ? Theme.focus : "transparent"
-        border.width: row.current ? 2 : 0
+        borderColor: row.current ? Theme.focus : "transparent"
+        borderWidth: row.current ? 2 : 0
         color: pointer.hovered ? Theme.rowHover : Theme.card
         radius: Theme.rowRadius
         visible: row.lit
