@@ -34,6 +34,12 @@ class TestDesktopRules : public QObject {
         QCOMPARE(kept(100, 100, 640, 1200), QPoint(100, -120)); // shows its lower edge
     }
 
+    void takesNoPointThatTheScreenShowsInPart() {
+        QCOMPARE(wholePoints(QRect(1280, 16, 1067, 667), 1.5),
+                 QRect(1280, 16, 1066, 666)); // 1600 x 1000 pixels
+        QCOMPARE(wholePoints(QRect(0, 0, 1536, 864), 1.25), QRect(0, 0, 1536, 864));
+    }
+
     void standsBesideItsItem() {
         QCOMPARE(besideItem(panel, QRect(900, 0, 24, 24), belowBar).topLeft(), QPoint(592, 28));
         QCOMPARE(besideItem(panel, QRect(1880, 0, 24, 24), belowBar).topLeft(), QPoint(1280, 28));

@@ -2,9 +2,15 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 
 // QRect::right() and bottom() are one less than the edge, so edges are computed as left + width and top +
 // height.
+
+QRect wholePoints(const QRect& visible, qreal ratio) {
+    const auto whole = [ratio](int points) { return std::fmod(points * ratio, 1) > 0 ? points - 1 : points; };
+    return {visible.topLeft(), QSize(whole(visible.width()), whole(visible.height()))};
+}
 
 QRect keepInside(QRect frame, const QRect& visible) {
     const auto rightOf = [](const QRect& rect) { return rect.x() + rect.width(); };

@@ -4,6 +4,10 @@
 #include <QRect>
 #include <QSize>
 
+/// `visible` on a screen with `ratio` pixels to the point, without the last column or row of points if it is
+/// one in part only.
+[[nodiscard]] QRect wholePoints(const QRect& visible, qreal ratio);
+
 /// Moves `frame` into `visible` without resizing it. If it is too large, its left and bottom edges stay
 /// visible.
 [[nodiscard]] QRect keepInside(QRect frame, const QRect& visible);

@@ -186,7 +186,7 @@ void StatusBarController::place() {
     const bool geometryKnown = item.width() > 0 && item.height() > 0;
     const QPoint anchor = geometryKnown ? item.center() : QCursor::pos();
     const QScreen* const screen = screenAt(anchor);
-    const QRect visible = screen->availableGeometry();
+    const QRect visible = wholePoints(screen->availableGeometry(), screen->devicePixelRatio());
     m_panel->fitInto(visible.height());
     const QSize size = m_panel->size();
     m_requestedFrame = geometryKnown ? besideItem(size, item, visible)
