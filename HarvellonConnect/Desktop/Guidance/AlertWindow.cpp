@@ -15,6 +15,7 @@ AlertWindow::AlertWindow(QmlViews& views, const QString& view, const QVariantMap
     setInitialProperties(properties);
     setSource(QmlViews::address(view));
     fit();
+    keepPointsOnEveryScreen(*this);
     connect(rootObject(), &QQuickItem::heightChanged, this, &AlertWindow::fit);
 }
 

@@ -1,5 +1,7 @@
 #include "Desktop/Panel/PanelWindow.h"
 
+#include "Desktop/Screens.h"
+
 #include <QGuiApplication>
 #include <QPainterPath>
 
@@ -33,6 +35,11 @@ PanelWindow::PanelWindow(QQmlEngine* engine) : QQuickView(engine, nullptr) {
     // Qt on macOS hides tool windows of a program that is not active. The panel can have the keyboard without
     // the program being active, and hides by itself when it loses it.
     setProperty("_q_macAlwaysShowToolWindow", true);
+    keepPointsOnEveryScreen(*this);
+    connect(this, &QWindow::screenChanged, this, [this] {
+        if (m_kind == Kind::popover)
+            setMask(roundedMask(size())); // in pixels of the new screen
+    });
     connect(this, &QWindow::activeChanged, this, &PanelWindow::activeHasChanged);
 }
 

@@ -38,6 +38,7 @@ void SettingsWindowManager::makeWindow(AppState& state) {
     m_window->setTitle(QStringLiteral("Einstellungen"));
     m_window->setResizeMode(QQuickView::SizeRootObjectToView);
     m_window->setMinimumSize(size);
+    keepPointsOnEveryScreen(*m_window);
     m_window->setInitialProperties({{QStringLiteral("controller"), QVariant::fromValue(&m_controller)},
                                     {QStringLiteral("state"), QVariant::fromValue(&state)},
                                     {QStringLiteral("versionText"), m_versionText}});
