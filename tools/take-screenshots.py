@@ -1,9 +1,11 @@
 #!/usr/bin/python3
-"""Takes the pictures in docs/screenshots: ./dev screenshots. Each state of the panel and the settings, light and dark, at
-scale 1 and 2, of the real program against the sandbox platform."""
+"""Takes the pictures in docs/screenshots: ./dev screenshots. Each state of the panel and the settings, light and dark, of the
+real program against the sandbox platform. Words after the scale name the only states whose pictures are taken."""
 import json
 import os
+import re
 import signal
+import struct
 import subprocess
 import sys
 import tempfile
@@ -19,6 +21,7 @@ gi.require_version("Gio", "2.0")
 from gi.repository import Gio, GLib  # noqa: E402
 
 PROGRAM, PLATFORM, PICTURES, SCALE = sys.argv[1:5]
+STATES = sys.argv[5:]
 PORTAL = """<node><interface name='org.freedesktop.portal.Settings'>
 <method name='Read'><arg type='s' direction='in'/><arg type='s' direction='in'/><arg type='v' direction='out'/></method>
 <signal name='SettingChanged'><arg type='s'/><arg type='s'/><arg type='v'/></signal></interface></node>"""
@@ -57,15 +60,29 @@ class Desktop:
         self.turn(0.6)
 
 
+def capture(window, file):
+    """Writes what the window shows, in all its colours and with the transparency of its corners."""
+    dump = subprocess.run(["xwd", "-silent", "-id", window], capture_output=True, check=True).stdout
+    size, _, _, depth, width, height, *more = struct.unpack(">25I", dump[:100])
+    pixels = bytearray(dump[size + 12 * more[13]:])  # behind the table of colours: blue, green, red, alpha
+    for edge in re.finditer(rb"[^\x00\xff]", bytes(pixels[3::4] if depth == 32 else b"")):
+        place, alpha = 4 * edge.start(), edge.group()[0]  # X has colours multiplied by alpha, PNG has not
+        pixels[place:place + 3] = (min(255, part * 255 // alpha) for part in pixels[place:place + 3])
+    subprocess.run(["convert", "-size", f"{width}x{height}", "-depth", "8", "bgra:-", "-alpha", "on" if depth == 32 else "off",
+                    "-define", "png:compression-level=9", "-define", "png:compression-filter=1",
+                    "-define", "png:exclude-chunks=date,time", f"PNG{depth}:{file}"], input=pixels, check=True)
+
+
 def picture(name):
     """Takes the light and the dark variant of the active window."""
+    if STATES and name not in STATES:
+        return
     subprocess.run(["xdotool", "mousemove", "1", "1"], check=True)
     for variant, scheme in (("light", LIGHT), ("dark", DARK)):
         desktop.choose(scheme)
         window = subprocess.run(["xdotool", "getactivewindow"], capture_output=True, text=True, check=True).stdout.strip()
         suffix = "" if SCALE == "1" else f"@{SCALE}x"
-        subprocess.run(["import", "-window", window, "-colors", "128", f"PNG8:{PICTURES}/{name}-{variant}{suffix}.png"],
-                       check=True)
+        capture(window, f"{PICTURES}/{name}-{variant}{suffix}.png")
     desktop.choose(LIGHT)
 
 
@@ -232,8 +249,8 @@ app.open_panel()
 keys("ctrl+comma")
 time.sleep(1)
 window = subprocess.run(["xdotool", "getactivewindow"], capture_output=True, text=True, check=True).stdout.strip()
-height = str(840 * int(SCALE))
-subprocess.run(["xdotool", "windowsize", "--sync", window, str(520 * int(SCALE)), height], check=True)
+width, height = (str(round(points * float(SCALE))) for points in (520, 840))
+subprocess.run(["xdotool", "windowsize", "--sync", window, width, height], check=True)
 keys(*["Tab"] * 6)
 keys("space")
 time.sleep(0.5)
