@@ -12,7 +12,7 @@
 /// Main thread.
 class StandInPortal : public QDBusVirtualObject {
   public:
-    enum class Registry { absent, present, late, knowsAlready, knowsNoSuchProgram };
+    enum class Registry { absent, present, late, knowsAlready, knowsNoSuchProgram, bindsNothing };
 
     explicit StandInPortal(Registry registry) : m_registry(registry), m_known(registry == Registry::absent) {
         if (!m_bus.registerVirtualObject(root, this) ||
@@ -63,13 +63,17 @@ class StandInPortal : public QDBusVirtualObject {
         const QDBusObjectPath request(
             root + QStringLiteral("/request/%1/%2")
                        .arg(sender, options.value(QStringLiteral("handle_token")).toString()));
-        if (call.member() == QLatin1String("CreateSession"))
-            m_session.setPath(root + u'/' + options.value(QStringLiteral("session_handle_token")).toString());
+        const bool binds = call.member() == QLatin1String("BindShortcuts");
+        const bool nothing = m_registry == Registry::bindsNothing;
+        if (binds)
+            bindings += nothing ? 0 : 1;
         else
-            ++bindings;
+            m_session.setPath(root + u'/' + options.value(QStringLiteral("session_handle_token")).toString());
         m_bus.send(call.createReply(QVariant::fromValue(request)));
+        const QVariant bound = nothing ? QVariantList() : call.arguments().at(binds ? 1 : 0);
         announce(request.path(), "Request", "Response",
-                 {0U, QVariantMap{{QStringLiteral("session_handle"), m_session.path()}}});
+                 {0U, QVariantMap{{QStringLiteral("session_handle"), m_session.path()},
+                                  {QStringLiteral("shortcuts"), bound}}});
         return true;
     }
 
