@@ -14,11 +14,11 @@ class TestStatusItem : public DesktopTest {
     TestStatusItem() : DesktopTest(true) {}
 
   private:
-    /// What the item in the tray says after the program's name.
+    /// What the item in the tray tells assistive technology after the program's name: its tool tip.
     static QString said() {
-        for (const QWidget* widget : QApplication::topLevelWidgets()) {
+        for (QWidget* widget : QApplication::topLevelWidgets()) {
             if (widget->inherits("QSystemTrayIconSys"))
-                return widget->toolTip().remove(u"Harvellon Connect"_s);
+                return QAccessible::queryAccessibleInterface(widget)->text(QAccessible::Description).mid(17);
         }
         return u"nothing"_s;
     }

@@ -164,8 +164,11 @@ void HotkeyPortal::sessionCreated(uint response, const QVariantMap& results) {
             {}, SLOT(shortcutsBound(uint, QVariantMap)));
 }
 
-void HotkeyPortal::shortcutsBound(uint response, const QVariantMap& /*results*/) {
-    if (response == granted)
+void HotkeyPortal::shortcutsBound(uint response, const QVariantMap& results) {
+    // The user may choose none, and some portals bind none for a program that they do not know.
+    const QVariant bound = results.value(QStringLiteral("shortcuts"));
+    const bool none = bound.isValid() && qdbus_cast<QList<PortalShortcut>>(bound).isEmpty();
+    if (response == granted && !none)
         m_sinceBound.start();
     else
         refuse(userDeclined());
