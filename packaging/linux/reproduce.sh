@@ -22,27 +22,22 @@ build() { ( # FOLDER UMASK ZONE LANGUAGE
 content() { # PACKAGE FOLDER
     mkdir -p "$2"
     case $1 in
-        *.deb) dpkg-deb --raw-extract "$1" "$2" && ar tv "$1" >"$2/members" ;;
-        *.rpm)
-            rpm2cpio "$1" | (cd "$2" && cpio --quiet -idm)
-            rpm -qp --xml "$1" >"$2/header"
-            ;;
-        *.tar.gz) tar -xf "$1" -C "$2" ;;
+        *.deb) dpkg-deb --raw-extract "$1" "$2" && { ar tv "$1" && dpkg-deb --contents "$1"; } >"$2/listing" ;;
+        *.rpm) rpm2cpio "$1" | (cd "$2" && cpio --quiet -idm) && rpm -qp --xml "$1" >"$2/listing" ;;
+        *.tar.gz) tar -xf "$1" -C "$2" && tar -tvf "$1" >"$2/listing" ;;
         *) cp "$1" "$2" ;;
     esac
-    (cd "$2" && find . -printf '%p %M %s %T@\n' | sort) >"$2.list"
 }
 
 compare() { # FOLDER FOLDER
     same=yes
     for name in $({ ls "$1" && ls "$2"; } | sort -u); do
-        cmp -s "$1/$name" "$2/$name" && continue
+        ! cmp "$1/$name" "$2/$name" || continue
         same=
-        echo "differs: $name"
         rm -rf "$work/inside"
-        content "$1/$name" "$work/inside/1"
-        content "$2/$name" "$work/inside/2"
-        (cd "$work/inside" && { diff -rq 1 2 || diff 1.list 2.list || true; }) | head -n 20
+        content "$1/$name" "$work/inside/first"
+        content "$2/$name" "$work/inside/second"
+        (cd "$work/inside" && diff -r --no-dereference first second | head -n 60)
     done
     [ -n "$same" ]
 }
