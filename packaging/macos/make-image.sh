@@ -160,5 +160,6 @@ else
     xcrun notarytool submit "$image" --keychain-profile "$profile" --wait
     xcrun stapler staple "$image"
     spctl --assess --type open --context context:primary-signature --verbose "$image"
+    "$here/make-cask.sh" "$(setting CMAKE_PROJECT_VERSION)" "$image" "$(setting HARVELLON_SERVER)" >"$folder/harvellon-connect.rb"
 fi
 echo "$image"
