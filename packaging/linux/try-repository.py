@@ -159,6 +159,22 @@ def sign_again(release, folder):
     must("gpg", "--batch", "--yes", "--clearsign", "--output", release + "/InRelease", release + "/Release")
 
 
+def not_published(packages, repository, work):
+    own = os.environ["GNUPGHOME"]
+    with open(repository + "/dists/stable/InRelease", encoding="utf8") as file:
+        before = file.read()
+    shutil.copytree(packages, work + "/other-content")
+    exchange(glob.glob(work + "/other-content/*.deb")[0], 5000)
+    status, output = publish(work + "/other-content", repository)
+    good("another content of the same version is not published", status != 0 and "another content" in output, output)
+    new_key(work + "/third-key", "A third one")
+    status, output = publish(packages, repository)
+    good("nor is anything with another key", status != 0 and "another key" in output, output)
+    os.environ["GNUPGHOME"] = own
+    with open(repository + "/dists/stable/InRelease", encoding="utf8") as file:
+        good("the repository is as it was", file.read() == before)
+
+
 def refusals(debian, repository, work):
     release = repository + "/dists/stable"
     install = functools.partial(call, *debian.command("apt-get", "install", "--yes", "--reinstall", NAME), env=debian.environment)
@@ -222,6 +238,7 @@ def tryout(packages, work):
         newer_version(package, work + "/higher")
         status, output = publish(work + "/higher", repository)
         good("a second version is added", status == 0, output)
+        not_published(packages, repository, work)
         debian.update()
         seen = debian.run("apt", "list", "--upgradable")
         good("apt announces it", f"{NAME}/stable 99.0-1 " in seen and f"upgradable from: {version}" in seen, seen)
