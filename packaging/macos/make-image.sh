@@ -172,5 +172,6 @@ else
     fi
     xcrun stapler staple "$image"
     spctl --assess --type open --context context:primary-signature --verbose "$image"
+    "$here/make-cask.sh" "$(setting CMAKE_PROJECT_VERSION)" "$image" "$(setting HARVELLON_SERVER)" >"$folder/harvellon-connect.rb"
 fi
 echo "$image"

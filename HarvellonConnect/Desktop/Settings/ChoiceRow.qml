@@ -55,7 +55,7 @@ Item {
     T.TextField {
         id: field
 
-        Accessible.description: row.fixed ? row.shownCaption : placeholderText
+        Accessible.description: placeholderText // the control itself sets it to this as well
         Accessible.name: row.text + ": eigener Befehl"
         activeFocusOnTab: true
         color: enabled ? Theme.ink : Theme.secondary
@@ -64,7 +64,7 @@ Item {
         font.pixelSize: Theme.labelSize
         height: Theme.fieldHeight
         leftPadding: 10
-        placeholderText: row.commandHint
+        placeholderText: row.fixed ? row.shownCaption : row.commandHint
         placeholderTextColor: Theme.secondary
         readOnly: row.fixed
         rightPadding: 10
