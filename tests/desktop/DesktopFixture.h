@@ -151,6 +151,10 @@ int runOnDesktop(int argc, char* argv[]) {
     chooseSceneGraph(); // as the program does: the other one compiles shaders on the main thread
     QApplication application(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false);
+    // Controls tell more once they know that assistive technology runs.
+    if (qEnvironmentVariableIsSet("QT_LINUX_ACCESSIBILITY_ALWAYS_ON") &&
+        !QTest::qWaitFor(QAccessible::isActive, 20000))
+        qFatal("no bus of assistive technology");
     Test test;
     return QTest::qExec(&test, argc, argv);
 }
