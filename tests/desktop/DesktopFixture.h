@@ -47,6 +47,10 @@ class DesktopFixture {
         state = std::make_unique<AppState>(
             AppServices{host, ServerAddress::checked(server), shell, keychain, *preferences, network},
             commands);
+        // Controls tell more once they know that assistive technology runs.
+        if (qEnvironmentVariableIsSet("QT_LINUX_ACCESSIBILITY_ALWAYS_ON") &&
+            !QTest::qWaitFor(QAccessible::isActive, 20000))
+            qFatal("no bus of assistive technology");
         statusBar = std::make_unique<StatusBarController>(views, QStringLiteral("1.0.0 (42)"));
         settings = std::make_unique<SettingsWindowManager>(views, *statusBar, QStringLiteral("1.0.0 (42)"));
         alerts = std::make_unique<GuidanceAlerts>(views, *state);
@@ -151,10 +155,6 @@ int runOnDesktop(int argc, char* argv[]) {
     chooseSceneGraph(); // as the program does: the other one compiles shaders on the main thread
     QApplication application(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false);
-    // Controls tell more once they know that assistive technology runs.
-    if (qEnvironmentVariableIsSet("QT_LINUX_ACCESSIBILITY_ALWAYS_ON") &&
-        !QTest::qWaitFor(QAccessible::isActive, 20000))
-        qFatal("no bus of assistive technology");
     Test test;
     return QTest::qExec(&test, argc, argv);
 }
