@@ -109,7 +109,7 @@ class HotkeyTest : public QObject {
 
     void aPortalThatStartsAnewOrClosesTheSessionBindsTheKeyAnew() {
         auto portal = std::make_unique<StandInPortal>(Registry::present);
-        HotkeyPortal key(std::chrono::milliseconds(50));
+        HotkeyPortal key(std::chrono::milliseconds(400));
         const QSignalSpy presses(&key, &HotkeyPortal::pressed);
         const QSignalSpy refusals(&key, &HotkeyPortal::refused);
         key.bind();
@@ -117,7 +117,7 @@ class HotkeyTest : public QObject {
         portal.reset();
         portal = std::make_unique<StandInPortal>(Registry::present);
         QTRY_COMPARE(portal->bindings, 1);
-        for (const int wait : {100, 0}) { // one that closes at once would go on for ever
+        for (const int wait : {500, 0}) { // one that closes at once would go on for ever
             portal->press();
             QTest::qWait(wait);
             portal->closeSession();

@@ -10,8 +10,10 @@ SetupSteps::SetupSteps(const ActionContext& context, const QString& server, Guid
     : m_context(context), m_login(QStringLiteral("ssh@") + QUrl(server).host()), m_guidance(guidance) {}
 
 void SetupSteps::look() {
-    if (m_underWay > 0)
+    if (m_underWay > 0) {
+        m_lookAgain = true; // what is under way may have passed what has changed since
         return;
+    }
     m_underWay = 2;
     lookForKey();
     lookForSSHFS();
@@ -23,8 +25,7 @@ QCoro::Task<> SetupSteps::lookForKey() {
     if (!guard)
         co_return;
     m_key = key;
-    --m_underWay;
-    Q_EMIT changed();
+    looked();
 }
 
 QCoro::Task<> SetupSteps::lookForSSHFS() {
@@ -33,8 +34,14 @@ QCoro::Task<> SetupSteps::lookForSSHFS() {
     if (!guard)
         co_return;
     m_sshfs = sshfs;
+    looked();
+}
+
+void SetupSteps::looked() {
     --m_underWay;
     Q_EMIT changed();
+    if (m_underWay == 0 && std::exchange(m_lookAgain, false))
+        look();
 }
 
 SetupSteps::State SetupSteps::key() const {

@@ -30,7 +30,7 @@ class SetupSteps : public QObject {
     /// `server`: whose name ssh's configuration is read for. The references outlive this.
     SetupSteps(const ActionContext& context, const QString& server, GuidanceQuestion& guidance);
 
-    /// Looks for both anew. What is known stays until then.
+    /// Looks for both anew, once more where that is under way already. What is known stays until then.
     Q_INVOKABLE void look();
     /// Copies the public key.
     Q_INVOKABLE void copyKey();
@@ -51,6 +51,7 @@ class SetupSteps : public QObject {
   private:
     QCoro::Task<> lookForKey();
     QCoro::Task<> lookForSSHFS();
+    void looked();
 
     const ActionContext& m_context;
     const QString m_login;
@@ -58,4 +59,5 @@ class SetupSteps : public QObject {
     std::optional<OwnKey> m_key;
     std::optional<SSHFSReadiness> m_sshfs;
     int m_underWay = 0;
+    bool m_lookAgain = false; ///< after what is under way
 };
