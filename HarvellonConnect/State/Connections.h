@@ -75,6 +75,8 @@ class Connections : public QObject {
     /// Since when a connect of `domain` has been under way.
     [[nodiscard]] std::optional<QDateTime> connectingSince(const QString& domain) const;
 
+    [[nodiscard]] QStringList connectingDomains() const { return m_connecting.keys(); }
+
   Q_SIGNALS:
     /// A connect of `domain` has begun or ended.
     void connectingChanged(const QString& domain);

@@ -16,7 +16,7 @@ build() { ( # FOLDER UMASK ZONE LANGUAGE
     git clone --quiet --no-local . "$work/$1"
     cd "$work/$1"
     git checkout --quiet "$commit"
-    env CCACHE_DISABLE=1 TZ="$3" LC_ALL="$4" ./dev package >/dev/null
+    env -u HARVELLON_FEED_SIGNING_KEY CCACHE_DISABLE=1 TZ="$3" LC_ALL="$4" ./dev package >/dev/null
 ); }
 
 content() { # PACKAGE FOLDER

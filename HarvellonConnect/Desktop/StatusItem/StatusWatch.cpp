@@ -16,13 +16,7 @@ StatusWatch::StatusWatch(AppState& state, QSystemTrayIcon& item)
     const auto updateSoon = [this] { m_soon.start(); };
     const Connections& connections = state.parts().connections;
     connect(&connections, &Connections::connectionChanged, this, updateSoon);
-    connect(&connections, &Connections::connectingChanged, this, [this, updateSoon](const QString& domain) {
-        if (m_state.parts().connections.connectingSince(domain))
-            m_connecting.insert(domain);
-        else
-            m_connecting.remove(domain);
-        updateSoon();
-    });
+    connect(&connections, &Connections::connectingChanged, this, updateSoon);
     connect(&state, &AppState::accountErrorChanged, this, updateSoon);
     connect(&state, &AppState::connectionStatusChanged, this, updateSoon);
     updateSoon();
@@ -31,7 +25,8 @@ StatusWatch::StatusWatch(AppState& state, QSystemTrayIcon& item)
 StatusFacts StatusWatch::facts() const {
     const AppState::Parts parts = m_state.parts();
     const QSet<QString>& mounted = m_state.connectedDomains();
-    StatusFacts facts{mounted.size(), m_connecting.values(), {}, !m_state.accountError().isEmpty()};
+    StatusFacts facts{
+        mounted.size(), parts.connections.connectingDomains(), {}, !m_state.accountError().isEmpty()};
     for (const Project& project : parts.connections.keptProjects()) {
         if (!mounted.contains(project.domain))
             facts.lost.append(project.domain);

@@ -3,7 +3,6 @@
 #include "Desktop/StatusItem/StatusSign.h"
 
 #include <QObject>
-#include <QSet>
 #include <QTimer>
 
 class AppState;
@@ -24,6 +23,5 @@ class StatusWatch : public QObject {
     AppState& m_state;
     QSystemTrayIcon& m_item;
     StatusSign m_sign;
-    QSet<QString> m_connecting;
     QTimer m_soon; ///< a connect that ends changes two things, one after the other
 };
