@@ -1,8 +1,6 @@
 #include "Updates/SignedFeed.h"
 
-#include <openssl/evp.h>
-
-#include <memory>
+#include <sodium.h>
 
 namespace {
 const unsigned char* bytes(const QByteArray& data) {
@@ -10,13 +8,10 @@ const unsigned char* bytes(const QByteArray& data) {
 }
 
 bool isSignature(const QByteArray& signature, const QByteArray& text, const QByteArray& publicKey) {
-    const std::unique_ptr<EVP_PKEY, decltype(&EVP_PKEY_free)> key(
-        EVP_PKEY_new_raw_public_key(EVP_PKEY_ED25519, nullptr, bytes(publicKey), size_t(publicKey.size())),
-        &EVP_PKEY_free);
-    const std::unique_ptr<EVP_MD_CTX, decltype(&EVP_MD_CTX_free)> context(EVP_MD_CTX_new(), &EVP_MD_CTX_free);
-    return key && context && EVP_DigestVerifyInit(context.get(), nullptr, nullptr, nullptr, key.get()) == 1 &&
-           EVP_DigestVerify(context.get(), bytes(signature), size_t(signature.size()), bytes(text),
-                            size_t(text.size())) == 1;
+    return publicKey.size() == crypto_sign_PUBLICKEYBYTES && signature.size() == crypto_sign_BYTES &&
+           sodium_init() >= 0 &&
+           crypto_sign_verify_detached(bytes(signature), bytes(text), size_t(text.size()),
+                                       bytes(publicKey)) == 0;
 }
 } // namespace
 
