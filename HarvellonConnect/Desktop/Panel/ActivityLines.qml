@@ -16,6 +16,11 @@ ListView {
 
     signal copyRequested(text: string)
 
+    function rowAt(x: real, y: real): int {
+        const place = mapToItem(contentItem, x, y);
+        return indexAt(place.x, place.y);
+    }
+
     function openMenu(place: point) {
         if (menu.item === null)
             menu.setSource("LogMenu.qml", {selection: selection});
@@ -70,13 +75,11 @@ ListView {
 
     MouseArea {
         function choose(mouse: MouseEvent, extend: bool) {
-            const place = mapToItem(lines.contentItem, mouse.x, mouse.y);
-            const row = lines.indexAt(place.x, place.y);
+            const row = lines.rowAt(mouse.x, mouse.y);
             if (row >= 0)
                 selection.choose(row, extend);
         }
 
-        acceptedButtons: Qt.LeftButton | Qt.RightButton
         height: lines.height
         parent: lines.contentItem
         preventStealing: true // a drag selects
@@ -84,19 +87,24 @@ ListView {
         y: lines.contentY
         z: -1
 
-        onPositionChanged: mouse => {
-            if (pressedButtons & Qt.LeftButton)
-                choose(mouse, true);
-        }
+        onPositionChanged: mouse => choose(mouse, true)
         onPressed: mouse => {
-            const place = mapToItem(lines.contentItem, mouse.x, mouse.y);
-            const row = lines.indexAt(place.x, place.y);
-            const onSelected = row >= selection.first && row <= selection.last;
-            if (mouse.button === Qt.LeftButton || !onSelected)
-                choose(mouse, (mouse.modifiers & Qt.ShiftModifier) !== 0);
+            choose(mouse, (mouse.modifiers & Qt.ShiftModifier) !== 0);
             lines.forceActiveFocus(Qt.MouseFocusReason);
-            if (mouse.button === Qt.RightButton && selection.current >= 0)
-                lines.openMenu(Qt.point(mouse.x, mouse.y));
+        }
+    }
+
+    // Not by the mouse area: two buttons joined by | are looked up by name, which takes 170 KB.
+    TapHandler {
+        acceptedButtons: Qt.RightButton
+
+        onTapped: event => {
+            const row = lines.rowAt(event.position.x, event.position.y);
+            if (row >= 0 && (row < selection.first || row > selection.last))
+                selection.choose(row, false);
+            lines.forceActiveFocus(Qt.MouseFocusReason);
+            if (selection.current >= 0)
+                lines.openMenu(event.position);
         }
     }
 

@@ -104,7 +104,6 @@ FocusScope {
         id: accountError
 
         text: panel.state.accountError
-        visible: text !== ""
         width: parent.width - 2 * x
         x: Theme.panelMargin
         y: 112
@@ -135,7 +134,6 @@ FocusScope {
 
         closable: true
         text: panel.state.refusals.text
-        visible: text !== ""
         width: parent.width - 2 * x
         x: Theme.panelMargin
         y: search.y + search.height + Theme.gap
@@ -149,7 +147,6 @@ FocusScope {
 
         help: panel.state.access.offered ? "Hilfe zum Zugang" : ""
         text: panel.state.lastError
-        visible: panel.hasError
         width: parent.width - 2 * x
         x: Theme.panelMargin
         y: refusal.visible ? refusal.y + refusal.height + Theme.gap : refusal.y

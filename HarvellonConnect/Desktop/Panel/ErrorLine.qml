@@ -1,88 +1,20 @@
 import QtQuick
 import Harvellon.Desktop
 
-/// A failure, until it is put aside. Grows with its text, up to six lines; a longer text can be copied.
-Box {
+/// A failure, until it is put aside. Nothing is made before there is one: it would take memory all day.
+Loader {
     id: line
 
     required property string text
     property string help ///< the word that offers help with this failure; empty for none
 
-    readonly property bool isLong: text.length > 300 || text.split("\n").length > 6
-
-    readonly property bool hasLinks: isLong || help !== ""
-
     signal copied
     signal helped
     signal dismissed
 
-    Accessible.name: text
-    Accessible.role: Accessible.AlertMessage
-    borderColor: Theme.badEdge
-    color: Theme.badBg
-    height: Math.max(32, words.height + 14 + (hasLinks ? links.height : 0))
-    radius: Theme.rowRadius
+    visible: text !== ""
 
-    SymbolIcon {
-        color: Theme.badInk
-        size: Theme.smallIconSize
-        symbol: "exclamationmark.triangle.fill"
-        x: 10
-        y: 8
-    }
-
-    NoteLabel {
-        id: words
-
-        anchors.left: parent.left
-        anchors.leftMargin: 34
-        anchors.right: close.left
-        anchors.rightMargin: 8
-        anchors.verticalCenter: parent.verticalCenter
-        anchors.verticalCenterOffset: line.hasLinks ? -links.height / 2 : 0
-        color: Theme.badInk
-        elide: Text.ElideRight
-        maximumLineCount: 6
-        text: line.text
-        wrapMode: Text.Wrap
-    }
-
-    Row {
-        id: links
-
-        anchors.bottom: parent.bottom
-        anchors.bottomMargin: 3
-        anchors.left: words.left
-        anchors.leftMargin: -8
-        height: Theme.smallButtonSide
-
-        LinkButton {
-            Accessible.name: "Meldung kopieren"
-            ink: Theme.badInk
-            text: "Kopieren"
-            visible: line.isLong
-
-            onClicked: line.copied()
-        }
-
-        LinkButton {
-            ink: Theme.badInk
-            text: line.help
-            visible: line.help !== ""
-
-            onClicked: line.helped()
-        }
-    }
-
-    SmallButton {
-        id: close
-
-        anchors.right: parent.right
-        anchors.rightMargin: 4
-        help: "Meldung schließen"
-        tint: Theme.badInk
-        y: 4
-
-        onTriggered: line.dismissed()
+    onTextChanged: if (text !== "" && item === null) {
+        setSource("ErrorBox.qml", {line: line});
     }
 }

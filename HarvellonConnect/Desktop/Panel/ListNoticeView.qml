@@ -70,20 +70,15 @@ Column {
 
         readonly property bool wanted: view.notice.steps && view.room > 280
 
-        function load() {
-            if (wanted)
-                setSource("SetupStepsView.qml", {
-                    state: view.state
-                });
-            else
-                source = "";
-        }
-
         anchors.horizontalCenter: parent.horizontalCenter
         visible: wanted
         width: Math.min(parent.width, 440)
 
-        Component.onCompleted: load()
-        onWantedChanged: load()
+        onWantedChanged: {
+            if (wanted)
+                setSource("SetupStepsView.qml", {state: view.state});
+            else
+                source = "";
+        }
     }
 }

@@ -116,7 +116,6 @@ FocusScope {
             id: refusal
 
             text: view.state.refusals.standing
-            visible: text !== ""
             width: view.cardWidth
             x: Theme.settingsMargin
             y: 202 + page.extra + page.errorSpace

@@ -57,7 +57,8 @@ QImage Box::cornersAround(int corner, int border, qreal radius) const {
     const qreal inset = border / 2.0;
     const qreal bend = std::max<qreal>(0, std::min(radius, side / 2.0) - inset);
     painter.drawRoundedRect(QRectF(image.rect()).adjusted(inset, inset, -inset, -inset), bend, bend);
-    return image;
+    painter.end();
+    return image.copy(); // a picture that was painted keeps its painter's engine, several times its size
 }
 
 QSGNode* Box::updatePaintNode(QSGNode* node, UpdatePaintNodeData*) {
