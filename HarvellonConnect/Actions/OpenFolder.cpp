@@ -54,10 +54,8 @@ QCoro::Task<> openInVSCode(ActionContext& context, Project project, bool /*alter
 
 QCoro::Task<std::optional<QString>> openEditor(const ActionContext& context, QString domain, QString folder) {
     const QString chosen = context.programs.editorOf(domain);
-    if (!chosen.isEmpty()) {
-        std::optional<QString> editor = co_await openChosenEditor(context, chosen, domain, folder);
-        co_return editor;
-    }
+    if (!chosen.isEmpty())
+        co_return openChosenEditor(context, chosen, domain, folder);
     const bool hasEditor = co_await context.editor.open(domain, folder);
     if (!hasEditor)
         context.report.log(QStringLiteral("VS Code wurde nicht gefunden."), ActivityLogLevel::warning);

@@ -32,6 +32,10 @@ void quieten(QJsonObject& settings) {
     settings[QStringLiteral("search.followSymlinks")] = false;
     settings[QStringLiteral("typescript.disableAutomaticTypeAcquisition")] = true;
 }
+
+QStringList codeArguments(const QString& target) {
+    return {QStringLiteral("--new-window"), QStringLiteral("--disable-workspace-trust"), target};
+}
 } // namespace
 
 QString sanitizedFileName(const QString& text) {
@@ -65,35 +69,27 @@ QByteArray workspaceFor(const QString& folder, bool quiet) {
 
 QCoro::Task<bool> VSCodeLauncher::open(QString domain, QString folder) {
     const QString target = writeWorkspace(domain, folder).value_or(folder);
-    try {
-        const std::optional<QString> code = co_await locateCodeCommand();
-        if (code) {
-            co_await run(*code, target);
-        } else if (!m_host.editorOpen.executable.isEmpty()) {
-            const QStringList arguments = m_host.editorOpen.argumentsFor(target);
-            co_await m_shell.run(m_host.editorOpen.executable, arguments);
-        } else {
-            co_return false;
-        }
-    } catch (const ShellError&) {
-        // An editor that does not start is plain to see; the mount is unharmed.
-    }
+    const std::optional<QString> code = co_await locateCodeCommand();
+    if (!code && m_host.editorOpen.executable.isEmpty())
+        co_return false;
+    if (code)
+        launch(*code, codeArguments(target));
+    else
+        launch(m_host.editorOpen.executable, m_host.editorOpen.argumentsFor(target));
     co_return true;
 }
 
-QCoro::Task<> VSCodeLauncher::openWith(QString launcher, QString domain, QString folder) {
-    const QString target = writeWorkspace(domain, folder).value_or(folder);
-    try {
-        co_await run(launcher, target);
-    } catch (const ShellError&) {
-        // As above.
-    }
+void VSCodeLauncher::openWith(const QString& launcher, const QString& domain, const QString& folder) {
+    launch(launcher, codeArguments(writeWorkspace(domain, folder).value_or(folder)));
 }
 
-QCoro::Task<> VSCodeLauncher::run(QString launcher, QString target) {
-    const QStringList arguments{QStringLiteral("--new-window"), QStringLiteral("--disable-workspace-trust"),
-                                target};
-    co_await m_shell.run(launcher, arguments);
+/// Some launchers end only with their editor, so none is waited for.
+void VSCodeLauncher::launch(const QString& executable, const QStringList& arguments) {
+    try {
+        m_shell.launch(executable, arguments);
+    } catch (const ShellError&) {
+        // An editor that does not start is plain to see; the mount is unharmed.
+    }
 }
 
 std::optional<QString> VSCodeLauncher::writeWorkspace(const QString& domain, const QString& folder) const {

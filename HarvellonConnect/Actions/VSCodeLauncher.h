@@ -24,12 +24,12 @@ class VSCodeLauncher {
     VSCodeLauncher(HostSystem host, Shell& shell) : m_host(std::move(host)), m_shell(shell) {}
 
     /// Opens `folder` in a new window through a generated workspace file named after `domain`; where that
-    /// cannot be written, or somebody else could replace it, the folder itself. Never fails; returns when the
-    /// launcher has ended, with false where the host has nothing that could open the editor.
+    /// cannot be written, or somebody else could replace it, the folder itself. Never fails; false where
+    /// the host has nothing that could open the editor.
     QCoro::Task<bool> open(QString domain, QString folder);
 
     /// The same with `launcher`, which takes the arguments of the `code` command.
-    QCoro::Task<> openWith(QString launcher, QString domain, QString folder);
+    void openWith(const QString& launcher, const QString& domain, const QString& folder);
 
     /// Whether workspaces are quiet ones, from the next `open` on.
     void setQuiet(bool quiet) { m_quiet = quiet; }
@@ -39,7 +39,7 @@ class VSCodeLauncher {
   private:
     [[nodiscard]] std::optional<QString> writeWorkspace(const QString& domain, const QString& folder) const;
     QCoro::Task<std::optional<QString>> locateCodeCommand();
-    QCoro::Task<> run(QString launcher, QString target);
+    void launch(const QString& executable, const QStringList& arguments);
 
     HostSystem m_host;
     Shell& m_shell;

@@ -28,7 +28,7 @@ class RecordingShell : public Shell {
         launch(executable, arguments);
         if (hasWhich && executable.endsWith("which"_L1))
             co_return ShellResult{1, {}, {}};
-        throw ShellError::launchFailed(executable); // a missing editor must not fail the action
+        throw ShellError::launchFailed(executable); // nobody waits for what is opened
     }
 
     void launch(const QString& executable, const QStringList& arguments) override {

@@ -33,34 +33,33 @@ ExternalCommand opening(const HostSystem& host, const QString& program, const QS
 }
 } // namespace
 
-QCoro::Task<std::optional<QString>> openChosenEditor(const ActionContext& context, QString key,
-                                                     QString domain, QString folder) {
+std::optional<QString> openChosenEditor(const ActionContext& context, const QString& key,
+                                        const QString& domain, const QString& folder) {
     const QStringList& folders = context.host.programFolders;
     if (key == ProgramChoices::own()) {
         const QString& line = context.programs.editorCommand;
         const QString name = OwnCommand::programOf(line);
         const bool started = start(context, OwnCommand::opening(folder, line, folders), name);
-        co_return started ? std::optional(name) : std::nullopt;
+        return started ? std::optional(name) : std::nullopt;
     }
     const QList<KnownProgram>& known = context.host.editors;
     const auto editor = std::find_if(known.begin(), known.end(),
                                      [&](const KnownProgram& program) { return program.key == key; });
     if (editor == known.end()) {
         context.report.warn(missingProgram(key)); // chosen in another version of this program
-        co_return std::nullopt;
+        return std::nullopt;
     }
     const QString name = editor->name;
     const std::optional<QString> program = findProgram(editor->files, folders);
     if (program && editor->takes == KnownProgram::Takes::workspace) {
-        const QString launcher = *program;
-        co_await context.editor.openWith(launcher, domain, folder);
-        co_return name;
+        context.editor.openWith(*program, domain, folder);
+        return name;
     }
     if (program && editor->takes == KnownProgram::Takes::folderInTerminal) {
         const bool opened = openTerminal(context, {*program, folder});
-        co_return opened ? std::optional(name) : std::nullopt;
+        return opened ? std::optional(name) : std::nullopt;
     }
     const std::optional<ExternalCommand> command =
         program ? std::optional(opening(context.host, *program, folder)) : std::nullopt;
-    co_return start(context, command, name) ? std::optional(name) : std::nullopt;
+    return start(context, command, name) ? std::optional(name) : std::nullopt;
 }
