@@ -21,13 +21,25 @@ void ButtonRail::pointer(int target, bool inside) {
     Q_EMIT hoveredButtonChanged();
 }
 
-void ButtonRail::setConnected(bool connected) {
-    if (connected == m_connected)
+void ButtonRail::setState(AppState* state) {
+    if (state == m_state)
         return;
-    m_connected = connected;
-    if (connected)
-        m_sinceMounted.start();
-    Q_EMIT connectedChanged();
+    m_state = state;
+    connect(&state->parts().connections, &Connections::connectionChanged, this,
+            [this](const QString& domain, bool connected) {
+                if (connected && domain == m_domain)
+                    m_sinceMounted.start();
+            });
+    Q_EMIT stateChanged();
+}
+
+void ButtonRail::setDomain(const QString& domain) {
+    if (domain == m_domain)
+        return;
+    m_domain = domain;
+    m_sinceMounted.invalidate();
+    m_sinceDisconnect.invalidate();
+    Q_EMIT domainChanged();
 }
 
 void ButtonRail::click(int target, bool shift) {

@@ -14,10 +14,8 @@
 class ButtonRail : public QQuickItem {
     Q_OBJECT
     QML_ELEMENT
-    Q_PROPERTY(AppState* state MEMBER m_state NOTIFY stateChanged REQUIRED)
-    Q_PROPERTY(QString domain MEMBER m_domain NOTIFY domainChanged REQUIRED)
-    /// Whether the project is mounted.
-    Q_PROPERTY(bool connected MEMBER m_connected WRITE setConnected NOTIFY connectedChanged REQUIRED)
+    Q_PROPERTY(AppState* state MEMBER m_state WRITE setState NOTIFY stateChanged REQUIRED)
+    Q_PROPERTY(QString domain MEMBER m_domain WRITE setDomain NOTIFY domainChanged REQUIRED)
     /// Whether Tab reaches the buttons. Only one row of the list is a tab stop.
     Q_PROPERTY(bool current MEMBER m_current NOTIFY currentChanged)
     /// The value of a HoverTarget; -1 for none.
@@ -31,7 +29,9 @@ class ButtonRail : public QQuickItem {
     [[nodiscard]] int hoveredNumber() const { return m_hovered ? static_cast<int>(*m_hovered) : -1; }
 
     Q_INVOKABLE void pointer(int target, bool inside);
-    void setConnected(bool connected);
+    void setState(AppState* state);
+    /// Also when the row is used for another project.
+    void setDomain(const QString& domain);
 
     /// A click of the pointer. A click on connect right after one on disconnect is ignored: it is the second
     /// one of a double click on "Trennen", whose button the connect button has replaced. So is one on
@@ -42,14 +42,12 @@ class ButtonRail : public QQuickItem {
   Q_SIGNALS:
     void stateChanged();
     void domainChanged();
-    void connectedChanged();
     void currentChanged();
     void hoveredButtonChanged();
 
   private:
     AppState* m_state = nullptr;
     QString m_domain;
-    bool m_connected = false;
     bool m_current = false;
     std::optional<HoverTarget> m_hovered;
     QElapsedTimer m_sinceDisconnect;

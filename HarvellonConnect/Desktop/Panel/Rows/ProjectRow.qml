@@ -135,7 +135,6 @@ Item {
     RowButtons {
         id: rail
 
-        connected: row.connected
         connecting: row.connecting
         current: row.tabStop
         domain: row.domain
