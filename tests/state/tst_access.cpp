@@ -190,13 +190,15 @@ class TestAccess : public StateFixture {
         start(); // with the other shell
         startWith(u"-F /dev/null -o IdentityAgent=none -o 'IdentityFile=\"%1\"'"_s.arg(place));
         openRefused();
-        QVERIFY(help().canMakeKey() && !help().keyIsKnown());
+        QCOMPARE(help().keyOffer(), u"Schlüssel anlegen"_s);
         qputenv("TERMINAL", "/bin/true"); // what it would run, the test runs
         help().makeKey();
-        const QStringList command = terminal.last.mid(terminal.last.indexOf(u"/bin/sh"_s));
+        const auto terminalCommand = [&] {
+            return QStringList{answers("echo 'geheim 12'"), u"SSH_ASKPASS_REQUIRE=force"_s} +
+                   terminal.last.mid(terminal.last.indexOf(u"/bin/sh"_s));
+        };
         QDir().mkpath(file("keys"));
-        const QStringList terminalRun =
-            QStringList{answers("echo 'geheim 12'"), u"SSH_ASKPASS_REQUIRE=force"_s} + command;
+        const QStringList terminalRun = terminalCommand();
         run(u"env"_s, terminalRun);
         QTRY_VERIFY(help().keyIsKnown()); // the folder is watched
         help().copyKey();
@@ -210,6 +212,13 @@ class TestAccess : public StateFixture {
         QCOMPARE(content(place + u".pub"_s), made);
         QCOMPARE(QDir(file("keys")).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot).size(),
                  2);
+
+        QFile::remove(place + u".pub"_s);
+        QTRY_COMPARE(help().keyOffer(), u"Öffentlichen Teil anlegen"_s);
+        help().makeKey();
+        run(u"env"_s, terminalCommand());
+        QCOMPARE(content(place + u".pub"_s), made);
+        QTRY_VERIFY(help().keyIsKnown() && help().keyOffer().isEmpty());
     }
 };
 

@@ -166,8 +166,8 @@ FocusScope {
             }
 
             TextButton {
-                text: "Schlüssel anlegen"
-                visible: alert.access.canMakeKey
+                text: alert.access.keyOffer
+                visible: text !== ""
 
                 onClicked: alert.access.makeKey()
             }

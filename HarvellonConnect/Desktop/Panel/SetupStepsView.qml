@@ -35,7 +35,7 @@ Column {
     }
 
     SetupStep {
-        buttonText: done ? "Schlüssel kopieren" : view.steps.canMakeKey ? "Schlüssel anlegen" : ""
+        buttonText: done ? "Schlüssel kopieren" : view.steps.keyOffer
         done: view.steps.key === SetupSteps.State.ready
         number: 2
         text: done ? "Gehört einmal ins Harvellon-Backend." : view.steps.key === SetupSteps.State.broken ? "Der öffentliche Teil (.pub) fehlt." : view.steps.key === SetupSteps.State.missing ? "Du hast noch keinen." : ""

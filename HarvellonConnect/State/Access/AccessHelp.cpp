@@ -84,6 +84,10 @@ QString AccessHelp::keyText() const {
     return QStringLiteral("Du hast noch keinen Schlüssel, den ssh anbieten kann.");
 }
 
+QString AccessHelp::keyOffer() const {
+    return m_own ? ::keyOffer(*m_own) : QString();
+}
+
 QCoro::Task<> AccessHelp::lookForKey(int visit) {
     const QPointer<AccessHelp> guard(this);
     const QString login = m_project->sshLogin();
@@ -109,8 +113,8 @@ void AccessHelp::copyKey() {
 }
 
 void AccessHelp::makeKey() {
-    if (canMakeKey())
-        makeKeyInTerminal(m_context, m_own->place);
+    if (m_own)
+        makeKeyInTerminal(m_context, *m_own);
 }
 
 void AccessHelp::beginCheck() {

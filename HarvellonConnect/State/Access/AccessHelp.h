@@ -39,7 +39,8 @@ class AccessHelp : public QObject {
     Q_PROPERTY(QString text READ text NOTIFY changed)
     Q_PROPERTY(QString keyText READ keyText NOTIFY changed)
     Q_PROPERTY(bool keyIsKnown READ keyIsKnown NOTIFY changed)
-    Q_PROPERTY(bool canMakeKey READ canMakeKey NOTIFY changed)
+    /// The words for what `makeKey` makes; empty for nothing.
+    Q_PROPERTY(QString keyOffer READ keyOffer NOTIFY changed)
     Q_PROPERTY(bool checking READ isChecking NOTIFY changed)
     Q_PROPERTY(bool works READ works NOTIFY changed)
     Q_PROPERTY(QString finding READ finding NOTIFY changed)
@@ -78,7 +79,7 @@ class AccessHelp : public QObject {
 
     [[nodiscard]] bool keyIsKnown() const { return m_own && m_own->key; }
 
-    [[nodiscard]] bool canMakeKey() const { return m_own && !m_own->key && !m_own->place.isEmpty(); }
+    [[nodiscard]] QString keyOffer() const;
 
     [[nodiscard]] bool isChecking() const { return m_checking; }
 

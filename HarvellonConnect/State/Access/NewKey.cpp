@@ -5,7 +5,7 @@
 
 namespace {
 /// ssh-keygen would replace a file that appears while it asks for the passphrase; a hard link replaces none.
-constexpr char script[] = R"sh(umask 077
+constexpr char newKey[] = R"sh(umask 077
 mkdir -p "$(dirname "$1")"
 new=$(mktemp -d "$1.neu.XXXXXX") || exit 1
 trap 'rm -rf "$new"' EXIT
@@ -23,11 +23,36 @@ fi
 echo "Weiter mit der Eingabetaste."
 read -r _
 )sh";
+
+constexpr char publicHalf[] = R"sh(half=$(mktemp "$1.pub.neu.XXXXXX") || exit 1
+trap 'rm -f "$half"' EXIT
+trap 'exit 1' HUP INT TERM
+echo "Öffentlicher Teil von $1"
+if /usr/bin/ssh-keygen -y -f "$1" >"$half" && ln "$half" "$1.pub"; then
+    echo "Angelegt: $1.pub."
+else
+    echo "Es wurde nichts angelegt."
+fi
+echo "Weiter mit der Eingabetaste."
+read -r _
+)sh";
 } // namespace
 
-void makeKeyInTerminal(const ActionContext& context, const QString& place) {
-    openTerminal(context, {QStringLiteral("/bin/sh"), QStringLiteral("-c"), QString::fromUtf8(script),
-                           QStringLiteral("sh"), place});
+QString keyOffer(const OwnKey& own) {
+    if (own.key)
+        return {};
+    if (!own.unreadable.isEmpty())
+        return QStringLiteral("Öffentlichen Teil anlegen");
+    return own.place.isEmpty() ? QString() : QStringLiteral("Schlüssel anlegen");
+}
+
+void makeKeyInTerminal(const ActionContext& context, const OwnKey& own) {
+    if (keyOffer(own).isEmpty())
+        return;
+    const bool half = !own.unreadable.isEmpty();
+    openTerminal(context, {QStringLiteral("/bin/sh"), QStringLiteral("-c"),
+                           QString::fromUtf8(half ? publicHalf : newKey), QStringLiteral("sh"),
+                           half ? own.unreadable : own.place});
 }
 
 void copyPublicKey(const ActionContext& context, const PublicKey& key) {

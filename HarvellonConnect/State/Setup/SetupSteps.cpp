@@ -66,14 +66,18 @@ SetupSteps::State SetupSteps::sshfs() const {
     Q_UNREACHABLE();
 }
 
+QString SetupSteps::keyOffer() const {
+    return m_key ? ::keyOffer(*m_key) : QString();
+}
+
 void SetupSteps::copyKey() {
     if (key() == State::ready)
         copyPublicKey(m_context, *m_key->key);
 }
 
 void SetupSteps::makeKey() {
-    if (canMakeKey())
-        makeKeyInTerminal(m_context, m_key->place);
+    if (m_key)
+        makeKeyInTerminal(m_context, *m_key);
 }
 
 void SetupSteps::explainSSHFS() {

@@ -21,7 +21,8 @@ class SetupSteps : public QObject {
     QML_UNCREATABLE("Belongs to AppState")
     Q_PROPERTY(State key READ key NOTIFY changed)
     Q_PROPERTY(State sshfs READ sshfs NOTIFY changed)
-    Q_PROPERTY(bool canMakeKey READ canMakeKey NOTIFY changed)
+    /// The words for what `makeKey` makes; empty for nothing.
+    Q_PROPERTY(QString keyOffer READ keyOffer NOTIFY changed)
 
   public:
     enum class State { unknown, missing, broken, ready };
@@ -34,7 +35,7 @@ class SetupSteps : public QObject {
     Q_INVOKABLE void look();
     /// Copies the public key.
     Q_INVOKABLE void copyKey();
-    /// Has ssh make a key, in a terminal.
+    /// Has ssh make a key, or the public half of one, in a terminal.
     Q_INVOKABLE void makeKey();
     /// Opens the alert that tells how sshfs is installed or repaired.
     Q_INVOKABLE void explainSSHFS();
@@ -43,7 +44,7 @@ class SetupSteps : public QObject {
     [[nodiscard]] State key() const;
     [[nodiscard]] State sshfs() const;
 
-    [[nodiscard]] bool canMakeKey() const { return m_key && !m_key->key && !m_key->place.isEmpty(); }
+    [[nodiscard]] QString keyOffer() const;
 
   Q_SIGNALS:
     void changed();
