@@ -9,6 +9,7 @@
 #include <QPointer>
 
 #include <utility>
+#include <vector>
 
 using namespace std::chrono_literals;
 
@@ -208,26 +209,30 @@ QCoro::Task<QString> CommandService::unmounted(QString domain) {
     const QString told = m_state.lastErrorText();
     if (m_state.connectedDomains().contains(domain)) // one that fails publishes nothing
         throw RequestError(ExitStatus::failed, told);
-    co_return told;
+    // A warning names its project; the rest is about another one, or says that connecting was cancelled.
+    co_return told.contains(domain) ? told : QString();
 }
 
 QCoro::Task<Answer> CommandService::disconnect(QString word) {
     QStringList domains;
     if (word.isEmpty()) {
+        domains = m_parts.connections.connectingDomains();
         for (const Project& project : m_parts.connections.keptProjects())
             domains.append(project.domain);
+        domains.removeDuplicates(); // one that was lost may be on its way back
     } else {
         const Project project = co_await choose(word);
         domains.append(project.domain);
     }
-    const QPointer<CommandService> guard(this);
+    // At once, because the client does not wait for one busy mount after the other.
+    std::vector<QCoro::Task<QString>> ends;
+    for (const QString& domain : std::as_const(domains))
+        ends.push_back(unmounted(domain));
     Answer answer;
     QStringList told;
-    for (const QString& domain : std::as_const(domains)) {
-        if (!guard)
-            throw ending();
+    for (QCoro::Task<QString>& end : ends) {
         try {
-            const QString warning = co_await unmounted(domain);
+            const QString warning = co_await end;
             told.append(warning);
         } catch (const RequestError& error) {
             answer.exitStatus = error.exitStatus();
@@ -235,6 +240,7 @@ QCoro::Task<Answer> CommandService::disconnect(QString word) {
         }
     }
     told.removeAll(QString());
+    told.removeDuplicates(); // one that ends well meets the last error of another
     answer.error = told.join(QLatin1Char('\n'));
     co_return answer;
 }

@@ -1,5 +1,8 @@
 #include "CommandLine/CommandService.h"
+#include "System/Tables/MountTable.h"
 #include "state/StateFixture.h"
+
+#include <QRegularExpression>
 
 using namespace Qt::StringLiterals;
 
@@ -48,6 +51,17 @@ class TestCommandLine : public StateFixture {
         QVERIFY(ask(Command::status).output.contains(domain(0) + u"\tGemountet\t"_s + mountPoint(0)));
         QCOMPARE(ask(Command::disconnect), Answer());
         QVERIFY(m_state->connectedDomains().isEmpty());
+    }
+
+    void allEndsWhatIsBeingConnectedToo() {
+        m_platform->ssh().freeze();
+        for (const int index : {0, 1})
+            m_state->perform(static_cast<int>(HoverTarget::connect), domain(index), false);
+        QTRY_VERIFY(MountTable::lists(mountPoint(0)) && MountTable::lists(mountPoint(1)));
+        QCOMPARE(ask(Command::disconnect), Answer());
+        QVERIFY(m_state->parts().connections.connectingDomains().isEmpty());
+        const QString together = messages().join(u'\n');
+        QVERIFY(together.contains(QRegularExpression(u"Trenne [^\n]*\nTrenne "_s)));
     }
 
     void aFailureHasTheReasonOfThePanel() {
