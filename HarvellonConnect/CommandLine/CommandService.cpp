@@ -168,6 +168,8 @@ QCoro::Task<Answer> CommandService::connect(Project project) {
     Answer answer;
     answer.output = co_await mounted(project);
     answer.output += QLatin1Char('\n');
+    if (guard)
+        m_parts.marks.noteUse(project.domain);
     if (guard && !wasMounted)
         answer.error = m_state.lastErrorText(); // a warning; an error would have been thrown
     co_return answer;
@@ -254,6 +256,7 @@ QCoro::Task<Answer> CommandService::open(QString word, OpenTarget target) {
     if (!guard)
         throw ending();
     throwUnlessOffered(opening.target, project.domain);
+    m_parts.marks.noteUse(project.domain);
     const QPointer<ActivityLog> log(m_state.activityLog());
     const QUuid last = log->entries().isEmpty() ? QUuid() : log->entries().constLast().id;
     co_await m_parts.actions.perform(opening.target, project, opening.alternative);

@@ -15,6 +15,11 @@ class TestCommandLine : public StateFixture {
     std::unique_ptr<CommandService> m_service;
     QStringList m_panel; ///< what it was asked for
 
+    [[nodiscard]] QVariant firstHit() const {
+        m_state->setSearchText(u"sandbox.test"_s);
+        return m_state->visibleProjects()->index(0).data(ProjectListModel::domainRole);
+    }
+
     Answer ask(Command command, const QString& project = {}, OpenTarget target = OpenTarget::editor) {
         try {
             return await(m_service->answer({.command = command, .project = project, .target = target}));
@@ -51,6 +56,7 @@ class TestCommandLine : public StateFixture {
         QVERIFY(ask(Command::status).output.contains(domain(0) + u"\tGemountet\t"_s + mountPoint(0)));
         QCOMPARE(ask(Command::disconnect), Answer());
         QVERIFY(m_state->connectedDomains().isEmpty());
+        QCOMPARE(firstHit(), domain(0));
     }
 
     void allEndsWhatIsBeingConnectedToo() {
@@ -77,6 +83,8 @@ class TestCommandLine : public StateFixture {
         m_shell->opened.clear();
         QCOMPARE(ask(Command::open, domain(0), OpenTarget::admin), Answer());
         QCOMPARE(m_shell->opened, QStringList{u"https://%1/admin"_s.arg(domain(0))});
+        QCOMPARE(ask(Command::open, domain(1), OpenTarget::site), Answer());
+        QCOMPARE(firstHit(), domain(1));
     }
 
     void rightsAreThoseOfTheRow() {
