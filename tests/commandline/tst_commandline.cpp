@@ -79,10 +79,21 @@ class TestCommandLine : public StateFixture {
     }
 
     void openingTellsWhatTheLogTells() {
-        QCOMPARE(ask(Command::open, domain(0), OpenTarget::database).exitStatus, ExitStatus::failed);
-        m_shell->opened.clear();
-        QCOMPARE(ask(Command::open, domain(0), OpenTarget::admin), Answer());
-        QCOMPARE(m_shell->opened, QStringList{u"https://%1/admin"_s.arg(domain(0))});
+        const Answer unreachable = ask(Command::open, domain(0), OpenTarget::database);
+        QCOMPARE(unreachable.exitStatus, ExitStatus::failed);
+        QVERIFY(unreachable.error.startsWith(u"Config konnte nicht gelesen werden: "_s));
+        const QString site = u"https://"_s + domain(0);
+        m_shell->opensSsh = true;
+        for (const auto& [target, opened] :
+             {std::pair(OpenTarget::shell, u"ssh://"_s + project(0).sshLogin()),
+              {OpenTarget::site, site},
+              {OpenTarget::admin, site + u"/admin"_s},
+              {OpenTarget::files, mountPoint(0)},
+              {OpenTarget::editor, u"code "_s}}) {
+            m_shell->opened.clear();
+            QCOMPARE(ask(Command::open, domain(0), target), Answer());
+            QVERIFY2(m_shell->opened.value(0).startsWith(opened), qUtf8Printable(opened));
+        }
         QCOMPARE(ask(Command::open, domain(1), OpenTarget::site), Answer());
         QCOMPARE(firstHit(), domain(1));
     }
