@@ -8,6 +8,7 @@
 #include <QDeadlineTimer>
 #include <QPointer>
 
+#include <algorithm>
 #include <utility>
 #include <vector>
 
@@ -62,10 +63,14 @@ QCoro::Task<> CommandService::follow(QString link) {
     co_await untilListIsKnown();
     if (!guard)
         co_return;
-    for (const Project& project : projects()) {
-        if (project.domain.toLower() == domain)
-            m_panel.select(project.domain);
-    }
+    const QList<Project> all = projects();
+    const auto listed = std::find_if(all.begin(), all.end(), [&domain](const Project& project) {
+        return project.domain.toLower() == domain;
+    });
+    if (listed != all.end())
+        m_panel.select(listed->domain);
+    else if (!m_state.projects().isEmpty()) // without the list nobody knows
+        m_panel.select(domain);
 }
 
 QCoro::Task<> CommandService::untilListIsKnown() {

@@ -117,7 +117,7 @@ class TestCommandLine : public StateFixture {
     void aLinkSelectsWhatIsListed() {
         for (const QString& link : {u"harvellon:x.de"_s, u"harvellon://"_s + domain(0).toUpper() + u"/?a"_s})
             await(m_service->follow(link));
-        QCOMPARE(m_panel, (QStringList{u"show"_s, u"show"_s, domain(0)}));
+        QCOMPARE(m_panel, (QStringList{u"show"_s, u"x.de"_s, u"show"_s, domain(0)}));
     }
 };
 

@@ -86,6 +86,8 @@ class TestNotifications : public QObject {
         QVERIFY(!heard::find(panel, u"Adresse kopieren"_s));
         QTest::keyClick(panel, Qt::Key_Return);
         QCOMPARE(desktop.state->parts().connections.connectingDomains(), QStringList(domain));
+        desktop.statusBar->showProject(u"fremd.example"_s);
+        QVERIFY(heard::find(panel, u"Kein Projekt passt zu „fremd.example“"_s));
     }
 
     void theProgramsMenuTakesNoKeyOfThePanel() {
