@@ -8,7 +8,9 @@
 #include <QDeadlineTimer>
 #include <QPointer>
 
+#include <algorithm>
 #include <utility>
+#include <vector>
 
 using namespace std::chrono_literals;
 
@@ -61,10 +63,14 @@ QCoro::Task<> CommandService::follow(QString link) {
     co_await untilListIsKnown();
     if (!guard)
         co_return;
-    for (const Project& project : projects()) {
-        if (project.domain.toLower() == domain)
-            m_panel.select(project.domain);
-    }
+    const QList<Project> all = projects();
+    const auto listed = std::find_if(all.begin(), all.end(), [&domain](const Project& project) {
+        return project.domain.toLower() == domain;
+    });
+    if (listed != all.end())
+        m_panel.select(listed->domain);
+    else if (!m_state.projects().isEmpty()) // without the list nobody knows
+        m_panel.select(domain);
 }
 
 QCoro::Task<> CommandService::untilListIsKnown() {
@@ -167,6 +173,8 @@ QCoro::Task<Answer> CommandService::connect(Project project) {
     Answer answer;
     answer.output = co_await mounted(project);
     answer.output += QLatin1Char('\n');
+    if (guard)
+        m_parts.marks.noteUse(project.domain);
     if (guard && !wasMounted)
         answer.error = m_state.lastErrorText(); // a warning; an error would have been thrown
     co_return answer;
@@ -208,26 +216,30 @@ QCoro::Task<QString> CommandService::unmounted(QString domain) {
     const QString told = m_state.lastErrorText();
     if (m_state.connectedDomains().contains(domain)) // one that fails publishes nothing
         throw RequestError(ExitStatus::failed, told);
-    co_return told;
+    // A warning names its project; the rest is about another one, or says that connecting was cancelled.
+    co_return told.contains(domain) ? told : QString();
 }
 
 QCoro::Task<Answer> CommandService::disconnect(QString word) {
     QStringList domains;
     if (word.isEmpty()) {
+        domains = m_parts.connections.connectingDomains();
         for (const Project& project : m_parts.connections.keptProjects())
             domains.append(project.domain);
+        domains.removeDuplicates(); // one that was lost may be on its way back
     } else {
         const Project project = co_await choose(word);
         domains.append(project.domain);
     }
-    const QPointer<CommandService> guard(this);
+    // At once, because the client does not wait for one busy mount after the other.
+    std::vector<QCoro::Task<QString>> ends;
+    for (const QString& domain : std::as_const(domains))
+        ends.push_back(unmounted(domain));
     Answer answer;
     QStringList told;
-    for (const QString& domain : std::as_const(domains)) {
-        if (!guard)
-            throw ending();
+    for (QCoro::Task<QString>& end : ends) {
         try {
-            const QString warning = co_await unmounted(domain);
+            const QString warning = co_await end;
             told.append(warning);
         } catch (const RequestError& error) {
             answer.exitStatus = error.exitStatus();
@@ -235,6 +247,7 @@ QCoro::Task<Answer> CommandService::disconnect(QString word) {
         }
     }
     told.removeAll(QString());
+    told.removeDuplicates(); // one that ends well meets the last error of another
     answer.error = told.join(QLatin1Char('\n'));
     co_return answer;
 }
@@ -248,6 +261,7 @@ QCoro::Task<Answer> CommandService::open(QString word, OpenTarget target) {
     if (!guard)
         throw ending();
     throwUnlessOffered(opening.target, project.domain);
+    m_parts.marks.noteUse(project.domain);
     const QPointer<ActivityLog> log(m_state.activityLog());
     const QUuid last = log->entries().isEmpty() ? QUuid() : log->entries().constLast().id;
     co_await m_parts.actions.perform(opening.target, project, opening.alternative);

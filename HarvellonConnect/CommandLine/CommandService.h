@@ -21,7 +21,7 @@ class CommandService : public QObject {
     struct Panel {
         std::function<void()> show;
         std::function<void()> toggle;
-        /// Selects the project's row; the panel is shown by then.
+        /// Selects the project's row, or tells that there is none; the panel is shown by then.
         std::function<void(const QString& domain)> select;
     };
 
@@ -31,7 +31,8 @@ class CommandService : public QObject {
     /// Yields the answer when the command is done. Throws Failure for what cannot be done.
     QCoro::Task<Answer> answer(Request request);
 
-    /// Shows the panel, with the row of the link's project selected if the list has it. Waits for the list.
+    /// Shows the panel, with the row of the link's project selected; where the list does not have it, the
+    /// panel tells. Waits for the list.
     QCoro::Task<> follow(QString link);
 
   private:

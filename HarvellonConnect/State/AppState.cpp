@@ -69,8 +69,8 @@ AppState::AppState(AppServices services, DesktopCommands desktop, QObject* paren
 AppState::~AppState() = default;
 
 AppState::Parts AppState::parts() {
-    return {m_oauth, m_sshfsMounter, m_loading, m_accounts, m_connections,
-            m_care,  m_repositories, m_actions, m_report,   m_context};
+    return {m_oauth,        m_sshfsMounter, m_loading, m_accounts, m_connections, m_care,
+            m_repositories, m_actions,      m_report,  m_context,  m_marks};
 }
 
 void AppState::publishParts() {

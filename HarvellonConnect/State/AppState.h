@@ -106,6 +106,7 @@ class AppState : public QObject {
         ProjectActions& actions;
         ActivityReport& report;
         ActionContext& context;
+        ProjectMarks& marks;
     };
 
     [[nodiscard]] Parts parts();

@@ -1,17 +1,18 @@
 # bash completion for harvellon-connect
 
 _harvellon_connect_projects() {
-    local domain
+    local domain state
     # Never starts the program. Compared here, because compgen -W would run what stands in $(…); what a shell would read as
     # more than a word is left out.
-    while IFS=$'\t' read -r domain _; do
-        [[ $1 == www* ]] || domain=${domain#www.}
+    while IFS=$'\t' read -r domain state _; do
+        [[ $verb == disconnect && $state == 'Nicht verbunden' ]] && continue
+        [[ ${domain#www.} == "$1"* ]] && domain=${domain#www.}
         [[ $domain == "$1"* && $domain =~ ^[[:alnum:]._-]+$ ]] && COMPREPLY+=("$domain")
     done < <(harvellon-connect list --no-start 2>/dev/null)
 }
 
 _harvellon_connect() {
-    local word=${COMP_WORDS[COMP_CWORD]} verb=${COMP_WORDS[1]} words=
+    local word=${COMP_WORDS[COMP_CWORD]} verb=${COMP_WORDS[1]} words='' candidate
 
     COMPREPLY=()
     if [ "$COMP_CWORD" -eq 1 ]; then
@@ -30,7 +31,10 @@ _harvellon_connect() {
         esac
         return
     fi
-    mapfile -t COMPREPLY < <(compgen -W "$words" -- "$word")
+    # The bash of macOS has no mapfile.
+    for candidate in $words; do
+        [[ $candidate == "$word"* ]] && COMPREPLY+=("$candidate")
+    done
 }
 
 complete -F _harvellon_connect harvellon-connect

@@ -2,9 +2,17 @@
 
 function __harvellon_connect_projects
     # Never starts the program.
-    set -l projects (harvellon-connect list --no-start 2>/dev/null | cut -f 1)
-    string match -q 'www*' -- (commandline -ct); or set projects (string replace -r '^www\.' '' -- $projects)
-    printf '%s\n' $projects
+    set -l projects (harvellon-connect list --no-start 2>/dev/null)
+    contains disconnect (commandline -opc); and set projects (string match -rv '\tNicht verbunden\t' -- $projects)
+    set projects (string replace -r '\t.*' '' -- $projects)
+    set -l offered (string replace -r '^www\.' '' -- $projects)
+    string match -q 'w*' -- (commandline -ct); and set -a offered $projects
+    printf '%s\n' $offered
+end
+
+function __harvellon_connect_wants_project
+    set -l words (string match -v -- '-*' (commandline -opc))
+    test (count $words) -eq 2; and contains $words[2] connect disconnect open search
 end
 
 set -l verbs list status connect disconnect open search toggle
@@ -18,7 +26,7 @@ complete -c harvellon-connect -n "not __fish_seen_subcommand_from $verbs" -a dis
 complete -c harvellon-connect -n "not __fish_seen_subcommand_from $verbs" -a open -d 'Projekt öffnen'
 complete -c harvellon-connect -n "not __fish_seen_subcommand_from $verbs" -a search -d 'Text in den Dateien suchen'
 complete -c harvellon-connect -n "not __fish_seen_subcommand_from $verbs" -a toggle -d 'Fenster zeigen oder verbergen'
-complete -c harvellon-connect -n "__fish_seen_subcommand_from connect disconnect open search" -a '(__harvellon_connect_projects)'
+complete -c harvellon-connect -n __harvellon_connect_wants_project -a '(__harvellon_connect_projects)'
 complete -c harvellon-connect -n "__fish_seen_subcommand_from list status" -l json -d 'Als JSON'
 complete -c harvellon-connect -n "__fish_seen_subcommand_from disconnect" -l all -d 'Alle Projekte'
 complete -c harvellon-connect -n "__fish_seen_subcommand_from list connect open search toggle" -l no-start -d 'Programm nicht starten'

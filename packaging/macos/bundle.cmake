@@ -17,6 +17,13 @@ add_dependencies(HarvellonConnect harvellon_icon)
 target_sources(HarvellonConnect PRIVATE ${icon})
 set_source_files_properties(${icon} TARGET_DIRECTORY HarvellonConnect PROPERTIES
     GENERATED ON MACOSX_PACKAGE_LOCATION Resources)
+# The cask links these, as it does the command.
+foreach(file completion/harvellon-connect.bash completion/harvellon-connect.fish completion/_harvellon-connect
+        linux/harvellon-connect.1)
+    target_sources(HarvellonConnect PRIVATE ${CMAKE_CURRENT_SOURCE_DIR}/${file})
+    set_source_files_properties(${CMAKE_CURRENT_SOURCE_DIR}/${file} TARGET_DIRECTORY HarvellonConnect PROPERTIES
+        MACOSX_PACKAGE_LOCATION Resources)
+endforeach()
 configure_file(macos/Info.plist.in ${CMAKE_CURRENT_BINARY_DIR}/Info.plist @ONLY)
 set_target_properties(HarvellonConnect PROPERTIES
     MACOSX_BUNDLE ON

@@ -1,5 +1,8 @@
 #include "CommandLine/CommandService.h"
+#include "System/Tables/MountTable.h"
 #include "state/StateFixture.h"
+
+#include <QRegularExpression>
 
 using namespace Qt::StringLiterals;
 
@@ -11,6 +14,11 @@ class TestCommandLine : public StateFixture {
 
     std::unique_ptr<CommandService> m_service;
     QStringList m_panel; ///< what it was asked for
+
+    [[nodiscard]] QVariant firstHit() const {
+        m_state->setSearchText(u"sandbox.test"_s);
+        return m_state->visibleProjects()->index(0).data(ProjectListModel::domainRole);
+    }
 
     Answer ask(Command command, const QString& project = {}, OpenTarget target = OpenTarget::editor) {
         try {
@@ -48,6 +56,18 @@ class TestCommandLine : public StateFixture {
         QVERIFY(ask(Command::status).output.contains(domain(0) + u"\tGemountet\t"_s + mountPoint(0)));
         QCOMPARE(ask(Command::disconnect), Answer());
         QVERIFY(m_state->connectedDomains().isEmpty());
+        QCOMPARE(firstHit(), domain(0));
+    }
+
+    void allEndsWhatIsBeingConnectedToo() {
+        m_platform->ssh().freeze();
+        for (const int index : {0, 1})
+            m_state->perform(static_cast<int>(HoverTarget::connect), domain(index), false);
+        QTRY_VERIFY(MountTable::lists(mountPoint(0)) && MountTable::lists(mountPoint(1)));
+        QCOMPARE(ask(Command::disconnect), Answer());
+        QVERIFY(m_state->parts().connections.connectingDomains().isEmpty());
+        const QString together = messages().join(u'\n');
+        QVERIFY(together.contains(QRegularExpression(u"Trenne [^\n]*\nTrenne "_s)));
     }
 
     void aFailureHasTheReasonOfThePanel() {
@@ -59,10 +79,23 @@ class TestCommandLine : public StateFixture {
     }
 
     void openingTellsWhatTheLogTells() {
-        QCOMPARE(ask(Command::open, domain(0), OpenTarget::database).exitStatus, ExitStatus::failed);
-        m_shell->opened.clear();
-        QCOMPARE(ask(Command::open, domain(0), OpenTarget::admin), Answer());
-        QCOMPARE(m_shell->opened, QStringList{u"https://%1/admin"_s.arg(domain(0))});
+        const Answer unreachable = ask(Command::open, domain(0), OpenTarget::database);
+        QCOMPARE(unreachable.exitStatus, ExitStatus::failed);
+        QVERIFY(unreachable.error.startsWith(u"Config konnte nicht gelesen werden: "_s));
+        const QString site = u"https://"_s + domain(0);
+        m_shell->opensSsh = true;
+        for (const auto& [target, opened] :
+             {std::pair(OpenTarget::shell, u"ssh://"_s + project(0).sshLogin()),
+              {OpenTarget::site, site},
+              {OpenTarget::admin, site + u"/admin"_s},
+              {OpenTarget::files, mountPoint(0)},
+              {OpenTarget::editor, u"code "_s}}) {
+            m_shell->opened.clear();
+            QCOMPARE(ask(Command::open, domain(0), target), Answer());
+            QVERIFY2(m_shell->opened.value(0).startsWith(opened), qUtf8Printable(opened));
+        }
+        QCOMPARE(ask(Command::open, domain(1), OpenTarget::site), Answer());
+        QCOMPARE(firstHit(), domain(1));
     }
 
     void rightsAreThoseOfTheRow() {
@@ -84,7 +117,7 @@ class TestCommandLine : public StateFixture {
     void aLinkSelectsWhatIsListed() {
         for (const QString& link : {u"harvellon:x.de"_s, u"harvellon://"_s + domain(0).toUpper() + u"/?a"_s})
             await(m_service->follow(link));
-        QCOMPARE(m_panel, (QStringList{u"show"_s, u"show"_s, domain(0)}));
+        QCOMPARE(m_panel, (QStringList{u"show"_s, u"x.de"_s, u"show"_s, domain(0)}));
     }
 };
 

@@ -75,7 +75,19 @@ class TestNotifications : public QObject {
         desktop.state->setSearchText(u"nichts davon"_s);
         Q_EMIT service.ActionInvoked(1, u"default"_s);
         QTRY_VERIFY(desktop.statusBar->isShown());
-        QTRY_VERIFY(heard::chosen(&desktop.statusBar->panel()).value(0).endsWith(domain));
+        PanelWindow* const panel = &desktop.statusBar->panel();
+        QTRY_VERIFY(heard::chosen(panel).value(0).endsWith(domain));
+
+        while (heard::focus(panel) != u"Beenden"_s)
+            QTest::keyClick(panel, Qt::Key_Tab);
+        QTest::keyClick(panel, Qt::Key_Menu);
+        QVERIFY(heard::find(panel, u"Adresse kopieren"_s));
+        desktop.statusBar->showProject(domain);
+        QVERIFY(!heard::find(panel, u"Adresse kopieren"_s));
+        QTest::keyClick(panel, Qt::Key_Return);
+        QCOMPARE(desktop.state->parts().connections.connectingDomains(), QStringList(domain));
+        desktop.statusBar->showProject(u"fremd.example"_s);
+        QVERIFY(heard::find(panel, u"Kein Projekt passt zu „fremd.example“"_s));
     }
 
     void theProgramsMenuTakesNoKeyOfThePanel() {

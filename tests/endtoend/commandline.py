@@ -5,6 +5,7 @@ import hashlib
 import json
 import os
 import pty
+import re
 import shutil
 import signal
 import subprocess
@@ -17,6 +18,7 @@ sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "../
 from desktop import Platform, Program, choose_browser, descendants, keys, mounted, until  # noqa: E402
 
 PROGRAM, PLATFORM, COMMAND, DESKTOP_FILE = sys.argv[1:5]
+COMPLETION = os.path.join(os.path.dirname(os.path.abspath(__file__)), "../../packaging/completion")
 DOMAIN, NAME = "www.alpenhof.sandbox.test", "Alpenhof Buchung"
 PROBE = """import socket, sys
 client = socket.socket(socket.AF_UNIX)
@@ -24,6 +26,14 @@ client.settimeout(5)
 client.connect(sys.argv[1])
 client.sendall(b'{"command":"status","version":1}\\n')
 print(client.recv(1000))"""
+# Each shell is given the words of a line and prints what it offers for the last one. zsh's own functions need a terminal.
+SHELLS = {
+    "bash": """source "$0/harvellon-connect.bash"
+        COMP_WORDS=("$@") COMP_CWORD=$(($# - 1)); _harvellon_connect; printf '%s\\n' "${COMPREPLY[@]}\"""",
+    "zsh": """_describe() { print -rl -- ${${(P)2}%%:*} }; compadd() { print -rl -- ${(P)2} }
+        _arguments() { [[ $* != *_projects* ]] || (( CURRENT > 2 )) || _harvellon_connect_projects }
+        words=("$@"); CURRENT=$#; PREFIX=$words[-1]; source $0/_harvellon-connect""",
+    "fish": "source $argv[1]/harvellon-connect.fish; complete -C (string join ' ' $argv[2..])"}
 
 
 def run(*words, env=None, **options):
@@ -73,6 +83,7 @@ try:
     environment.update(PATH=tools + ":" + environment["PATH"], HARVELLON_SSH=platform.ready["bin"] + "/ssh")
     blind = {k: v for k, v in environment.items() if k not in ("DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM")}
     recorder("code")
+    os.symlink(COMMAND, os.path.join(tools, "harvellon-connect"))
     choose_browser("erika")
 
     # Nothing runs yet.
@@ -133,6 +144,18 @@ try:
     assert state == {"domain": DOMAIN, "folder": point, "name": NAME, "state": "connected"}
     assert json.loads(run("status", "--json").stdout)["connections"] == [state]
 
+    domains = [row.split("\t")[0] for row in run("list").stdout.splitlines()]
+    completed = {"": re.findall("^  ([a-z]+) ", run("--help").stdout, re.M), "connect ww": [d for d in domains if d[:2] == "ww"],
+                 "connect ": [d.removeprefix("www.") for d in domains], "disconnect ": [DOMAIN[4:]], "search alpenhof ": []}
+    for shell, line in [(shell, line) for shell in SHELLS for line in completed]:
+        if not shutil.which(shell):
+            print(f"{shell} is not installed: {line!r} not completed")
+            continue
+        words = ["harvellon-connect", *line.split(" ")]
+        output = subprocess.check_output([shell, "-c", SHELLS[shell], COMPLETION, *words], text=True, env=environment)
+        offered = {text.split("\t")[0] for text in output.split("\n") if text.startswith(words[-1]) and text[:1] not in "-"}
+        assert offered == set(completed[line]), (shell, line, output)
+
     expect(0, "", "", "open", "alpenhof")
     assert recorded().endswith(f"{DOMAIN}.code-workspace")
     expect(1, "", "Kein Programm öffnet Datenbank-Adressen (mysql:). Bitte einen Datenbank-Client installieren.", "open",
@@ -145,7 +168,6 @@ try:
     with open(DESKTOP_FILE, encoding="utf8") as entry:
         text = entry.read()
     assert "\nExec=harvellon-connect %u\n" in text and "\nMimeType=x-scheme-handler/harvellon;\n" in text
-    os.symlink(COMMAND, os.path.join(tools, "harvellon-connect"))
     with open(os.path.join(applications, "link.desktop"), "w", encoding="utf8") as entry:
         entry.write(text.replace("Exec=", f"Exec={tools}/"))
     with open(os.path.join(os.environ["XDG_CONFIG_HOME"], "mimeapps.list"), "a", encoding="utf8") as defaults:

@@ -27,6 +27,10 @@ ListView {
         (menu.item as PopupMenu).openAt(lines, place);
     }
 
+    function closeMenu() {
+        (menu.item as PopupMenu)?.close();
+    }
+
     Accessible.name: "Aktivitaet"
     Accessible.role: Accessible.List
     activeFocusOnTab: count > 0

@@ -10,6 +10,10 @@ Card {
     required property PanelSpeech speech
     property bool isActivityExpanded: false
 
+    function closeMenu() {
+        lines.closeMenu();
+    }
+
     Accessible.name: "Aktivitaet"
     Accessible.role: Accessible.Grouping
     clip: true
@@ -87,6 +91,8 @@ Card {
     }
 
     ActivityLines {
+        id: lines
+
         height: 112
         log: card.state.activityLog
         speech: card.speech

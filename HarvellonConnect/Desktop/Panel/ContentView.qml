@@ -13,6 +13,10 @@ FocusScope {
 
     readonly property bool hasError: state.lastError !== ""
 
+    function focusField() {
+        content.searchEnabled ? search.focusField() : account.focusSignIn();
+    }
+
     Accessible.name: "Harvellon Connect"
     Accessible.role: Accessible.Pane
     focus: true
@@ -24,11 +28,15 @@ FocusScope {
 
     Connections {
         function onOpened() {
-            content.searchEnabled ? search.focusField() : account.focusSignIn();
+            panel.focusField();
             search.selectAll();
         }
 
+        // The panel may have been shown before, with the focus on a button or in a menu, where Enter does another thing.
         function onProjectChosen(domain: string) {
+            list.closeMenu();
+            activity.closeMenu();
+            panel.focusField();
             keys.showProject(domain);
         }
 
@@ -157,6 +165,8 @@ FocusScope {
     }
 
     ProjectList {
+        id: list
+
         content: content
         height: Math.max(0, activity.y - Theme.gap - y)
         keys: keys

@@ -26,7 +26,7 @@ class PanelController : public QObject {
 
     /// The hidden panel is about to be shown.
     void opened();
-    /// The row of the project `domain` is to be selected.
+    /// The row of the project `domain` is to be selected, or told that there is none.
     void projectChosen(const QString& domain);
 
     // From the view to the owner; the view calls them as methods.

@@ -77,7 +77,9 @@ void PanelKeys::listChanged() {
 void PanelKeys::showProject(const QString& domain) {
     m_state->setSearchText(QString());
     if (const int row = m_state->visibleProjects()->rowOf(domain); row >= 0)
-        setCurrentRow(row);
+        return setCurrentRow(row);
+    m_state->setSearchText(domain);
+    setCurrentRow(-1); // a row that is merely like it is not what Enter is meant for
 }
 
 bool PanelKeys::press(int key, int modifiers) {

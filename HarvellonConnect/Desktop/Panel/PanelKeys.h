@@ -28,8 +28,8 @@ class PanelKeys : public QObject {
 
     void setCurrentRow(int row);
 
-    /// Clears the search and makes the row of a project current. Does nothing for a domain that is not
-    /// listed.
+    /// Clears the search and makes the row of a project current. A domain that is not listed is searched for,
+    /// which tells that it is not there.
     Q_INVOKABLE void showProject(const QString& domain);
     /// Handles a key; false when it has no meaning here.
     Q_INVOKABLE bool press(int key, int modifiers);

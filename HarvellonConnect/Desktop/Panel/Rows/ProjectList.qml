@@ -25,6 +25,10 @@ Card {
         (menu.item as RowMenu).openFor(row, card, corner);
     }
 
+    function closeMenu() {
+        (menu.item as RowMenu)?.close();
+    }
+
     /// Of the rows that stand above the list.
     readonly property int keptHeight: state.visibleProjects.keptCount * Theme.rowHeight
 
