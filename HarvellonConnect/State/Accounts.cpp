@@ -124,6 +124,7 @@ QCoro::Task<std::optional<QString>> Accounts::activateAccountOf(AuthResult resul
     if (known)
         id = known->id;
     const QString displayName = displayNameFor(result.displayName, profileName, result.email, id);
+    ++m_choice; // also where the account is active already: a switch may be waiting
     set(withAccount(list(), {id, result.email, displayName}), id);
     if (known)
         m_report.log(QStringLiteral("Account bereits vorhanden – wird aktiviert: %1.").arg(displayName),
@@ -146,9 +147,10 @@ QCoro::Task<> Accounts::switchAccount(QString accountID) {
     const OAuthManager::StillWanted wanted = [this, choice, accountID] {
         return m_choice == choice && knows(accountID);
     };
+    const bool known = knows(accountID);
     const bool found = co_await m_oauth.loadTokens(accountID, wanted);
-    if (m_choice != choice)
-        co_return; // the user has chosen another account meanwhile
+    if (m_choice != choice || (known && !knows(accountID)))
+        co_return; // the user has chosen another account meanwhile, or removed this one
     if (!found) {
         m_report.accountFailed(QStringLiteral("Account-Wechsel fehlgeschlagen: keine Tokens gefunden."));
         co_return;

@@ -62,30 +62,41 @@ class TestAccounts : public StateFixture {
         signIn("jonas");
 
         // A switch that is overtaken by another choice does nothing more, be it of the active account.
-        keyring.freeze();
-        auto first = m_state->parts().accounts.switchAccount(erika);
-        await(m_state->parts().accounts.switchAccount(jonas));
-        keyring.thaw();
-        await(std::move(first));
-        QCOMPARE(m_state->activeAccountID(), std::optional(jonas));
-        keyring.freeze();
-        auto switching = m_state->parts().accounts.switchAccount(erika);
-        auto removing = m_state->parts().accounts.removeAccount(jonas);
-        QTest::qWait(50);
-        QCOMPARE(m_state->accounts().size(), 1);
-        keyring.thaw();
-        await(std::move(switching));
-        await(std::move(removing));
+        auto& accounts = m_state->parts().accounts;
+        const QString chosen = u"Account bereits vorhanden – wird aktiviert: Jonas Muster."_s;
+        for (const bool signsIn : {false, true}) {
+            keyring.freeze();
+            auto first = accounts.switchAccount(erika);
+            auto second = signsIn ? accounts.addAccount() : accounts.switchAccount(jonas);
+            QTRY_COMPARE(messages().contains(chosen), signsIn);
+            keyring.thaw();
+            await(std::move(first));
+            await(std::move(second));
+            QCOMPARE(m_state->activeAccountID(), std::optional(jonas));
+        }
+        for (const QString& removed : {erika, jonas}) {
+            signIn("erika");
+            signIn("jonas");
+            keyring.freeze();
+            auto switching = accounts.switchAccount(erika);
+            auto removing = accounts.removeAccount(removed);
+            QTest::qWait(50);
+            QCOMPARE(m_state->accounts().size(), 1);
+            keyring.thaw();
+            await(std::move(switching));
+            await(std::move(removing));
+        }
         QVERIFY(!messages().contains(u"Account gewechselt."_s));
+        QVERIFY(messages().filter(u"fehlgeschlagen"_s).isEmpty());
         QTRY_COMPARE(m_state->userProfile().value_or(UserProfile()).name, u"Erika Beispiel"_s);
 
         // Cleaning up duplicates, which takes long, does not hold up the first load.
-        QList<Account> accounts{{erika, u"e@x.example"_s, u"E"_s}};
+        QList<Account> listed{{erika, u"e@x.example"_s, u"E"_s}};
         for (int i = 0; i < 200; ++i)
-            accounts.append({u"older%1"_s.arg(i), u"E@x.example"_s, u"E"_s});
-        const QString last = accounts.last().id + u"-access-token"_s;
+            listed.append({u"older%1"_s.arg(i), u"E@x.example"_s, u"E"_s});
+        const QString last = listed.last().id + u"-access-token"_s;
         m_keychain->save("alt", service, last);
-        m_preferences->set({{registry, encodeAccounts(accounts)}, {u"ActiveAccountID"_s, erika}});
+        m_preferences->set({{registry, encodeAccounts(listed)}, {u"ActiveAccountID"_s, erika}});
         start(host);
         QCOMPARE(m_state->connectionStatus(), Status::success);
         QCOMPARE(m_state->accounts().size(), 1);
