@@ -194,11 +194,17 @@ QCoro::Task<> Accounts::migrateLegacyLoginIfNeeded() {
     std::optional<OAuthManager::SignedIn> signedIn = co_await m_oauth.takeOverLegacyLogin(choose);
     if (!signedIn)
         co_return;
-    const bool stored = co_await signedIn->storing;
+    m_report.log(QStringLiteral("Bestehende Anmeldung migriert."), ActivityLogLevel::info);
+    keepLegacy(signedIn->accountID, std::move(signedIn->storing)); // beside the first load
+}
+
+QCoro::Task<> Accounts::keepLegacy(QString accountID, QCoro::Task<bool> storing) {
+    const QPointer<Accounts> guard(this);
+    const bool stored = co_await storing;
+    if (!guard)
+        co_return;
     saveAccountsRegistry();
-    const bool removed = !knows(signedIn->accountID); // by the user, meanwhile
-    if (!removed)
-        m_report.log(QStringLiteral("Bestehende Anmeldung migriert."), ActivityLogLevel::info);
+    const bool removed = !knows(accountID); // by the user, meanwhile
     if (stored || removed)
         co_await m_oauth.removeLegacyTokens();
 }

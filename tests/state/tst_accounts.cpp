@@ -103,6 +103,23 @@ class TestAccounts : public StateFixture {
         QVERIFY(m_preferences->data(registry)->contains("older"));
         QTRY_VERIFY(!m_preferences->data(registry)->contains("older"));
         QCOMPARE(m_keychain->load(service, last), std::nullopt);
+
+        // Nor does storing the tokens of the older layout.
+        m_preferences->set({{registry, {}}, {u"ActiveAccountID"_s, {}}});
+        const sandbox::IssuedTokens tokens = m_platform->signIn(u"jonas"_s);
+        m_keychain->save(tokens.accessToken.toUtf8(), service, u"access-token"_s);
+        m_keychain->save(tokens.refreshToken.toUtf8(), service, u"refresh-token"_s);
+        answer(Endpoint::directory, 0, std::chrono::seconds(1));
+        QTimer::singleShot(500, this, [&keyring] { keyring.freeze(); }); // while the profile is asked for
+        start(host);
+        keyring.thaw();
+        QCOMPARE(m_state->connectionStatus(), Status::success);
+        QCOMPARE(m_state->activeAccountID(), std::optional(u"name:Jonas Muster"_s));
+        QVERIFY(messages().contains(u"Bestehende Anmeldung migriert."_s));
+        QVERIFY(!m_preferences->data(registry));
+        QTRY_VERIFY(m_preferences->data(registry));
+        for (const QString& item : {u"access-token"_s, u"refresh-token"_s})
+            QTRY_COMPARE(m_keychain->load(service, item), std::nullopt);
     }
 };
 

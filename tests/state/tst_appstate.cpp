@@ -128,19 +128,6 @@ class TestAppState : public StateFixture {
         QVERIFY(m_state->accounts().isEmpty());
     }
 
-    void olderLayoutIsTakenOver() {
-        const sandbox::IssuedTokens tokens = m_platform->signIn(u"jonas"_s);
-        const QString service = u"com.harvellon.HarvellonConnect.oauth"_s;
-        m_keychain->save(tokens.accessToken.toUtf8(), service, u"access-token"_s);
-        m_keychain->save(tokens.refreshToken.toUtf8(), service, u"refresh-token"_s);
-        start();
-        QCOMPARE(m_state->connectionStatus(), Status::success);
-        QCOMPARE(m_state->activeAccountID(), std::optional(u"name:Jonas Muster"_s));
-        QVERIFY(messages().contains(u"Bestehende Anmeldung migriert."_s));
-        QCOMPARE(m_keychain->load(service, u"access-token"_s), std::nullopt);
-        QCOMPARE(m_keychain->load(service, u"refresh-token"_s), std::nullopt);
-    }
-
     void connectMountsAndOpensTheEditor() {
         signIn("erika");
         m_state->activityLog()->clear();
