@@ -42,7 +42,7 @@ void Accounts::loadAccountsRegistry() {
 void Accounts::setRegistryAside() {
     const QVariant registry = m_preferences.value(registryKey);
     if (m_preferences.value(unreadableKey) != registry)
-        m_preferences.set(unreadableKey, registry);
+        m_report.remember(unreadableKey, registry);
 }
 
 void Accounts::saveAccountsRegistry() {
