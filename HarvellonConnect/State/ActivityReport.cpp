@@ -34,6 +34,11 @@ void ActivityReport::setAccountError(std::optional<QString> error) {
     Q_EMIT accountErrorChanged();
 }
 
+void ActivityReport::withdrawAccountError(const QString& error) {
+    if (m_accountError == error)
+        setAccountError(std::nullopt);
+}
+
 void ActivityReport::remember(const QVariantMap& values) {
     if (!m_preferences.set(values))
         log(QStringLiteral("Die Einstellungen konnten nicht gespeichert werden: %1")

@@ -22,6 +22,8 @@ class ActivityReport : public QObject, public Reporter {
     void log(const QString& message, ActivityLogLevel level) override;
     void setLastError(std::optional<QString> error) override;
     void setAccountError(std::optional<QString> error) override;
+    /// Clears the accounts' error where it is this one, which is true no more.
+    void withdrawAccountError(const QString& error);
 
     /// Keeps preferences, in one piece; logs an error where they cannot be stored. An invalid value removes
     /// its key.
