@@ -19,6 +19,10 @@ class ActivityReport : public QObject, public Reporter {
     /// `preferences` outlive this.
     explicit ActivityReport(Preferences& preferences) : m_preferences(preferences) {}
 
+    /// What is kept of a text. What a command of a server has printed may be megabytes long, and the views
+    /// would lay all of it out.
+    static QString bounded(const QString& text);
+
     void log(const QString& message, ActivityLogLevel level) override;
     void setLastError(std::optional<QString> error) override;
     void setAccountError(std::optional<QString> error) override;

@@ -217,6 +217,8 @@ class TestAppState : public StateFixture {
             QCOMPARE(told.size(), 8 * 1024 + 1);
             QVERIFY(told.endsWith(u'…'));
         }
+        m_state->access()->offer({u"a.example"_s, {}, {}, {}}, flood);
+        QVERIFY(m_state->access()->isOffered());
     }
 
     void quittingAsksWhileSomethingIsBeingWritten() {
