@@ -4,6 +4,9 @@
 
 #include <QFile>
 
+#include <sys/inotify.h>
+#include <unistd.h>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -35,6 +38,13 @@ class TestAccounts : public StateFixture {
             QCOMPARE(after.value(u"AccountsRegistryUnreadable"_s), before);
             QVERIFY(after.value(registry).toByteArray().contains(erika.toUtf8()));
         }
+        const int watch = ::inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
+        ::inotify_add_watch(watch, QFile::encodeName(m_home->path()).constData(), IN_CREATE);
+        m_state->parts().accounts.saveAccountsRegistry();
+        QByteArray events(4096, '\0');
+        QVERIFY(::read(watch, events.data(), events.size()) > 0);
+        ::close(watch);
+        QCOMPARE(events.count("preferences.ini."), 2); // the lock, and the one file
     }
 
     void loadUsesItsOwnAccountsTokenOnly() {

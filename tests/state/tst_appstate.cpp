@@ -51,6 +51,12 @@ class TestAppState : public StateFixture {
         const QString token = m_state->parts().oauth.accessToken().value_or(QString());
         QVERIFY(messages().contains(u"Token erneuert (%1...). Wiederhole API-Aufruf."_s.arg(token.left(12))));
         QVERIFY(!messages().join(QString()).contains(token));
+        connectTo(0);
+        m_platform->expireTokens();
+        auto loading = m_state->parts().loading.refresh();
+        await(m_state->shutDown()); // no renewal begins any more, also while the mount is taken down
+        await(std::move(loading));
+        QCOMPARE(m_platform->requests(tokenPath).size(), renewals + 1);
     }
 
     void refusedAgainEndsTheSessionWithoutASecondRenewal() {
