@@ -1,6 +1,7 @@
 #include "SignIn/IdentityClaims.h"
 
 #include "SignIn/JsonText.h"
+#include "System/Text.h"
 
 #include <QByteArray>
 #include <QJsonDocument>
@@ -15,6 +16,9 @@ IdentityClaims IdentityClaims::read(const QString& token) {
     if (!payload)
         return {};
     const QJsonObject object = QJsonDocument::fromJson(*payload).object();
-    return {jsonText(object, QLatin1StringView("sub")), jsonText(object, QLatin1StringView("email")),
-            jsonText(object, QLatin1StringView("name"))};
+    std::optional<QString> sub = jsonText(object, QLatin1StringView("sub"));
+    // It becomes part of log lines and of names in the keyring, which a NUL would cut off.
+    if (sub && (sub->isEmpty() || printable(*sub) != *sub))
+        sub.reset();
+    return {sub, jsonText(object, QLatin1StringView("email")), jsonText(object, QLatin1StringView("name"))};
 }

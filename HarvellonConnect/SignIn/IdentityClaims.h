@@ -7,7 +7,7 @@
 /// The user whom a token names. Its signature is not checked: the token came over a TLS
 /// connection that this program opened.
 struct IdentityClaims {
-    std::optional<QString> sub;
+    std::optional<QString> sub; ///< printable and not empty
     std::optional<QString> email;
     std::optional<QString> name;
 

@@ -52,7 +52,9 @@ OAuthManager::OAuthManager(const ServerAddress& server, QNetworkAccessManager& n
                            OAuthLimits limits, QObject* parent)
     : QObject(parent), m_authorizationEndpoint(server.at(QLatin1StringView("/oauth/authorize"))),
       m_endpoint(server.at(QLatin1StringView("/oauth/token")), network, limits.request),
-      m_store(std::move(keychain), limits.keyring), m_openAddress(std::move(openAddress)), m_limits(limits) {}
+      m_store(std::move(keychain), limits.keyring), m_openAddress(std::move(openAddress)), m_limits(limits) {
+    connect(&m_store, &TokenStore::allStored, this, &OAuthManager::allStored);
+}
 
 QCoro::Task<std::optional<OAuthManager::SignedIn>> OAuthManager::signIn(ChooseAccount choose) {
     const AuthResult result = co_await startLogin();

@@ -127,6 +127,8 @@ class OAuthManager : public QObject {
     void authErrorChanged();
     /// Tokens are in use that could not be stored.
     void storingFailed();
+    /// All tokens are stored now, be it at another try.
+    void allStored();
 
   private:
     /// Counts as pending work while it lives; `finish` waits for it.

@@ -10,17 +10,36 @@
 namespace {
 constexpr qint64 largestAnswer = 1024 * 1024;
 
+/// `text` with the characters that JSON has escaped as \uXXXX or \/.
+QString unescaped(const QString& text) {
+    constexpr int length = 6;
+    QString plain;
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const QStringView rest = QStringView(text).mid(i);
+        bool isEscape = rest.startsWith(QLatin1String("\\u")) && rest.size() >= length;
+        const ushort unit = isEscape ? rest.mid(2, length - 2).toUShort(&isEscape, 16) : 0;
+        plain.append(isEscape ? QChar(unit) : text.at(i));
+        if (isEscape)
+            i += length - 1;
+    }
+    return plain.replace(QLatin1String("\\/"), QLatin1String("/"));
+}
+
+QString masked(QString text, const QStringList& secrets) {
+    for (const QString& secret : secrets) {
+        const QString encoded = QString::fromLatin1(QUrl::toPercentEncoding(secret));
+        const QString sent = QString::fromLatin1(formBody({{QString(), secret}}).mid(1)); // behind "="
+        for (const QString& form : {secret, encoded, sent})
+            text.replace(form, QStringLiteral("***"), Qt::CaseInsensitive);
+    }
+    return text;
+}
+
 /// An error's body for the log: its reason, but nothing of the secrets that it may repeat.
 QString loggedBody(const QByteArray& body, const QStringList& secrets) {
     constexpr qsizetype longest = 1024; // bytes
-    QString text = strictUtf8(body).value_or(QString());
-    for (const QString& secret : secrets) {
-        const QString encoded = QString::fromLatin1(QUrl::toPercentEncoding(secret));
-        const QString escaped = QString(secret).replace(QLatin1Char('/'), QLatin1String("\\/"));
-        const QString sent = QString::fromLatin1(formBody({{QString(), secret}}).mid(1)); // behind "="
-        for (const QString& form : {secret, encoded, escaped, sent})
-            text.replace(form, QStringLiteral("***"), Qt::CaseInsensitive);
-    }
+    const QString asSent = masked(strictUtf8(body).value_or(QString()), secrets);
+    const QString text = masked(unescaped(asSent), secrets);
     return printable(beginningOf(text.toUtf8(), longest).value_or(QString()));
 }
 } // namespace

@@ -42,7 +42,7 @@ void Accounts::loadAccountsRegistry() {
 void Accounts::setRegistryAside() {
     const QVariant registry = m_preferences.value(registryKey);
     if (m_preferences.value(unreadableKey) != registry)
-        m_preferences.set(unreadableKey, registry);
+        m_report.remember(unreadableKey, registry);
 }
 
 void Accounts::saveAccountsRegistry() {
@@ -124,6 +124,7 @@ QCoro::Task<std::optional<QString>> Accounts::activateAccountOf(AuthResult resul
     if (known)
         id = known->id;
     const QString displayName = displayNameFor(result.displayName, profileName, result.email, id);
+    ++m_choice; // also where the account is active already: a switch may be waiting
     set(withAccount(list(), {id, result.email, displayName}), id);
     if (known)
         m_report.log(QStringLiteral("Account bereits vorhanden – wird aktiviert: %1.").arg(displayName),
@@ -146,9 +147,10 @@ QCoro::Task<> Accounts::switchAccount(QString accountID) {
     const OAuthManager::StillWanted wanted = [this, choice, accountID] {
         return m_choice == choice && knows(accountID);
     };
+    const bool known = knows(accountID);
     const bool found = co_await m_oauth.loadTokens(accountID, wanted);
-    if (m_choice != choice)
-        co_return; // the user has chosen another account meanwhile
+    if (m_choice != choice || (known && !knows(accountID)))
+        co_return; // the user has chosen another account meanwhile, or removed this one
     if (!found) {
         m_report.accountFailed(QStringLiteral("Account-Wechsel fehlgeschlagen: keine Tokens gefunden."));
         co_return;
@@ -192,11 +194,17 @@ QCoro::Task<> Accounts::migrateLegacyLoginIfNeeded() {
     std::optional<OAuthManager::SignedIn> signedIn = co_await m_oauth.takeOverLegacyLogin(choose);
     if (!signedIn)
         co_return;
-    const bool stored = co_await signedIn->storing;
+    m_report.log(QStringLiteral("Bestehende Anmeldung migriert."), ActivityLogLevel::info);
+    keepLegacy(signedIn->accountID, std::move(signedIn->storing)); // beside the first load
+}
+
+QCoro::Task<> Accounts::keepLegacy(QString accountID, QCoro::Task<bool> storing) {
+    const QPointer<Accounts> guard(this);
+    const bool stored = co_await storing;
+    if (!guard)
+        co_return;
     saveAccountsRegistry();
-    const bool removed = !knows(signedIn->accountID); // by the user, meanwhile
-    if (!removed)
-        m_report.log(QStringLiteral("Bestehende Anmeldung migriert."), ActivityLogLevel::info);
+    const bool removed = !knows(accountID); // by the user, meanwhile
     if (stored || removed)
         co_await m_oauth.removeLegacyTokens();
 }

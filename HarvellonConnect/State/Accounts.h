@@ -42,7 +42,8 @@ class Accounts : public QObject {
     void saveAccountsRegistry();
     /// Drops accounts whose e-mail another one has, with their tokens.
     QCoro::Task<> dropDuplicates();
-    /// Makes a login of the older layout, which knew one account, the first account.
+    /// Makes a login of the older layout, which knew one account, the first account. Its tokens are in use
+    /// afterwards, and still on their way into the keyring.
     QCoro::Task<> migrateLegacyLoginIfNeeded();
     /// Takes the stored tokens of the active account into use where they are not, and yields its access
     /// token; empty when there is none. A locked keyring has none.
@@ -59,6 +60,7 @@ class Accounts : public QObject {
     QCoro::Task<std::optional<QString>> activateAccountOf(AuthResult result);
     QCoro::Task<std::optional<QString>> activateLegacyAccount(AuthResult legacy);
     QCoro::Task<> keep(QCoro::Task<bool> storing);
+    QCoro::Task<> keepLegacy(QString accountID, QCoro::Task<bool> storing);
     void set(const QList<Account>& accounts, const std::optional<QString>& activeID);
     void setRegistryAside();
     [[nodiscard]] bool knows(const QString& accountID) const;

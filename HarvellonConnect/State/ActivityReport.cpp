@@ -2,24 +2,18 @@
 
 #include "System/Preferences.h"
 
-namespace {
-/// What a command of a server has printed may be megabytes long, and the views would lay all of it out.
-QString bounded(const QString& text) {
+QString ActivityReport::bounded(const QString& text) {
     constexpr qsizetype most = 8 * 1024;
     return text.size() <= most ? text : text.left(most) + QChar(u'…');
 }
-
-std::optional<QString> bounded(const std::optional<QString>& text) {
-    return text ? std::optional(bounded(*text)) : std::nullopt;
-}
-} // namespace
 
 void ActivityReport::log(const QString& message, ActivityLogLevel level) {
     m_activityLog.append(bounded(message), level);
 }
 
 void ActivityReport::setLastError(std::optional<QString> error) {
-    error = bounded(error);
+    if (error)
+        error = bounded(*error);
     if (m_lastError == error)
         return;
     m_lastError = std::move(error);
@@ -27,11 +21,17 @@ void ActivityReport::setLastError(std::optional<QString> error) {
 }
 
 void ActivityReport::setAccountError(std::optional<QString> error) {
-    error = bounded(error);
+    if (error)
+        error = bounded(*error);
     if (m_accountError == error)
         return;
     m_accountError = std::move(error);
     Q_EMIT accountErrorChanged();
+}
+
+void ActivityReport::withdrawAccountError(const QString& error) {
+    if (m_accountError == error)
+        setAccountError(std::nullopt);
 }
 
 void ActivityReport::remember(const QVariantMap& values) {

@@ -19,9 +19,15 @@ class ActivityReport : public QObject, public Reporter {
     /// `preferences` outlive this.
     explicit ActivityReport(Preferences& preferences) : m_preferences(preferences) {}
 
+    /// What is kept of a text. What a command of a server has printed may be megabytes long, and the views
+    /// would lay all of it out.
+    static QString bounded(const QString& text);
+
     void log(const QString& message, ActivityLogLevel level) override;
     void setLastError(std::optional<QString> error) override;
     void setAccountError(std::optional<QString> error) override;
+    /// Clears the accounts' error where it is this one, which is true no more.
+    void withdrawAccountError(const QString& error);
 
     /// Keeps preferences, in one piece; logs an error where they cannot be stored. An invalid value removes
     /// its key.

@@ -10,6 +10,8 @@
 
 namespace {
 const QString quietWorkspaceKey = QStringLiteral("QuietWorkspace");
+const QString unsavedLogin =
+    QStringLiteral("Die Anmeldung konnte nicht gespeichert werden und gilt nur, bis das Programm endet.");
 constexpr std::chrono::seconds storingLimit{4};
 } // namespace
 
@@ -80,10 +82,9 @@ void AppState::publishParts() {
             m_loginPage.forget();
         Q_EMIT isAuthenticatingChanged();
     });
-    connect(&m_oauth, &OAuthManager::storingFailed, this, [this] {
-        m_report.accountFailed(QStringLiteral(
-            "Die Anmeldung konnte nicht gespeichert werden und gilt nur, bis das Programm endet."));
-    });
+    connect(&m_oauth, &OAuthManager::storingFailed, this, [this] { m_report.accountFailed(unsavedLogin); });
+    connect(&m_oauth, &OAuthManager::allStored, this,
+            [this] { m_report.withdrawAccountError(unsavedLogin); });
     connect(&m_report, &ActivityReport::accountErrorChanged, this, &AppState::accountErrorChanged);
     connect(&m_report, &ActivityReport::lastErrorChanged, this, &AppState::lastErrorChanged);
     connect(&m_loading, &ProjectLoading::projectsChanged, this, &AppState::projectsChanged);

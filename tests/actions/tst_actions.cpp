@@ -194,6 +194,7 @@ class TestActions : public QObject {
     }
 
     void editorIsAskedInOrder() {
+        QCOMPARE(HostSystem::linuxDesktop(u"/h"_s).temporaryFolder, u"/h/.cache"_s); // the user's alone
         QTemporaryDir folder;
         RecordingShell shell;
         HostSystem host = HostSystem::macOS(folder.path());

@@ -76,6 +76,14 @@ class TestMounter : public MounterFixture {
         QCOMPARE(failure(u"/usr/bin/true"_s, folder), u"Mount fehlgeschlagen: sshfs beendet ohne Mount"_s);
         QCOMPARE(failure(u"/usr/bin/sshfs"_s, {}),
                  u"Mount fehlgeschlagen: Application Support Verzeichnis nicht zugänglich."_s);
+        QFile script(m_home->filePath(u"script"_s));
+        QVERIFY(script.open(QIODevice::WriteOnly) && script.write("#!/nowhere\n") > 0);
+        script.close();
+        QVERIFY(script.setPermissions(QFile::ReadOwner | QFile::ExeOwner));
+        QCOMPARE(failure(script.fileName(), folder), u"execvp: No such file or directory"_s);
+        QVERIFY(QDir(m_home->filePath(u"Harvellon"_s)).removeRecursively());
+        QVERIFY(script.rename(m_home->filePath(u"Harvellon"_s))); // a file where the mount points belong
+        QCOMPARE(failure(u"/usr/bin/sshfs"_s, folder), mountPoint(0) + u": Not a directory"_s);
     }
 
     void anOccupiedMountPointIsForcedOffOnce() {

@@ -57,7 +57,9 @@ class TestSignInRules : public QObject {
         QCOMPARE(subject("h.eyJzdWIiOiLDvD8-fiJ9.s"), std::optional(u"ü?>~"_s));
         QCOMPARE(subject("eyJzdWIiOiLDvD8-fiJ9"), std::nullopt); // one piece only
         QCOMPARE(subject("h.%%%.s"), std::nullopt);
-        QCOMPARE(subject("h.W10.s"), std::nullopt); // a list
+        QCOMPARE(subject("h.W10.s"), std::nullopt);                // a list
+        QCOMPARE(subject("h.eyJzdWIiOiIifQ.s"), std::nullopt);     // empty
+        QCOMPARE(subject("h.eyJzdWIiOiJhXG4ifQ.s"), std::nullopt); // a line break
     }
 
     void serverAddresses_data() {

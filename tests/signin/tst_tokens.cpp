@@ -62,6 +62,8 @@ class TestTokens : public LoginFixture {
         const QByteArray longText(1020, 'x');
         QTest::newRow("secrets") << QByteArray(R"(c/1= c%2f1%3d c\/1= c/1%3D verifier-1)")
                                  << u"*** *** *** *** ***"_s;
+        QTest::newRow("escaped secrets")
+            << QByteArray(R"(c\u002F1\u003d c\/1\u003D c/1\u00)") << u"*** *** c/1\\u00"_s;
         QTest::newRow("controls") << QByteArray("a\r\nb\x1b[1m") << u"a\ufffd\ufffdb\ufffd[1m"_s;
         QTest::newRow("emoji") << QByteArray("a\xF0\x9F\x98\x80\n") << u"a\U0001F600\ufffd"_s;
         QTest::newRow("no text") << QByteArray("abc\xff") << QString();

@@ -43,9 +43,13 @@ std::optional<QByteArray> KeychainStore::load(const QString& service, const QStr
     const QMutexLocker lock(&m_mutex);
     // The file first: an item is there only when it was saved while no keyring answered, so it is newer than
     // what the keyring may still hold. Using an outdated refresh token would end the whole login.
-    std::optional<QByteArray> stored = m_file.load(service, account);
-    if (stored && !isOutdated({service, account, *stored}))
-        return stored;
+    if (std::optional<QByteArray> stored = m_file.load(service, account)) {
+        const std::optional<bool> outdated = isOutdated({service, account, *stored});
+        if (!outdated)
+            return std::nullopt;
+        if (!*outdated)
+            return stored;
+    }
     if (!m_usesKeyring)
         return std::nullopt;
     QByteArray data;
@@ -57,36 +61,50 @@ std::optional<QByteArray> KeychainStore::load(const QString& service, const QStr
 
 bool KeychainStore::remove(const QString& service, const QString& account) {
     const QMutexLocker lock(&m_mutex);
-    const bool fileClean = m_file.remove(service, account);
+    const bool fileClean = leaveFile(service, account);
     if (!m_usesKeyring)
         return fileClean;
     const Status status = nativeRemove(service, account);
     return fileClean && status.answer != Answer::refused;
 }
 
-void KeychainStore::leaveFile(const QString& service, const QString& account) {
+bool KeychainStore::leaveFile(const QString& service, const QString& account) {
     if (m_file.remove(service, account))
-        return;
-    // The disk is full. The file would win over the keyring at the next start, so it goes as a whole.
+        return true;
+    const std::optional<QByteArray> left = m_file.load(service, account);
+    if (!left || !m_usesKeyring)
+        return false;
+    // The disk is full or read-only, and the file would win over the keyring at the next start.
+    if (!noteOutdated({service, account, *left}))
+        return false;
+    // The file as a whole can go even so, once the keyring has the rest of it.
     const QList<SecretFile::Item> items = m_file.items();
     for (const SecretFile::Item& item : items) {
-        const bool same = item.service == service && item.account == account;
-        if (!same && !isOutdated(item) &&
-            nativeSave(item.data, item.service, item.account).answer != Answer::done)
-            return;
+        const std::optional<bool> outdated = isOutdated(item);
+        if (!outdated ||
+            (!*outdated && nativeSave(item.data, item.service, item.account).answer != Answer::done))
+            return true;
     }
     if (m_file.removeAll())
-        return;
+        return true;
     qCWarning(lcKeychain) << "a file with outdated tokens cannot be removed"; // a read-only disk
     for (const SecretFile::Item& item : items)
-        nativeSave(digestOf(item.data), item.service, outdatedItemOf(item.account));
+        noteOutdated(item);
+    return true;
 }
 
-bool KeychainStore::isOutdated(const SecretFile::Item& item) {
+bool KeychainStore::noteOutdated(const SecretFile::Item& item) {
+    return nativeSave(digestOf(item.data), item.service, outdatedItemOf(item.account)).answer == Answer::done;
+}
+
+std::optional<bool> KeychainStore::isOutdated(const SecretFile::Item& item) {
+    if (!m_usesKeyring)
+        return false;
     QByteArray digest;
-    return m_usesKeyring &&
-           nativeLoad(digest, item.service, outdatedItemOf(item.account)).answer == Answer::done &&
-           digest == digestOf(item.data);
+    const Answer answer = nativeLoad(digest, item.service, outdatedItemOf(item.account)).answer;
+    if (answer == Answer::refused)
+        return std::nullopt;
+    return answer == Answer::done && digest == digestOf(item.data);
 }
 
 void KeychainStore::warnOnce() {

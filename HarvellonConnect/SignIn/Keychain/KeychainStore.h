@@ -37,10 +37,12 @@ class KeychainStore {
     static Status nativeLoad(QByteArray& data, const QString& service, const QString& account);
     static Status nativeRemove(const QString& service, const QString& account);
 
-    /// Takes an item out of the file that the keyring has now. Where the file cannot be changed, the keyring
-    /// keeps in mind that its items are outdated.
-    void leaveFile(const QString& service, const QString& account);
-    bool isOutdated(const SecretFile::Item& item);
+    /// Takes an item out of the file. Where the file cannot be changed, the keyring keeps in mind that its
+    /// items are outdated. Says whether the item counts no more.
+    bool leaveFile(const QString& service, const QString& account);
+    static bool noteOutdated(const SecretFile::Item& item);
+    /// Nothing while the keyring is locked.
+    std::optional<bool> isOutdated(const SecretFile::Item& item);
     void warnOnce();
 
     const bool m_usesKeyring;

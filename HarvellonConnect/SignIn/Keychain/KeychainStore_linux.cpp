@@ -28,6 +28,18 @@ int codeOf(GError* error, bool& unavailable) {
     return code;
 }
 
+/// Whether the keyring has the item, be it locked. Asks for no password.
+bool exists(const QString& service, const QString& account) {
+    SecretSchema anyName = *schema();
+    anyName.flags = SECRET_SCHEMA_DONT_MATCH_NAME; // gnome-keyring finds no locked item by its schema's name
+    GList* items = secret_password_search_sync(&anyName, SECRET_SEARCH_NONE, nullptr, nullptr, "service",
+                                               service.toUtf8().constData(), "account",
+                                               account.toUtf8().constData(), nullptr);
+    const bool found = items != nullptr;
+    g_list_free_full(items, g_object_unref);
+    return found;
+}
+
 /// A keyring that was started anew does not know the session that the library still holds: where none
 /// answers, the second try begins another one.
 template <typename Ask>
@@ -72,8 +84,8 @@ KeychainStore::Status KeychainStore::nativeLoad(QByteArray& data, const QString&
             const int code = codeOf(error, unavailable);
             return {unavailable ? Answer::unavailable : Answer::refused, code};
         }
-        if (value == nullptr)
-            return {Answer::absent, 0};
+        if (value == nullptr) // absent or locked
+            return {exists(service, account) ? Answer::refused : Answer::absent, 0};
         gsize length = 0;
         const gchar* bytes = secret_value_get(value, &length);
         data = QByteArray(bytes, static_cast<qsizetype>(length));

@@ -126,10 +126,13 @@ void TokenStore::endStoring(const QString& accountID, quint64 version, bool stor
     const auto unsaved = m_unsaved.find(accountID);
     if (unsaved == m_unsaved.end() || m_versions.value(accountID) != version)
         return; // there are newer tokens, or none
-    if (stored)
-        m_unsaved.erase(unsaved);
-    else
+    if (!stored) {
         unsaved->onItsWay = false;
+        return;
+    }
+    m_unsaved.erase(unsaved);
+    if (m_unsaved.isEmpty())
+        Q_EMIT allStored();
 }
 
 QCoro::Task<> TokenStore::removeItems(QString accessItem, QString refreshItem) {

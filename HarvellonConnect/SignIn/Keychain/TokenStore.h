@@ -26,6 +26,8 @@ struct Tokens {
 /// password, and one after the other, so that of two saves the later one stays. After the time limit a call
 /// counts as failed, but it goes on. Never throws. Main thread.
 class TokenStore : public QObject {
+    Q_OBJECT
+
   public:
     TokenStore(std::shared_ptr<KeychainStore> keychain, std::chrono::milliseconds limit);
 
@@ -46,6 +48,10 @@ class TokenStore : public QObject {
     /// The tokens of the older layout, which knew one account only.
     QCoro::Task<std::optional<Tokens>> loadLegacy();
     QCoro::Task<> removeLegacy();
+
+  Q_SIGNALS:
+    /// Every pair is stored now.
+    void allStored();
 
   private:
     struct Unsaved {

@@ -3,6 +3,7 @@
 #include "Directory/PlainDomain.h"
 #include "Mounting/Keys/KnownHosts.h"
 #include "State/Access/NewKey.h"
+#include "State/ActivityReport.h"
 #include "System/Reporter.h"
 
 #include <QPointer>
@@ -28,7 +29,7 @@ void AccessHelp::offer(const Project& project, const QString& failure) {
     m_project.reset();
     if (isPlainDomain(project.domain)) // ssh is given no other
         m_project = project;
-    m_failure = failure;
+    m_failure = ActivityReport::bounded(failure); // as it is published
     Q_EMIT changed();
 }
 
