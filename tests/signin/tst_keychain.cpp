@@ -79,6 +79,26 @@ class TestKeychain : public QObject {
         QCOMPARE(store.load(service, item), std::optional(QByteArray("drei")));
     }
 
+    void keyringThatIsLockedAsksForItsPassword() {
+        KeychainStore store(host(true));
+        QVERIFY(store.save("eins", service, item));
+        m_keyring.kill();
+        m_keyring.start(true);
+        QProcess bus;
+        bus.start(u"/usr/bin/dbus-monitor"_s, {u"--session"_s, u"member='Prompt'"_s});
+        QVERIFY(bus.waitForReadyRead()); // it listens
+        QByteArray heard;
+        const auto prompts = [&] { return (heard += bus.readAllStandardOutput()).count("member=Prompt"); };
+        QCOMPARE(store.load(service, u"absent"_s), std::nullopt);
+        QCOMPARE(store.load(service, item), std::nullopt); // nobody can be asked here
+        QTRY_COMPARE(prompts(), 1);
+        m_keyring.kill();
+        m_keyring.start();
+        QCOMPARE(store.load(service, item), std::optional(QByteArray("eins")));
+        bus.kill();
+        bus.waitForFinished();
+    }
+
     void fileThatCannotBeWrittenDoesNotWin() {
         const QString other = u"other"_s;
         const QString third = u"third"_s;

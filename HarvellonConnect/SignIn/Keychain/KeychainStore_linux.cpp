@@ -19,6 +19,17 @@ const SecretSchema* schema() {
     return &tokens;
 }
 
+/// What items are sought by. Not by the schema's name: a gnome-keyring that has been locked since its start
+/// finds no item by it, so that it would not ask for its password, and the login would be lost.
+const SecretSchema* anyName() {
+    static const SecretSchema sought = [] {
+        SecretSchema tokens = *schema();
+        tokens.flags = SECRET_SCHEMA_DONT_MATCH_NAME;
+        return tokens;
+    }();
+    return &sought;
+}
+
 /// Frees the error. Distinguishes a refusal by the keyring (locked, dismissed) from an absent keyring.
 int codeOf(GError* error, bool& unavailable) {
     const int code = error->code;
@@ -30,9 +41,7 @@ int codeOf(GError* error, bool& unavailable) {
 
 /// Whether the keyring has the item, be it locked. Asks for no password.
 bool exists(const QString& service, const QString& account) {
-    SecretSchema anyName = *schema();
-    anyName.flags = SECRET_SCHEMA_DONT_MATCH_NAME; // gnome-keyring finds no locked item by its schema's name
-    GList* items = secret_password_search_sync(&anyName, SECRET_SEARCH_NONE, nullptr, nullptr, "service",
+    GList* items = secret_password_search_sync(anyName(), SECRET_SEARCH_NONE, nullptr, nullptr, "service",
                                                service.toUtf8().constData(), "account",
                                                account.toUtf8().constData(), nullptr);
     const bool found = items != nullptr;
@@ -76,7 +85,7 @@ KeychainStore::Status KeychainStore::nativeLoad(QByteArray& data, const QString&
                                                 const QString& account) {
     return askTwice([&]() -> Status {
         GError* error = nullptr;
-        SecretValue* value = secret_password_lookup_binary_sync(schema(), nullptr, &error, "service",
+        SecretValue* value = secret_password_lookup_binary_sync(anyName(), nullptr, &error, "service",
                                                                 service.toUtf8().constData(), "account",
                                                                 account.toUtf8().constData(), nullptr);
         if (error != nullptr) {
@@ -98,7 +107,7 @@ KeychainStore::Status KeychainStore::nativeRemove(const QString& service, const 
     return askTwice([&]() -> Status {
         GError* error = nullptr;
         const gboolean removed =
-            secret_password_clear_sync(schema(), nullptr, &error, "service", service.toUtf8().constData(),
+            secret_password_clear_sync(anyName(), nullptr, &error, "service", service.toUtf8().constData(),
                                        "account", account.toUtf8().constData(), nullptr);
         if (error != nullptr) {
             bool unavailable = false;
