@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
-"""By names and keys alone: the first steps, a server that refuses the key, an editor for one project and a command for
-the others, lines of the log, a report without names, and an account that is not removed after all."""
+"""By names and keys alone: the first steps, a server that refuses the key, one with another key than before, an editor for
+one project and a command for the others, lines of the log, a report without names, and an account that is not removed
+after all."""
 import os
 import shutil
 import signal
@@ -37,6 +38,11 @@ def enter(text, name):
     until("one hit", lambda: len(app.rows()) == 1 and app.rows()[0].startswith(name))
     keys("Return")
 
+def fingerprint():
+    told = subprocess.run(["ssh-keygen", "-lf", str(host_key)], capture_output=True, text=True, check=True).stdout
+    return "ED25519 " + told.split()[1]
+
+
 
 def selected_lines():
     return [f"{e.get_description()} {e.get_name()}" for e in elements(app.finder("Aktivitaet", LIST)())
@@ -57,12 +63,14 @@ def pasted():
 
 folder = Path(tempfile.mkdtemp(prefix="reach "))
 home, record, ssh, accepted = (folder / name for name in ("home", "record", "ssh", "platform/ssh/authorized_keys"))
-point, key = home / "Harvellon" / DOMAIN, home / "key"
+point, key, host_key = home / "Harvellon" / DOMAIN, home / "key", folder / "platform/ssh/host_key"
 platform = Platform(PLATFORM, str(folder / "platform"))
 app = None
 try:
     script(ssh, f"""case "$*" in *sandbox.test*) exec '{platform.ready["bin"]}/ssh' "$@" ;; esac
 exec /usr/bin/ssh -F /dev/null -o IdentityAgent=none -o 'IdentityFile="{key}"' "$@"\n""")
+    # A terminal in which nobody types a passphrase.
+    script(Path(platform.ready["bin"], "xdg-terminal-exec"), 'SSH_ASKPASS=/bin/true SSH_ASKPASS_REQUIRE=force "$@"\n')
     for editor in (".local/bin/subl", "own editor"):
         script(home / editor, f"""echo "${{0##*/}} $*" >'{record}.new' && mv '{record}.new' '{record}'\n""")
     choose_browser("erika")
@@ -77,7 +85,8 @@ exec /usr/bin/ssh -F /dev/null -o IdentityAgent=none -o 'IdentityFile="{key}"' "
     app.open_panel()
     for step in ("Anmelden, offen", "SSH-Schlüssel, offen", "sshfs, erledigt", "Schlüssel anlegen"):
         app.await_element(step)
-    subprocess.run(["ssh-keygen", "-q", "-t", "ed25519", "-N", "", "-f", str(key)], check=True)
+    app.press("Schlüssel anlegen")
+    until("the key", key.exists)
     keys("Escape")
     app.open_panel()
     app.await_element("SSH-Schlüssel, erledigt")
@@ -94,6 +103,22 @@ exec /usr/bin/ssh -F /dev/null -o IdentityAgent=none -o 'IdentityFile="{key}"' "
     app.await_element("Der Server kennt den angebotenen Schlüssel nicht")
     (folder / "kept").rename(accepted)
     keys("Return")
+    app.await_element("Der Zugang funktioniert")
+    keys("Escape")
+
+    former = fingerprint()
+    host_key.unlink()
+    subprocess.run(["ssh-keygen", "-q", "-t", "ed25519", "-N", "", "-f", str(host_key)], check=True)
+    os.kill(int((host_key.parent / "sshd.pid").read_text()), signal.SIGHUP)
+    enter("alpenhof", PROJECT)
+    app.press("Hilfe zum Zugang")
+    app.tab_to("Zugang prüfen")
+    keys("Return")
+    app.await_element("Bisher: " + former)
+    app.await_element("Jetzt: " + fingerprint())
+    for button in ("Neuen Schlüssel übernehmen", "Wirklich übernehmen"):
+        app.tab_to(button)
+        keys("Return")
     app.await_element("Der Zugang funktioniert")
     keys("Escape")
 
