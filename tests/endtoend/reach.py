@@ -201,7 +201,7 @@ exec /usr/bin/ssh -F /dev/null -o IdentityAgent=none -o 'IdentityFile="{key}"' "
     saved, = home.glob("Harvellon Connect Diagnose *.txt")
     assert saved.stat().st_mode & 0o777 == 0o600
     for report in (pasted(), saved.read_text("utf8")):
-        for secret in ("erika", "beispiel", "sandbox.test", "alpenhof", "speiche", "heim-4716", str(folder)):
+        for secret in ("erika", "beispiel", "sandbox.test", "alpenhof", "speiche", "heim-4716", "db4716", str(folder)):
             assert secret not in report.lower(), report
         assert "~/Harvellon/projekt-" in report and "hinzugefuegt: name-1." in report
     app.await_element("Erika Beispiel")
