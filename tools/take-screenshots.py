@@ -73,11 +73,20 @@ def capture(window, file):
                     "-define", "png:exclude-chunks=date,time", f"PNG{depth}:{file}"], input=pixels, check=True)
 
 
-def picture(name):
-    """Takes the light and the dark variant of the active window."""
+def point_at(x, y, *more):
+    """Moves the pointer to a place in the active window, in points. `more`: what xdotool does then."""
+    place = (str(int(part * float(SCALE))) for part in (x, y))
+    subprocess.run(["xdotool", "getactivewindow", "mousemove", "--window", "%1", *place, *more], check=True)
+
+
+def picture(name, pointer=None):
+    """Takes the light and the dark variant of the active window, with the pointer out of the way or where it is told."""
     if STATES and name not in STATES:
         return
     subprocess.run(["xdotool", "mousemove", "1", "1"], check=True)
+    if pointer:
+        point_at(*pointer)
+        time.sleep(1)  # for the tip
     for variant, scheme in (("light", LIGHT), ("dark", DARK)):
         desktop.choose(scheme)
         window = subprocess.run(["xdotool", "getactivewindow"], capture_output=True, text=True, check=True).stdout.strip()
@@ -179,6 +188,7 @@ picture("projects")
 item("plain")
 pin_or_unpin("praxis", "speiche")
 picture("pinned")
+picture("pin", pointer=(346, 297))
 keys("Down", "Down", "Down", "shift+F10")
 time.sleep(0.3)
 picture("row-menu")
@@ -215,8 +225,7 @@ keys("Escape", "Escape", "Escape")
 app.press("Anzeigen")
 time.sleep(0.5)
 picture("activity")
-subprocess.run(["xdotool", "getactivewindow", "mousemove", "--window", "%1", str(int(300 * float(SCALE))),
-                str(int(575 * float(SCALE))), "click", "1", "key", "shift+Up"], check=True)
+point_at(300, 575, "click", "1", "key", "shift+Up")
 time.sleep(0.3)
 picture("activity-selected")
 app.press("Ausblenden")
@@ -298,7 +307,17 @@ end()
 platform, app, home = start()
 sign_in("erika", "Erika Beispiel")
 until("the rows", lambda: len(app.rows()) > 9)
-authorized = os.path.join(platform.process.args[2], "ssh", "authorized_keys")
+ssh_folder = os.path.join(platform.process.args[2], "ssh")
+key, agent, ask = (os.path.join(home, name) for name in (".ssh/id_ed25519", "agent", "ask"))
+os.mkdir(os.path.dirname(key), 0o700)
+for ending in ("", ".pub"):  # to where users have theirs, whose paths are shown with ~
+    os.rename(os.path.join(ssh_folder, "client_key" + ending), key + ending)
+with open(platform.ready["ssh_config"], "r+", encoding="utf8") as config:
+    lines = config.read().replace(os.path.join(ssh_folder, "client_key"), key)
+    config.seek(0)
+    config.write(lines.replace("IdentityAgent none", f"IdentityAgent {agent}"))
+    config.truncate()
+authorized = os.path.join(ssh_folder, "authorized_keys")
 with open(authorized, encoding="utf8") as keys_file:
     accepted_keys = keys_file.read()
 open(authorized, "w", encoding="utf8").close()
@@ -323,7 +342,7 @@ picture("access-works")
 known = os.path.join(home, ".local/share/HarvellonConnect/known_hosts")
 with open(known, encoding="utf8") as hosts:
     server = hosts.read().split()[0]
-with open(authorized.replace("authorized_keys", "client_key.pub"), encoding="utf8") as other_key:
+with open(key + ".pub", encoding="utf8") as other_key:
     other = " ".join(other_key.read().split()[:2])
 with open(known, "w", encoding="utf8") as hosts:
     hosts.write(f"{server} {other}\n")
@@ -335,14 +354,16 @@ app.press("Neuen Schlüssel übernehmen")
 app.await_element("Wirklich übernehmen")
 time.sleep(0.5)
 picture("access-asked")
-sshd = [pid for pid, command in descendants(platform.process).items() if "sshd" in command and platform.process.args[2] in command]
-for pid in sshd:
-    os.kill(pid, signal.SIGSTOP)
+with open(ask, "w", encoding="utf8") as script:
+    script.write("#!/bin/sh\nexec sleep 60\n")
+os.chmod(ask, 0o700)
+asking = subprocess.Popen(["ssh-agent", "-D", "-a", agent], env=dict(os.environ, SSH_ASKPASS=ask), stdout=subprocess.DEVNULL)
+until("the agent", lambda: os.path.exists(agent))
+subprocess.run(["ssh-add", "-q", "-c", key], env=dict(os.environ, SSH_AUTH_SOCK=agent), check=True)
 app.press("Wirklich übernehmen")
-app.await_element("bisher ohne Antwort")
+app.await_element("wartet auf die Unterschrift")
 picture("access-waiting")
-for pid in sshd:
-    os.kill(pid, signal.SIGCONT)
+asking.terminate()
 end()
 
 platform, app, home = start(ssh='#!/bin/sh\nexec /usr/bin/ssh -F /dev/null -o IdentityAgent=none "$@"\n')

@@ -232,12 +232,12 @@ class TestPanel : public DesktopTest {
         m_desktop->shell.opened.clear();
         QTest::keyClick(window, Qt::Key_1, Qt::ControlModifier);
         QTRY_VERIFY_WITH_TIMEOUT(!m_desktop->shell.opened.filter(u"code "_s).isEmpty(), 10000);
-
         const QString pin = u"Oben anheften"_s;
         const QString next = titleOf(1);
         QVERIFY(!heard::find(window, pin));
         QTest::mouseMove(window, window->mapFromGlobal(rowOf(window, next)->rect().center()));
         QTRY_VERIFY(heard::find(rowOf(window, next), pin));
+        QTest::mouseMove(window, window->mapFromGlobal(heard::find(window, pin)->rect().center()));
         QVERIFY(heard::press(heard::find(rowOf(window, next), pin)));
         QTRY_COMPARE(stateOf(next), u"Nicht verbunden, angeheftet, Strg+2"_s);
     }

@@ -139,6 +139,9 @@ class TestDiagnosis : public StateFixture {
         QTest::newRow("begun") << u"Token erneuert (sand.box1...). ssh4711@a.example"_s
                                << u"Token erneuert (geheim-1...). ssh-benutzer-1@server-1"_s;
         QTest::newRow("long") << u"eyJhbGciOiJSUzI1NiIsInR5cCI6"_s << u"geheim-1"_s;
+        QTest::newRow("database")
+            << u"Oeffne x DB in Sequel Ace (kunde_1)... Öffne x DB (kunde-2) über"_s
+            << u"Oeffne x DB in Sequel Ace (datenbank-1)... Öffne x DB (datenbank-2) über"_s;
         QTest::newRow("words") << u"Sicherheitseinstellungen um 12:34:56: QObject::connect 3.7.3"_s
                                << u"Sicherheitseinstellungen um 12:34:56: QObject::connect 3.7.3"_s;
     }

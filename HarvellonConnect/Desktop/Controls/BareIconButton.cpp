@@ -113,8 +113,9 @@ void BareIconButton::setPressed(bool pressed) {
     ease(m_pressLight, pressed ? 1 : 0, pressed ? pressDuration : releaseDuration);
 }
 
-void BareIconButton::hoverEnterEvent(QHoverEvent*) {
+void BareIconButton::hoverEnterEvent(QHoverEvent* event) {
     setHovered(true);
+    event->ignore(); // the row below must not lose the pointer, with which its pin would go
 }
 
 void BareIconButton::hoverLeaveEvent(QHoverEvent*) {

@@ -100,6 +100,7 @@ const QList<LookAlike>& lookAlikes() {
         {"geheim", pattern(QStringLiteral("(?:bearer|token|code|state|secret|passwor[dt]|key)[\"']?\\s*[=:]"
                                           "\\s*[\"']?([^\\s\"'&,;]{4,})"))},
         {"geheim", pattern(QStringLiteral("\\((\\S{4,12}?)\\.\\.\\.\\)"))}, // the beginning of one
+        {"datenbank", pattern(QStringLiteral("\\bDB (?:in Sequel Ace )?\\((\\S+?)\\)"))},
         {"ssh-benutzer", pattern(QStringLiteral("\\b(ssh\\d+)\\b"))},
         {"geheim", pattern(QStringLiteral("bearer\\s+([^\\s\"',;]{4,})"))},
         {"adresse", pattern(QStringLiteral("(?<![^%1:])((?!ssh\\d+@)[^%1:]+@[^%1:/]+)").arg(stop))},
