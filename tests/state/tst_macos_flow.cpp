@@ -23,8 +23,6 @@ class MacShell : public DesktopShell {
             const QStringList unmount{u"-u"_s, arguments.last()};
             co_return co_await DesktopShell::run(u"/usr/bin/fusermount3"_s, unmount, limit);
         }
-        if (executable == "/usr/bin/open"_L1)
-            co_return ShellResult{};
         co_return co_await DesktopShell::run(executable, arguments, limit);
     }
 };
@@ -76,7 +74,8 @@ class TestMacOSFlow : public StateFixture {
         connectTo(0);
         const QString workspace =
             m_home->path() + u"/HarvellonConnect-VSCode/"_s + project.domain + u".code-workspace"_s;
-        QCOMPARE(mac->calls.last(), u"/usr/bin/open -a Visual Studio Code "_s + workspace);
+        QCOMPARE(mac->opened, QStringList(u"/usr/bin/open -a Visual Studio Code "_s + workspace));
+        mac->opened.clear();
 
         m_state->perform(static_cast<int>(HoverTarget::safari), project.domain, true);
         perform(HoverTarget::ssh, project);

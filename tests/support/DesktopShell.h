@@ -28,11 +28,7 @@ class DesktopShell : public Shell {
                                       : QString(),
                                   {}};
         if (executable.endsWith(QLatin1String("/which")) && arguments.value(0) == QLatin1String("code"))
-            co_return ShellResult{hasEditor ? 0 : 1, QStringLiteral("/test/code\n"), {}};
-        if (executable == QLatin1String("/test/code")) {
-            opened.append(QStringLiteral("code ") + arguments.join(QLatin1Char(' ')));
-            co_return ShellResult{};
-        }
+            co_return ShellResult{hasEditor ? 0 : 1, QStringLiteral("code\n"), {}};
         co_return co_await Shell::run(executable, arguments, limit);
     }
 
@@ -43,7 +39,7 @@ class DesktopShell : public Shell {
         const bool opensAddresses = opener || executable == QLatin1String("/usr/bin/open");
         opened.append(
             ((opener ? QStringList() : QStringList(executable)) + arguments).join(QLatin1Char(' ')));
-        if (opensAddresses && browser)
+        if (opensAddresses && browser && arguments.size() == 1)
             browser(arguments.value(0));
     }
 
