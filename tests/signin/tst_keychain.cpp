@@ -92,6 +92,7 @@ class TestKeychain : public QObject {
         QCOMPARE(store.load(service, u"absent"_s), std::nullopt);
         QCOMPARE(store.load(service, item), std::nullopt); // nobody can be asked here
         QTRY_COMPARE(prompts(), 1);
+        QVERIFY(store.remove(service, u"absent"_s) && !store.remove(service, item));
         m_keyring.kill();
         m_keyring.start();
         QCOMPARE(store.load(service, item), std::optional(QByteArray("eins")));

@@ -114,6 +114,8 @@ KeychainStore::Status KeychainStore::nativeRemove(const QString& service, const 
             const int code = codeOf(error, unavailable);
             return {unavailable ? Answer::unavailable : Answer::refused, code};
         }
-        return {removed == TRUE ? Answer::done : Answer::absent, 0};
+        if (removed == TRUE)
+            return {Answer::done, 0};
+        return {exists(service, account) ? Answer::refused : Answer::absent, 0}; // a locked one stays
     });
 }
